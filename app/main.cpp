@@ -1,0 +1,5 @@
+// The program's commands are still to come.
+int main()
+{
+  return 2;
+}

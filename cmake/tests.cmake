@@ -1,0 +1,26 @@
+# q7z_add_test(NAME SOURCES file... [LIBS target...])
+#
+# One GoogleTest executable for a folder of tests, every case of it a case of ctest under the prefix that follows `q7z_test_`.
+# The tests find what they need through these definitions, all of them folders without a slash at the end:
+#   Q7Z_TEST_SOURCE_DIR  the root of the sources (tests/data, samples)
+#   Q7Z_TEST_BIN_DIR     where q7z, io_gltf.so and resources/ were built
+#   Q7Z_TEST_TEMP_DIR    where a test may write; it makes a folder of its own there
+
+include(GoogleTest)
+
+function(q7z_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest GTest::gtest_main q7z::test_warnings)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  target_compile_definitions(${name} PRIVATE
+    Q7Z_TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}" Q7Z_TEST_BIN_DIR="${Q7Z_BIN_DIR}"
+    Q7Z_TEST_TEMP_DIR="${PROJECT_BINARY_DIR}/tests/temp")
+  file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/tests/temp")
+  # The module and the program are loaded and run, not linked.
+  add_dependencies(${name} io_gltf q7z_app)
+  string(REGEX REPLACE "^q7z_test_" "" prefix "${name}")
+  gtest_discover_tests(${name} TEST_PREFIX "${prefix}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}/tests" PROPERTIES TIMEOUT 120 LABELS "${prefix}")
+endfunction()

@@ -1,0 +1,1 @@
+// Keeps the library linkable until its first source stands.
