@@ -24,3 +24,18 @@ function(q7z_add_test name)
   gtest_discover_tests(${name} TEST_PREFIX "${prefix}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     WORKING_DIRECTORY "${PROJECT_BINARY_DIR}/tests" PROPERTIES TIMEOUT 120 LABELS "${prefix}")
 endfunction()
+
+# q7z_add_fuzzer(NAME SOURCES file... [LIBS target...])
+#
+# A libFuzzer executable, kept with the others in one folder, from which tests/fuzz/run takes them.
+# NAME begins with `q7z_fuzz_`; the rest names its folder of seeds, tests/fuzz/seeds/<rest>.
+function(q7z_add_fuzzer name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} q7z::test_warnings)
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/fuzz")
+  target_compile_definitions(${name} PRIVATE Q7Z_TEST_BIN_DIR="${Q7Z_BIN_DIR}")
+  add_dependencies(${name} io_gltf)
+endfunction()
