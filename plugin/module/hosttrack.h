@@ -1,0 +1,152 @@
+#pragma once
+
+// Animation of parameters: tracks on objects, tags and overrides, a curve on each track, keys on the curve in time order.
+
+#include "framework/hosttime.h"
+#include "plugin/module/hostnode.h"
+
+namespace q7z
+{
+
+/// A sampler's and a key's interpolation alike.
+enum class InterpolationMode : Int32
+{
+  Spline = 1,  ///< with left and right tangents
+  Linear = 2,
+  Step = 3,  ///< holds
+};
+
+class HostTrackTable
+{
+public:
+  virtual HostTrack* Find(const HostNode* node, const HostDescId& id) noexcept = 0;
+  /// A track for a parameter of the node, not inserted; the caller owns it.
+  virtual HostTrack* Alloc(HostNode* node, const HostDescId& id) noexcept = 0;
+  /// Into the node's list, which stays sorted by id; the node owns the track then.
+  virtual void Insert(HostNode* node, HostTrack* track) noexcept = 0;
+  virtual void Remove(HostTrack* track) noexcept = 0;
+  virtual HostTrack* Clone(const HostTrack* track, HostNode* node) noexcept = 0;
+  virtual HostDescId GetDescId(const HostTrack* track) noexcept = 0;
+  /// The track's curve; made when create is set. Owned by the track.
+  virtual HostCurve* GetCurve(HostTrack* track, Bool create) noexcept = 0;
+
+protected:
+  ~HostTrackTable() = default;
+};
+
+/// The tangents of a spline key, relative to the key: value units and seconds.
+struct HostTangents
+{
+  Float leftValue = 0;
+  Float rightValue = 0;
+  HostTime leftTime;
+  HostTime rightTime;
+};
+
+class HostCurveTable
+{
+public:
+  virtual Int32 GetKeyCount(const HostCurve* curve) noexcept = 0;
+  virtual HostKey* GetKey(HostCurve* curve, Int32 index) noexcept = 0;
+  /// A key at a time, with a value to be set; where one stands already, that one. index is set to its place. Null without memory.
+  virtual HostKey* AddKey(HostCurve* curve, const HostTime& time, Int32* index) noexcept = 0;
+  /// A key without a value of its own, fitted into the curve's shape.
+  virtual HostKey* AddKeyAdapted(HostCurve* curve, const HostTime& time) noexcept = 0;
+  virtual HostTangents GetTangents(const HostCurve* curve, Int32 index) noexcept = 0;
+  virtual Float GetValue(const HostCurve* curve, const HostTime& time) noexcept = 0;
+
+protected:
+  ~HostCurveTable() = default;
+};
+
+class HostKeyTable
+{
+public:
+  virtual HostTime GetTime(const HostKey* key) noexcept = 0;
+  virtual Float GetValue(const HostKey* key) noexcept = 0;
+  virtual void SetValue(HostKey* key, HostCurve* curve, Float value) noexcept = 0;
+  virtual InterpolationMode GetInterpolation(const HostKey* key) noexcept = 0;
+  virtual void SetInterpolation(HostKey* key, HostCurve* curve, InterpolationMode mode) noexcept = 0;
+  virtual void SetLeftTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept = 0;
+  virtual void SetRightTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept = 0;
+  virtual void SetRotationMode(HostKey* key, HostCurve* curve, Int32 mode, Bool first, Bool second) noexcept = 0;
+  virtual void SetAuxiliaryMode(HostKey* key, HostCurve* curve, Int32 mode) noexcept = 0;
+  /// The points that a key of a point track stores. @return their number, 0 for none.
+  virtual Int32 GetPoints(const HostKey* key, const Vector** points) noexcept = 0;
+
+protected:
+  ~HostKeyTable() = default;
+};
+
+class HostKey : public HostNode
+{
+public:
+  HostTime GetTime() const noexcept { return g_hostTables->key->GetTime(this); }
+  Float GetValue() const noexcept { return g_hostTables->key->GetValue(this); }
+  void SetValue(HostCurve* curve, Float value) noexcept { g_hostTables->key->SetValue(this, curve, value); }
+  InterpolationMode GetInterpolation() const noexcept { return g_hostTables->key->GetInterpolation(this); }
+  void SetInterpolation(HostCurve* curve, InterpolationMode mode) noexcept
+  {
+    g_hostTables->key->SetInterpolation(this, curve, mode);
+  }
+  void SetLeftTangent(HostCurve* curve, const HostTime& time, Float value) noexcept
+  {
+    g_hostTables->key->SetLeftTangent(this, curve, time, value);
+  }
+  void SetRightTangent(HostCurve* curve, const HostTime& time, Float value) noexcept
+  {
+    g_hostTables->key->SetRightTangent(this, curve, time, value);
+  }
+
+protected:
+  HostKey() noexcept = default;
+  ~HostKey() = default;
+};
+
+class HostCurve
+{
+public:
+  Int32 GetKeyCount() const noexcept { return g_hostTables->curve->GetKeyCount(this); }
+  HostKey* GetKey(Int32 index) noexcept { return g_hostTables->curve->GetKey(this, index); }
+  HostKey* AddKey(const HostTime& time, Int32* index = nullptr) noexcept
+  {
+    return g_hostTables->curve->AddKey(this, time, index);
+  }
+  HostTangents GetTangents(Int32 index) const noexcept { return g_hostTables->curve->GetTangents(this, index); }
+  Float GetValue(const HostTime& time) const noexcept { return g_hostTables->curve->GetValue(this, time); }
+
+protected:
+  HostCurve() noexcept = default;
+  ~HostCurve() = default;
+};
+
+class HostTrack : public HostNode
+{
+public:
+  static HostTrack* Find(const HostNode* node, const HostDescId& id) noexcept { return g_hostTables->track->Find(node, id); }
+  static HostTrack* Alloc(HostNode* node, const HostDescId& id) noexcept { return g_hostTables->track->Alloc(node, id); }
+  void InsertInto(HostNode* node) noexcept { g_hostTables->track->Insert(node, this); }
+  void Remove() noexcept { g_hostTables->track->Remove(this); }
+  HostTrack* Clone(HostNode* node) const noexcept { return g_hostTables->track->Clone(this, node); }
+  HostDescId GetDescId() const noexcept { return g_hostTables->track->GetDescId(this); }
+  HostCurve* GetCurve(Bool create) noexcept { return g_hostTables->track->GetCurve(this, create); }
+
+protected:
+  HostTrack() noexcept = default;
+  ~HostTrack() = default;
+};
+
+inline HostKey* HostCurveAddKeyAdapted(HostCurve* curve, const HostTime& time) noexcept
+{
+  return g_hostTables->curve->AddKeyAdapted(curve, time);
+}
+inline void HostKeySetRotationMode(HostKey* key, HostCurve* curve, Int32 mode, Bool first, Bool second) noexcept
+{
+  g_hostTables->key->SetRotationMode(key, curve, mode, first, second);
+}
+inline void HostKeySetAuxiliaryMode(HostKey* key, HostCurve* curve, Int32 mode) noexcept
+{
+  g_hostTables->key->SetAuxiliaryMode(key, curve, mode);
+}
+
+}  // namespace q7z
