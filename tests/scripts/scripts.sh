@@ -43,12 +43,12 @@ reset()
 {
   rm -rf "$tree/build"
   stand_in dpkg-query 'printf "builder installed\nlibrary-dev installed\nasserter installed\n"'
-  stand_in apt-get 'echo noise; exit 0'
+  stand_in apt-get 'cat; echo noise'  # reads what stdin offers, as the real one may
   stand_in id 'echo 0'
   stand_in ctest 'echo "100% tests passed"; exit 8'
   stand_in cmake "case \$1 in
   --preset) mkdir -p build/\$2; touch build/\$2/build.ninja;;
-  --build) mkdir -p \$2/bin; printf '#!/bin/sh\necho \"args:\$*\"; cat; exit 42\n' >\$2/bin/q7z; chmod +x \$2/bin/q7z; echo noise;;
+  --build) mkdir -p \$2/bin; printf '#!/bin/sh\necho \"args:\$*\"; cat; exit 42\n' >\$2/bin/q7z; chmod +x \$2/bin/q7z; cat; echo noise;;
 esac"
 }
 
@@ -75,7 +75,11 @@ check "through a link" 42 $status
 
 reset
 stand_in dpkg-query 'printf "builder installed\nasserter config-files\n"'
-run "$tree/q7z" </dev/null
+run "$tree/q7z" <<'TXT'
+from stdin
+TXT
+check "missing package: stdin is left to the program" "args:
+from stdin" "$out"
 check "missing package: updates, then installs it" "apt-get update
 apt-get install -y --no-install-recommends library-dev" "$(called apt-get)"
 check "missing package: says so" "q7z: installing library-dev
