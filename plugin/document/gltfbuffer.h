@@ -1,0 +1,72 @@
+#pragma once
+
+// GltfBuffer holds the bytes of one entry of `buffers`, GltfBufferView is a slice of one. Both serve reading and writing.
+
+#include "framework/basearray.h"
+#include "framework/data.h"
+#include "framework/url.h"
+
+namespace q7z
+{
+
+/// The length of the prefix when uri is a data URI of the family, else 0. Case-sensitive.
+Int GetBufferDataPrefixLength(const String& uri) noexcept;
+Int GetImageDataPrefixLength(const String& uri) noexcept;
+
+class GltfBuffer
+{
+public:
+  Result<void> ReadFromJson(const DataDictionary& element) noexcept;
+
+  /// Fills the bytes from the URI: decoded, or from a file below documentUrl's folder. An empty URI does nothing.
+  Result<void> Load(const Url& documentUrl) noexcept;
+
+  /// Takes the bytes of a GLB's binary chunks over.
+  void TakeBytes(BaseArray<Byte> bytes) noexcept { _buffer = std::move(bytes); }
+
+  /// Copies byteCount bytes from offset into target.
+  Result<void> ReadBytes(Int offset, Int byteCount, void* target) const noexcept;
+
+  /// @return the first of byteCount readable bytes at offset, or null where ReadBytes would fail.
+  const Byte* FindBytes(Int offset, Int byteCount) const noexcept;
+
+  const String& GetUri() const noexcept { return _uri; }
+  Int GetByteLength() const noexcept { return _byteLength; }
+  const BaseArray<Byte>& GetBytes() const noexcept { return _buffer; }
+
+private:
+  String _uri;
+  Int _byteLength = 0;  // as declared
+  BaseArray<Byte> _buffer;
+};
+
+class GltfBufferView
+{
+public:
+  Result<void> ReadFromJson(const DataDictionary& element) noexcept;
+
+  /// Copies element idx of an accessor at accessorByteOffset whose elements have byteCount bytes.
+  Result<void> ReadElement(Int idx, Int accessorByteOffset, Int byteCount, void* target) const noexcept;
+
+  /// @return the first byte of element 0 when elements 0 to count - 1 can all be read, and their distance; else null.
+  const Byte* FindElements(Int count, Int accessorByteOffset, Int byteCount, Int& stride) const noexcept;
+
+  Int GetBufferIndex() const noexcept { return _bufferIndex; }
+  Int GetByteOffset() const noexcept { return _byteOffset; }
+  Int GetByteLength() const noexcept { return _byteLength; }
+  UInt32 GetByteStride() const noexcept { return _byteStride; }
+  UInt32 GetTarget() const noexcept { return _target; }
+  void SetBuffer(const GltfBuffer* buffer) noexcept { _buffer = buffer; }
+
+private:
+  Int GetStride(Int byteCount) const noexcept;
+
+  Int _bufferIndex = -1;  // into buffers
+  Int _byteOffset = 0;
+  Int _byteLength = 0;
+  UInt32 _byteStride = 0;
+  UInt32 _target = 34962;
+  const GltfBuffer* _buffer = nullptr;  // set on demand; not owned
+};
+
+}  // namespace q7z

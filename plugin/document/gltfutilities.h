@@ -1,0 +1,44 @@
+#pragma once
+
+// The thin layer through which every record takes values out of parsed JSON. A missing member gives the default or, for the
+// array readers, false; a member of the wrong kind gives the default or an error, as each operation says.
+
+#include "framework/basearray.h"
+#include "framework/check.h"
+#include "framework/data.h"
+
+namespace q7z
+{
+
+// An error when the member is missing or does not convert.
+Result<Int> ReadRequiredInt(const DataDictionary& dict, const DataKey& key) noexcept;
+Result<String> ReadRequiredString(const DataDictionary& dict, const DataKey& key) noexcept;
+Result<DataDictionary> ReadDictionary(const DataDictionary& dict, const DataKey& key) noexcept;
+
+// The default when the member is missing or does not convert.
+Int ReadInt(const DataDictionary& dict, const DataKey& key, Int defaultValue) noexcept;
+Float ReadFloat(const DataDictionary& dict, const DataKey& key, Float defaultValue) noexcept;
+String ReadString(const DataDictionary& dict, const DataKey& key, const String& defaultValue) noexcept;
+Bool ReadBool(const DataDictionary& dict, const DataKey& key, Bool defaultValue) noexcept;
+
+// @return whether the member is there; an error when it is no array or an element does not convert. out is replaced.
+Result<Bool> ReadDataArray(const DataDictionary& dict, const DataKey& key, BaseArray<Data>& out) noexcept;
+Result<Bool> ReadIntArray(const DataDictionary& dict, const DataKey& key, BaseArray<Int>& out) noexcept;
+Result<Bool> ReadFloatArray(const DataDictionary& dict, const DataKey& key, BaseArray<Float>& out) noexcept;
+Result<Bool> ReadStringArray(const DataDictionary& dict, const DataKey& key, BaseArray<String>& out) noexcept;
+
+/// Calls a function for each element of an array member, converted to the function's type.
+class ElementCallback
+{
+public:
+  /// @return false to stop the walk with an error.
+  virtual Bool operator()(const DataDictionary& dataValue, Int idx) noexcept = 0;
+
+protected:
+  ~ElementCallback() = default;
+};
+
+/// @return whether the member is there.
+Result<Bool> ForEachElement(const DataDictionary& dict, const DataKey& key, ElementCallback& callback) noexcept;
+
+}  // namespace q7z

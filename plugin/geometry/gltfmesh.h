@@ -1,0 +1,34 @@
+#pragma once
+
+// CreateMeshObjects: turns a mesh of the file into polygon objects with their tags. The scene builder calls it once for each mesh
+// that a node refers to first.
+
+#include "framework/basearray.h"
+#include "framework/hashmap.h"
+#include "plugin/document/gltfimportoptions.h"
+#include "plugin/document/gltfnode.h"
+#include "plugin/document/gltfprimitive.h"
+#include "plugin/module/hostdocument.h"
+#include "plugin/module/hostmaterial.h"
+#include "plugin/module/hostpolygon.h"
+
+namespace q7z
+{
+
+/// What a mesh is made with. Nothing is owned.
+struct MeshContext
+{
+  HostDocument* document = nullptr;
+  const HashMap<Int, HostMaterial*>* materials = nullptr;  ///< by material index
+  const HashMap<Int, HostObject*>* nodes = nullptr;        ///< joints by node index
+  const GltfSkin* skin = nullptr;                          ///< null for none
+  const ImportOptions* options = nullptr;
+  const GltfNode* node = nullptr;
+};
+
+/// Appends one object (merged) or one for each primitive (split) to objects. The caller owns them; objects appended before an
+/// error stay in the array.
+Result<void> CreateMeshObjects(const GltfMesh& mesh, const MeshContext& context,
+                               BaseArray<HostOwner<HostPolygonObject>>& objects) noexcept;
+
+}  // namespace q7z
