@@ -4,7 +4,7 @@ set -eu
 rules=$(cd "$(dirname "$0")" && pwd)/layering.awk
 cd "$1"
 folders=
-for folder in framework plugin host app tests bench; do
+for folder in framework plugin host app tests bench samples; do
   [ ! -d $folder ] || folders="$folders $folder"
 done
 find $folders -name '*.h' -o -name '*.cpp' | sort | xargs awk -f "$rules"
