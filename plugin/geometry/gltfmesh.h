@@ -15,6 +15,19 @@
 namespace q7z
 {
 
+/// How much geometry one load may make. Primitives may share accessors, so a small file can ask for far more points than it has
+/// bytes; what all its meshes hold together is bounded by its buffers' bytes.
+class GeometryBudget
+{
+public:
+  explicit GeometryBudget(Int bufferByteCount) noexcept;
+  /// @return an out-of-memory error when this many more points and polygons are too many; nothing is taken then.
+  Result<void> Take(Int pointCount, Int polygonCount) noexcept;
+
+private:
+  Int _remaining;  // points and polygons
+};
+
 /// What a mesh is made with. Nothing is owned.
 struct MeshContext
 {
@@ -24,6 +37,7 @@ struct MeshContext
   const GltfSkin* skin = nullptr;                          ///< null for none
   const ImportOptions* options = nullptr;
   const GltfNode* node = nullptr;
+  GeometryBudget* budget = nullptr;  ///< null for no limit
 };
 
 /// Appends one object (merged) or one for each primitive (split) to objects. The caller owns them; objects appended before an

@@ -1,0 +1,490 @@
+#include "framework/data.h"
+
+#include <atomic>
+#include <bit>
+#include <new>
+
+#include "framework/check.h"
+#include "framework/hashmap.h"
+#include "framework/memory.h"
+
+namespace q7z
+{
+
+namespace detail
+{
+
+/// A counted header, the elements (Data or DataMember) behind it and, for a large dictionary, an index of its members.
+struct DataBlock
+{
+  std::atomic<Int> references{1};
+  Int count = 0;
+  Int capacity = 0;
+  DataArena* arena = nullptr;  // where the block lies; null for memory of its own
+  Int byteCount = 0;           // of the whole block
+  UInt32* index = nullptr;     // slots of member numbers by hash; null for a small dictionary
+  Int indexMask = 0;
+
+  template <typename T>
+  T* GetElements() noexcept
+  {
+    return reinterpret_cast<T*>(this + 1);
+  }
+};
+
+}  // namespace detail
+
+namespace
+{
+
+using detail::DataBlock;
+
+// Up to here a dictionary is searched from end to end.
+constexpr Int kSmallDictionary = 16;
+constexpr UInt32 kFreeSlot = 0xffffffffu;
+
+constexpr Int kSmallestChunk = Int(4) << 10;
+constexpr Int kLargestChunk = Int(1) << 20;
+
+Int GetSlotCount(Int memberCount) noexcept
+{
+  return memberCount <= kSmallDictionary ? 0 : static_cast<Int>(std::bit_ceil(static_cast<UInt>(memberCount) * 2));
+}
+
+/// A block with room for capacity elements and, after them, slotCount index slots.
+template <typename T>
+DataBlock* AllocateBlock(Int capacity, Int slotCount, DataArena* arena) noexcept
+{
+  static_assert(sizeof(DataBlock) % alignof(T) == 0);
+  const Int byteCount = static_cast<Int>(sizeof(DataBlock) + static_cast<size_t>(capacity) * sizeof(T) +
+                                         static_cast<size_t>(slotCount) * sizeof(UInt32));
+  void* const memory = arena ? arena->Allocate(byteCount) : AllocateMemory(byteCount);
+  if (!memory)
+    return nullptr;
+  DataBlock* const block = ::new (memory) DataBlock;
+  block->capacity = capacity;
+  block->arena = arena;
+  block->byteCount = byteCount;
+  if (arena)
+    arena->AddReference();
+  if (slotCount)
+  {
+    block->index = reinterpret_cast<UInt32*>(block->GetElements<T>() + capacity);
+    block->indexMask = slotCount - 1;
+    for (Int i = 0; i < slotCount; ++i)
+      block->index[i] = kFreeSlot;
+  }
+  return block;
+}
+
+template <typename T>
+void ReleaseBlock(DataBlock* block) noexcept
+{
+  if (!block || block->references.fetch_sub(1, std::memory_order_acq_rel) != 1)
+    return;
+  std::destroy_n(block->GetElements<T>(), block->count);
+  DataArena* const arena = block->arena;
+  if (arena)
+    arena->Release();
+  else
+    FreeMemory(block, block->byteCount);
+}
+
+void AddReference(DataBlock* block) noexcept
+{
+  if (block)
+    block->references.fetch_add(1, std::memory_order_relaxed);
+}
+
+/// The slot of key in a block's index: that of its member, or the free one where it would go.
+UInt32& FindSlot(DataBlock& block, const DataKey& key) noexcept
+{
+  const DataMember* const members = block.GetElements<DataMember>();
+  Int slot = static_cast<Int>(MixBits(key.GetHash())) & block.indexMask;
+  while (block.index[slot] != kFreeSlot && !(members[block.index[slot]].key == key))
+    slot = (slot + 1) & block.indexMask;
+  return block.index[slot];
+}
+
+Data* FindInBlock(DataBlock* block, const DataKey& key) noexcept
+{
+  if (!block)
+    return nullptr;
+  DataMember* const members = block->GetElements<DataMember>();
+  if (block->index)
+  {
+    const UInt32 member = FindSlot(*block, key);
+    return member == kFreeSlot ? nullptr : &members[member].value;
+  }
+  for (Int i = 0; i < block->count; ++i)
+  {
+    if (members[i].key == key)
+      return &members[i].value;
+  }
+  return nullptr;
+}
+
+/// Puts a member at the end of a block that has room for it and does not hold its key.
+void AppendMember(DataBlock& block, DataMember&& member) noexcept
+{
+  DataMember* const place = ::new (block.GetElements<DataMember>() + block.count) DataMember(std::move(member));
+  if (block.index)
+    FindSlot(block, place->key) = static_cast<UInt32>(block.count);
+  ++block.count;
+}
+
+/// A copy of block with room for capacity members.
+DataBlock* CopyDictionary(DataBlock* block, Int capacity) noexcept
+{
+  DataBlock* const copy = AllocateBlock<DataMember>(capacity, GetSlotCount(capacity), nullptr);
+  if (!copy)
+    return nullptr;
+  for (Int i = 0; block && i < block->count; ++i)
+    AppendMember(*copy, DataMember(block->GetElements<DataMember>()[i]));
+  return copy;
+}
+
+const Char* GetKindName(DataKind kind) noexcept
+{
+  switch (kind)
+  {
+    case DataKind::kNil: return "nothing";
+    case DataKind::kBool: return "a boolean";
+    case DataKind::kInt: return "a whole number";
+    case DataKind::kFloat: return "a number";
+    case DataKind::kString: return "a text";
+    case DataKind::kArray: return "an array";
+    case DataKind::kDictionary: return "an object";
+  }
+  return "nothing";
+}
+
+String NameOf(DataKind kind) noexcept
+{
+  const std::string_view name = GetKindName(kind);
+  return String(name.data(), static_cast<Int>(name.size()));
+}
+
+Error ConversionError(DataKind expected, DataKind found) noexcept
+{
+  Result<String> text = String::Format("@ expected, @ found."_s, {NameOf(expected), NameOf(found)});
+  return text.HasError() ? text.GetError() : MAKE_ERROR(ErrorClass::kIllegalArgument, text.GetValue());
+}
+
+}  // namespace
+
+struct DataArena::Chunk
+{
+  Chunk* next;
+  Int byteCount;
+};
+
+DataArena* DataArena::Create() noexcept
+{
+  void* const memory = AllocateMemory(sizeof(DataArena));
+  return memory ? ::new (memory) DataArena : nullptr;
+}
+
+DataArena::~DataArena()
+{
+  while (_chunks)
+  {
+    Chunk* const chunk = _chunks;
+    _chunks = chunk->next;
+    FreeMemory(chunk, chunk->byteCount);
+  }
+}
+
+void* DataArena::Allocate(Int byteCount) noexcept
+{
+  const Int rounded = (byteCount + 7) / 8 * 8;
+  if (rounded > _end - _position)
+  {
+    const Int wanted = _chunks ? (_chunks->byteCount < kLargestChunk ? _chunks->byteCount * 2 : kLargestChunk) : kSmallestChunk;
+    const Int chunkBytes =
+      rounded + static_cast<Int>(sizeof(Chunk)) > wanted ? rounded + static_cast<Int>(sizeof(Chunk)) : wanted;
+    void* const memory = AllocateMemory(chunkBytes);
+    if (!memory)
+      return nullptr;
+    _chunks = ::new (memory) Chunk{_chunks, chunkBytes};
+    _position = static_cast<Byte*>(memory) + sizeof(Chunk);
+    _end = static_cast<Byte*>(memory) + chunkBytes;
+  }
+  void* const block = _position;
+  _position += rounded;
+  return block;
+}
+
+void DataArena::AddReference() noexcept
+{
+  std::atomic_ref<Int>(_references).fetch_add(1, std::memory_order_relaxed);
+}
+
+void DataArena::Release() noexcept
+{
+  if (std::atomic_ref<Int>(_references).fetch_sub(1, std::memory_order_acq_rel) != 1)
+    return;
+  this->~DataArena();
+  FreeMemory(this, sizeof(DataArena));
+}
+
+DataDictionary::DataDictionary(const DataDictionary& other) noexcept : _block(other._block)
+{
+  AddReference(_block);
+}
+
+DataDictionary& DataDictionary::operator=(DataDictionary other) noexcept
+{
+  std::swap(_block, other._block);
+  return *this;
+}
+
+DataDictionary::~DataDictionary()
+{
+  ReleaseBlock<DataMember>(_block);
+}
+
+Result<DataDictionary> DataDictionary::Create(DataMember* members, Int count, DataArena* arena) noexcept
+{
+  DataDictionary dictionary;
+  if (count == 0)
+    return dictionary;
+  dictionary._block = AllocateBlock<DataMember>(count, GetSlotCount(count), arena);
+  if (!dictionary._block)
+    return Error::OutOfMemory();
+  for (Int i = 0; i < count; ++i)
+  {
+    if (Data* const value = FindInBlock(dictionary._block, members[i].key))
+      *value = std::move(members[i].value);
+    else
+      AppendMember(*dictionary._block, std::move(members[i]));
+  }
+  return dictionary;
+}
+
+Int DataDictionary::GetCount() const noexcept
+{
+  return _block ? _block->count : 0;
+}
+
+const Data* DataDictionary::Find(const DataKey& key) const noexcept
+{
+  return FindInBlock(_block, key);
+}
+
+Result<void> DataDictionary::Set(const DataKey& key, Data value) noexcept
+{
+  const Bool isShared = _block && _block->references.load(std::memory_order_acquire) > 1;
+  const Bool isFull = !_block || _block->count == _block->capacity;
+  const Bool isThere = FindInBlock(_block, key) != nullptr;
+  if (isShared || (isFull && !isThere))
+  {
+    const Int count = GetCount();
+    DataBlock* const copy = CopyDictionary(_block, isThere ? count : count + count / 2 + 4);
+    if (!copy)
+      return Error::OutOfMemory();
+    ReleaseBlock<DataMember>(_block);
+    _block = copy;
+  }
+  if (Data* const old = FindInBlock(_block, key))
+    *old = std::move(value);
+  else
+    AppendMember(*_block, DataMember{key, std::move(value)});
+  return {};
+}
+
+Bool DataDictionary::Erase(const DataKey& key) noexcept
+{
+  if (!Find(key))
+    return false;
+  // The rest goes into a block of its own, index and all.
+  DataBlock* const rest = AllocateBlock<DataMember>(_block->count, GetSlotCount(_block->count), nullptr);
+  if (!rest)
+    return false;
+  for (const DataMember& member : *this)
+  {
+    if (!(member.key == key))
+      AppendMember(*rest, DataMember(member));
+  }
+  ReleaseBlock<DataMember>(_block);
+  _block = rest;
+  return true;
+}
+
+const DataMember* DataDictionary::begin() const noexcept
+{
+  return _block ? _block->GetElements<DataMember>() : nullptr;
+}
+const DataMember* DataDictionary::end() const noexcept
+{
+  return _block ? begin() + _block->count : nullptr;
+}
+
+Data::Data(const Data& other) noexcept : _int(0)
+{
+  _kind = other._kind;
+  _isSingle = other._isSingle;
+  switch (_kind)
+  {
+    case DataKind::kString: ::new (&_string) String(other._string); break;
+    case DataKind::kArray:
+    case DataKind::kDictionary:
+      _block = other._block;
+      AddReference(_block);
+      break;
+    case DataKind::kFloat: _float = other._float; break;
+    case DataKind::kBool: _bool = other._bool; break;
+    case DataKind::kNil:
+    case DataKind::kInt: _int = other._int; break;
+  }
+}
+
+Data::Data(Data&& other) noexcept : _int(0)
+{
+  _kind = other._kind;
+  _isSingle = other._isSingle;
+  if (_kind == DataKind::kString)
+  {
+    ::new (&_string) String(std::move(other._string));
+    other._string.~String();
+  }
+  else if (_kind == DataKind::kArray || _kind == DataKind::kDictionary)
+    _block = other._block;
+  else if (_kind == DataKind::kFloat)
+    _float = other._float;
+  else if (_kind == DataKind::kBool)
+    _bool = other._bool;
+  else
+    _int = other._int;
+  other._int = 0;
+  other._kind = DataKind::kNil;
+}
+
+Data& Data::operator=(Data other) noexcept
+{
+  this->~Data();
+  return *::new (this) Data(std::move(other));
+}
+
+Data::~Data()
+{
+  ReleaseContent();
+}
+
+void Data::ReleaseContent() noexcept
+{
+  if (_kind == DataKind::kString)
+    _string.~String();
+  else if (_kind == DataKind::kArray)
+    ReleaseBlock<Data>(_block);
+  else if (_kind == DataKind::kDictionary)
+    ReleaseBlock<DataMember>(_block);
+}
+
+Result<Data> Data::CreateArray(BaseArray<Data> elements) noexcept
+{
+  return CreateArray(elements.GetFirst(), elements.GetCount(), nullptr);
+}
+
+Result<Data> Data::CreateArray(Data* elements, Int count, DataArena* arena) noexcept
+{
+  Data array;
+  array._block = nullptr;
+  array._kind = DataKind::kArray;
+  if (count == 0)
+    return array;
+  array._block = AllocateBlock<Data>(count, 0, arena);
+  if (!array._block)
+    return Error::OutOfMemory();
+  for (Int i = 0; i < count; ++i)
+    ::new (array._block->GetElements<Data>() + i) Data(std::move(elements[i]));
+  array._block->count = count;
+  return array;
+}
+
+Result<Bool> Data::GetBool() const noexcept
+{
+  if (_kind != DataKind::kBool)
+    return ConversionError(DataKind::kBool, _kind);
+  return _bool;
+}
+
+Result<Int> Data::GetInt() const noexcept
+{
+  if (_kind == DataKind::kInt)
+    return _int;
+  // 2^63 is the first float that does not fit; not-a-number fails both tests.
+  if (_kind == DataKind::kFloat && _float >= -9223372036854775808.0 && _float < 9223372036854775808.0)
+    return static_cast<Int>(_float);
+  return ConversionError(DataKind::kInt, _kind);
+}
+
+Result<Float> Data::GetFloat() const noexcept
+{
+  if (_kind == DataKind::kFloat)
+    return _float;
+  if (_kind == DataKind::kInt)
+    return static_cast<Float>(_int);
+  return ConversionError(DataKind::kFloat, _kind);
+}
+
+Result<String> Data::GetString() const noexcept
+{
+  if (_kind != DataKind::kString)
+    return ConversionError(DataKind::kString, _kind);
+  return _string;
+}
+
+Result<DataDictionary> Data::GetDictionary() const noexcept
+{
+  if (_kind != DataKind::kDictionary)
+    return ConversionError(DataKind::kDictionary, _kind);
+  DataDictionary dictionary;
+  dictionary._block = _block;
+  AddReference(_block);
+  return dictionary;
+}
+
+Result<DataArrayView> Data::GetArray() const noexcept
+{
+  if (_kind != DataKind::kArray)
+    return ConversionError(DataKind::kArray, _kind);
+  return _block ? DataArrayView(_block->GetElements<Data>(), _block->count) : DataArrayView();
+}
+
+Bool operator==(const Data& a, const Data& b) noexcept
+{
+  if (a._kind != b._kind)
+    return false;
+  switch (a._kind)
+  {
+    case DataKind::kNil: return true;
+    case DataKind::kBool: return a._bool == b._bool;
+    case DataKind::kInt: return a._int == b._int;
+    case DataKind::kFloat: return a._float == b._float;
+    case DataKind::kString: return a._string == b._string;
+    case DataKind::kArray:
+    case DataKind::kDictionary: break;
+  }
+  if (a._block == b._block)
+    return true;
+  const Int count = a._block ? a._block->count : 0;
+  if (count != (b._block ? b._block->count : 0))
+    return false;
+  for (Int i = 0; i < count; ++i)
+  {
+    if (a._kind == DataKind::kArray)
+    {
+      if (!(a._block->GetElements<Data>()[i] == b._block->GetElements<Data>()[i]))
+        return false;
+      continue;
+    }
+    const DataMember& member = a._block->GetElements<DataMember>()[i];
+    const Data* const other = FindInBlock(b._block, member.key);
+    if (!other || !(member.value == *other))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace q7z
