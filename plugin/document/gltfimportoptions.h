@@ -26,6 +26,10 @@ inline const DataKey kTargetsLayer("net.tarno.gltf.parameters.options.import.ani
 inline const DataKey kCleanTracks("net.tarno.gltf.parameters.options.import.animation.cleantracks");
 }  // namespace importkeys
 
+// Values of the entry kNormals, a whole number; any other means no imported normals.
+inline constexpr Int32 kNormalsVertex = 1007;
+inline constexpr Int32 kNormalsPhong = 1008;
+
 class ImportOptions
 {
 public:

@@ -3,9 +3,12 @@
 // The thin layer through which every record takes values out of parsed JSON. A missing member gives the default or, for the
 // array readers, false; a member of the wrong kind gives the default or an error, as each operation says.
 
+#include <type_traits>
+
 #include "framework/basearray.h"
 #include "framework/check.h"
 #include "framework/data.h"
+#include "framework/url.h"
 
 namespace q7z
 {
@@ -27,7 +30,7 @@ Result<Bool> ReadIntArray(const DataDictionary& dict, const DataKey& key, BaseAr
 Result<Bool> ReadFloatArray(const DataDictionary& dict, const DataKey& key, BaseArray<Float>& out) noexcept;
 Result<Bool> ReadStringArray(const DataDictionary& dict, const DataKey& key, BaseArray<String>& out) noexcept;
 
-/// Calls a function for each element of an array member, converted to the function's type.
+/// What is called for each element of an array member, converted to a dictionary.
 class ElementCallback
 {
 public:
@@ -38,7 +41,34 @@ protected:
   ~ElementCallback() = default;
 };
 
+/// Walks an array member from its first element. An element that is no object, or a callback that answers false, ends the walk
+/// with an error.
 /// @return whether the member is there.
 Result<Bool> ForEachElement(const DataDictionary& dict, const DataKey& key, ElementCallback& callback) noexcept;
+
+/// The same with a function object: Bool callback(const DataDictionary& dataValue, Int idx).
+template <typename Callback>
+  requires(!std::is_base_of_v<ElementCallback, Callback>)
+Result<Bool> ForEachElement(const DataDictionary& dict, const DataKey& key, Callback callback) noexcept
+{
+  class Adapter final : public ElementCallback
+  {
+  public:
+    explicit Adapter(Callback& function) noexcept : _function(function) {}
+    Bool operator()(const DataDictionary& dataValue, Int idx) noexcept override { return _function(dataValue, idx); }
+
+  private:
+    Callback& _function;
+  };
+  Adapter adapter(callback);
+  return ForEachElement(dict, key, static_cast<ElementCallback&>(adapter));
+}
+
+/// The members of the first of the top-level values that a parser hands over.
+Result<DataDictionary> GetRootDictionary(const BaseArray<Data>& jsonArray) noexcept;
+
+/// The top-level values of a JSON file. Whatever the parser has to say, its error is "JSON file couldn't be read", with the
+/// parser's own as the cause.
+Result<BaseArray<Data>> ParseJsonFile(const Url& url) noexcept;
 
 }  // namespace q7z
