@@ -59,6 +59,8 @@ public:
   /// Binds the view; does nothing on the non-indexed accessor.
   void SetBufferView(const GltfBufferView* bufferView) noexcept;
 
+  // Single reads. A type with more components than asked for gives its first ones, one with fewer is an error. The reads of the
+  // non-indexed accessor give idx in every component.
   Result<void> GetElementBytes(Int idx, BaseArray<Byte>& bytes) const noexcept;
   Result<UInt32> GetUInt32(Int idx) const noexcept;
   struct UInt32x4
@@ -72,11 +74,15 @@ public:
   Result<Vector4> GetVector4(Int idx) const noexcept;
   Result<HostMatrix> GetMatrix(Int idx) const noexcept;
 
-  /// @return whether every element from 0 to GetCount() - 1 can be read, with what is needed to do so. When this answers false
-  /// the typed reads tell, element by element, what is wrong.
+  /// @return whether there are elements and every one from 0 to GetCount() - 1 can be read, with what is needed to do so. When
+  /// this answers false the typed reads tell, element by element, what is wrong.
   Bool GetElements(GltfElements& elements) const noexcept;
 
 private:
+  Result<void> ReadElementBytes(Int idx, Byte* bytes) const noexcept;
+  template <typename T, int count>
+  Result<void> ReadComponents(Int idx, T (&values)[count]) const noexcept;
+
   Int _bufferViewIndex = -1;  // into bufferViews
   Int _byteOffset = 0;
   UInt32 _componentType = 0;
@@ -87,7 +93,7 @@ private:
   BaseArray<Data> _max;
   BaseArray<Data> _min;
   const GltfBufferView* _bufferView = nullptr;  // set on demand; not owned
-  Int _elementByteCount = 0;
+  Int _elementByteCount = 0;                    // component size times component count
 };
 
 /// Finds an accessor and binds its view and buffer; repeating it is harmless. `accessor` is what the caller's pointer is set to.
@@ -97,10 +103,11 @@ Result<GltfAccessor*> GetAccessor(GltfData& gltfData, Int32 idx, Bool nonIndexed
 namespace components
 {
 
-/// Reads one component of a type as a 64-bit float, exactly as the single-element reads convert it.
+/// Reads one component of a type as a 64-bit float, exactly as the single-element reads convert it. Signed bytes that are not
+/// normalised need to know their element and have no such reader.
 template <UInt32 componentType, Bool normalized>
 Float ToFloat(const Byte* component) noexcept;
-/// The same as an unsigned integer.
+/// The same as an unsigned integer: floats truncate, signed values extend their sign.
 template <UInt32 componentType, Bool normalized>
 UInt32 ToUInt32(const Byte* component) noexcept;
 
@@ -111,6 +118,10 @@ UInt32 ToUInt32(const Byte* component) noexcept;
 /// returned; so it is for the non-indexed accessor.
 template <typename Body>
 Bool WithFloatLoader(const GltfElements& elements, Body&& body) noexcept;
+
+/// The same with load(pointerToElement, componentIndex) giving an unsigned 32-bit integer.
+template <typename Body>
+Bool WithIndexLoader(const GltfElements& elements, Body&& body) noexcept;
 
 }  // namespace q7z
 

@@ -18,7 +18,8 @@ class GltfBuffer
 public:
   Result<void> ReadFromJson(const DataDictionary& element) noexcept;
 
-  /// Fills the bytes from the URI: decoded, or from a file below documentUrl's folder. An empty URI does nothing.
+  /// Fills the bytes from the URI: decoded, or from a file below documentUrl's folder. An empty URI does nothing. What was had
+  /// before a failure stays.
   Result<void> Load(const Url& documentUrl) noexcept;
 
   /// Takes the bytes of a GLB's binary chunks over.
@@ -30,13 +31,19 @@ public:
   /// @return the first of byteCount readable bytes at offset, or null where ReadBytes would fail.
   const Byte* FindBytes(Int offset, Int byteCount) const noexcept;
 
+  /// The URI as in the file; of a data URI whose bytes were decoded and whose text was dropped, the prefix alone.
   const String& GetUri() const noexcept { return _uri; }
+  /// Lets go of the encoded text of a data URI, which may be most of the file. Load cannot be asked again after that.
+  void DropEncodedText() noexcept;
   Int GetByteLength() const noexcept { return _byteLength; }
   const BaseArray<Byte>& GetBytes() const noexcept { return _buffer; }
 
 private:
+  Result<void> DecodeDataUri(Int prefixLength) noexcept;
+  Result<void> ReadSideFile(const Url& documentUrl) noexcept;
+
   String _uri;
-  Int _byteLength = 0;  // as declared
+  Int _byteLength = 0;  // as declared; every length below 0 is kept as -1
   BaseArray<Byte> _buffer;
 };
 
@@ -48,7 +55,8 @@ public:
   /// Copies element idx of an accessor at accessorByteOffset whose elements have byteCount bytes.
   Result<void> ReadElement(Int idx, Int accessorByteOffset, Int byteCount, void* target) const noexcept;
 
-  /// @return the first byte of element 0 when elements 0 to count - 1 can all be read, and their distance; else null.
+  /// @return the first byte of element 0 when elements 0 to count - 1 can all be read, and their distance; else null. Null, too,
+  /// when there are none.
   const Byte* FindElements(Int count, Int accessorByteOffset, Int byteCount, Int& stride) const noexcept;
 
   Int GetBufferIndex() const noexcept { return _bufferIndex; }
@@ -60,10 +68,11 @@ public:
 
 private:
   Int GetStride(Int byteCount) const noexcept;
+  Int GetElementOffset(Int idx, Int accessorByteOffset, Int byteCount) const noexcept;
 
   Int _bufferIndex = -1;  // into buffers
   Int _byteOffset = 0;
-  Int _byteLength = 0;
+  Int _byteLength = 0;  // every length below 0 is kept as -1
   UInt32 _byteStride = 0;
   UInt32 _target = 34962;
   const GltfBuffer* _buffer = nullptr;  // set on demand; not owned
