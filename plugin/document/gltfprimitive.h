@@ -51,6 +51,8 @@ public:
 
   /// The positions are there and not empty.
   Bool IsValid() const noexcept;
+  /// IsValid as a check with its message.
+  Result<void> CheckValid() const noexcept;
   Int GetTargetsCount() const noexcept { return _targets.GetCount(); }
 
   struct Counts
@@ -59,6 +61,7 @@ public:
     Int indexCount = 0;
     Int polygonCount = 0;  ///< index count / 3, truncated
   };
+  /// Fails without positions, without a vertex or without a whole triangle. No byte behind the counts is looked at.
   Result<Counts> GetCounts() const noexcept;
 
   Int GetMaterial() const noexcept { return _material; }
