@@ -48,9 +48,8 @@ class GltfLoad
 {
 public:
   GltfLoad(Url fileUrl, Bool isGlb, HostBackgroundJob* job) noexcept
-    : _fileUrl(std::move(fileUrl)), _isGlb(isGlb), _job(job), _warnings(job)
-  {
-  }
+      : _fileUrl(std::move(fileUrl)), _isGlb(isGlb), _job(job), _warnings(job)
+  {}
 
   ImportOptions& GetOptions() noexcept { return _options; }
   GltfData& GetGltfData() noexcept { return _gltfData; }

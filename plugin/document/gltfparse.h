@@ -24,8 +24,17 @@ private:
   Result<DataDictionary> ReadFile() noexcept;
   Result<DataDictionary> ReadJsonFile() noexcept;
   Result<DataDictionary> ReadGlbFile() noexcept;
+  Result<void> AppendGlbBytes(HostFile& file, UInt32 chunkLength) noexcept;
   Result<void> ReadExtensions(const DataDictionary& jsonGLTF) noexcept;
+  Result<void> CollectExtensions(const BaseArray<String>& used, const BaseArray<String>& required) noexcept;
+  Result<void> ReportExtensions() noexcept;
+  Result<Bool> FillInLoadedData(const DataDictionary& jsonGLTF) noexcept;
+
+  // Resolving never stops at an item: what cannot be had is a warning.
   Result<Bool> ResolveAssets(HostBackgroundJob* backgroundJob) noexcept;
+  void ResolveBuffers(const ImportWarnings& warnings) noexcept;
+  void ResolveMeshes(const ImportWarnings& warnings) noexcept;
+  void ResolveSkins(const ImportWarnings& warnings) noexcept;
 
   GltfLoad* _sceneLoader = nullptr;   // not owned
   ImportOptions* _options = nullptr;  // the load's
