@@ -262,16 +262,7 @@ void HarbourBuilder::WriteMeshes(JsonWriter& json) const
 {
   json.BeginArray();
   for (const SceneMesh& mesh : _meshes)
-  {
-    json.BeginObject();
-    json.Member("name", mesh.name);
-    json.Key("primitives");
-    json.BeginArray();
-    for (const Primitive& primitive : mesh.primitives)
-      primitive.Write(json);
-    json.EndArray();
-    json.EndObject();
-  }
+    WriteMesh(json, mesh.name, mesh.primitives);
   json.EndArray();
 }
 

@@ -3,6 +3,7 @@
 #include "samples/generate/waves.h"
 
 #include <cmath>
+#include <memory>
 #include <stdexcept>
 
 namespace q7z::generate
@@ -217,30 +218,6 @@ void Solid::AddTerrain(const Terrain& terrain)
       AddTriangle(here, below + 1, here + 1);
     }
   }
-}
-
-void Primitive::Write(JsonWriter& json) const
-{
-  struct Attribute
-  {
-    const char* name;
-    Int accessor;
-  };
-  const Attribute attributes[] = {{"POSITION", positions}, {"NORMAL", normals}, {"TEXCOORD_0", uvs}, {"COLOR_0", colors}};
-  json.BeginObject();
-  json.Key("attributes");
-  json.BeginObject();
-  for (const Attribute& attribute : attributes)
-  {
-    if (attribute.accessor >= 0)
-      json.Member(attribute.name, attribute.accessor);
-  }
-  json.EndObject();
-  if (indices >= 0)
-    json.Member("indices", indices);
-  if (material >= 0)
-    json.Member("material", material);
-  json.EndObject();
 }
 
 Primitive AddSolid(GltfFile& file, Solid solid, bool withColors, Int material)

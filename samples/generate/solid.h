@@ -1,13 +1,14 @@
 #pragma once
 
 // Simple solids as triangles with normals, texture coordinates and vertex colours, and how they become a primitive of a file.
-// Lengths are metres, y is up, triangles turn counter-clockwise seen from outside. Used by the generator of the samples.
+// Lengths are metres, y is up, triangles turn counter-clockwise seen from outside. Used by the generators of the samples and of the
+// benchmark inputs.
 
 #include "samples/generate/gltffile.h"
+#include "samples/generate/primitive.h"
 
 #include <array>
 #include <functional>
-#include <memory>
 #include <vector>
 
 namespace q7z::generate
@@ -91,19 +92,6 @@ private:
 
   std::vector<Vertex> _vertices;
   std::vector<UInt16> _indices;
-};
-
-/// A primitive of a mesh by the indices of its accessors in the file, -1 where there is none.
-struct Primitive
-{
-  Int positions = -1;
-  Int normals = -1;
-  Int uvs = -1;
-  Int colors = -1;
-  Int indices = -1;
-  Int material = -1;
-
-  void Write(JsonWriter& json) const;
 };
 
 /// Adds the solid's accessors to the file; vertex colours only when wanted.

@@ -1,0 +1,49 @@
+#pragma once
+
+// What a host keeps of a loaded file, filled from tinygltf's model by plain loops: the least that anyone pays on top of tinygltf's
+// load to arrive where a host's import ends. An object lives as long as the measured process.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tinygltf
+{
+class Model;
+}
+
+namespace q7z::peers
+{
+
+/// A primitive as polygons. Arrays are not cleared before they are filled, so the loops pay for nothing twice.
+struct PolygonObject
+{
+  std::size_t pointCount = 0;
+  std::size_t polygonCount = 0;
+  std::unique_ptr<double[]> points;          // 3 for each point
+  std::unique_ptr<std::int32_t[]> polygons;  // 4 points for each polygon, the last twice in a triangle
+  std::unique_ptr<float[]> normals;          // 4 corners of 3 for each polygon; null without normals
+  std::unique_ptr<float[]> uvs;              // likewise, the third always 0; null without texture coordinates
+};
+
+struct NodeObject
+{
+  std::string name;
+  std::array<double, 12> matrix{};    // offset and three axes
+  int mesh = -1;                      // index into the scene's meshes
+  std::vector<NodeObject*> children;  // not owned
+};
+
+struct HostScene
+{
+  std::vector<std::vector<PolygonObject>> meshes;  // for each mesh its primitives
+  std::vector<NodeObject> nodes;
+};
+
+/// Throws std::runtime_error for what the benchmarks' inputs do not hold: other primitives than indexed triangles, sparse accessors,
+/// ranges outside of a buffer.
+HostScene FillHostArrays(const tinygltf::Model& model);
+
+}  // namespace q7z::peers
