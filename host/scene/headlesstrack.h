@@ -1,0 +1,167 @@
+#pragma once
+
+// Animation as the scene keeps it: a track for one parameter of a node, its curve, the curve's keys in time order. A track
+// belongs to the node that it was inserted into; a curve to its track; keys to their curve, and they do not move in memory.
+
+#include "framework/hosttime.h"
+#include "host/scene/headlessnode.h"
+#include "host/scene/hostarray.h"
+#include "plugin/module/hosttrack.h"
+
+namespace q7z
+{
+
+/// One side of a spline key, relative to the key.
+struct KeyTangent
+{
+  HostTime time;
+  Float value = 0;
+  Bool isSet = false;  ///< given by somebody; the numbers are 0 until then
+};
+
+/// The three arguments of a key's rotation mode.
+struct KeyRotationMode
+{
+  Int32 mode = 0;
+  Bool first = false;
+  Bool second = false;
+  friend Bool operator==(const KeyRotationMode&, const KeyRotationMode&) noexcept = default;
+};
+
+class HeadlessKey : public HeadlessNode
+{
+public:
+  explicit HeadlessKey(const HostTime& time) noexcept : HeadlessNode(NodeKind::kKey, 0), _time(time) {}
+
+  const HostTime& GetTime() const noexcept { return _time; }
+  Float GetValue() const noexcept { return _value; }
+  void SetValue(Float value) noexcept { _value = value; }
+  /// Linear for a new key.
+  InterpolationMode GetInterpolation() const noexcept { return _interpolation; }
+  void SetInterpolation(InterpolationMode mode) noexcept { _interpolation = mode; }
+
+  KeyTangent GetLeftTangent() const noexcept { return _tangents ? _tangents->left : KeyTangent(); }
+  KeyTangent GetRightTangent() const noexcept { return _tangents ? _tangents->right : KeyTangent(); }
+  /// @return false without memory.
+  Bool SetLeftTangent(const HostTime& time, Float value) noexcept;
+  Bool SetRightTangent(const HostTime& time, Float value) noexcept;
+
+  Bool HasRotationMode() const noexcept { return _hasRotationMode; }
+  const KeyRotationMode& GetRotationMode() const noexcept { return _rotationMode; }
+  void SetRotationMode(const KeyRotationMode& mode) noexcept
+  {
+    _rotationMode = mode;
+    _hasRotationMode = true;
+  }
+  Bool HasAuxiliaryMode() const noexcept { return _hasAuxiliaryMode; }
+  Int32 GetAuxiliaryMode() const noexcept { return _auxiliaryMode; }
+  void SetAuxiliaryMode(Int32 mode) noexcept
+  {
+    _auxiliaryMode = mode;
+    _hasAuxiliaryMode = true;
+  }
+
+  /// The points that a key of a point track stores; empty for others.
+  const HostArray<Vector>& GetPoints() const noexcept { return _points; }
+  void SetPoints(HostArray<Vector> points) noexcept { _points = std::move(points); }
+
+  /// Everything but the time. @return false without memory.
+  Bool CopyFrom(const HeadlessKey& other) noexcept;
+
+private:
+  struct Tangents
+  {
+    KeyTangent left;
+    KeyTangent right;
+  };
+  Tangents* FindOrMakeTangents() noexcept;
+
+  HostTime _time;
+  Float _value = 0;
+  std::unique_ptr<Tangents> _tangents;  // null until one is set
+  HostArray<Vector> _points;
+  KeyRotationMode _rotationMode;
+  Int32 _auxiliaryMode = 0;
+  InterpolationMode _interpolation = InterpolationMode::Linear;
+  Bool _hasRotationMode = false;
+  Bool _hasAuxiliaryMode = false;
+};
+
+class HeadlessCurve
+{
+public:
+  HeadlessCurve() noexcept = default;
+  HeadlessCurve(const HeadlessCurve&) = delete;
+  HeadlessCurve& operator=(const HeadlessCurve&) = delete;
+  ~HeadlessCurve();
+
+  Int GetKeyCount() const noexcept { return _keys.GetCount(); }
+  /// Null for an index out of range.
+  HeadlessKey* GetKey(Int index) const noexcept { return index >= 0 && index < _keys.GetCount() ? _keys[index] : nullptr; }
+
+  /// Makes room for a known number of keys in all. @return false without memory.
+  Bool Reserve(Int keyCount) noexcept;
+  /// The key at a time, made when none stands there; index (may be null) is set to its place. Null without memory, or for a time
+  /// that is not finite.
+  HeadlessKey* AddKey(const HostTime& time, Int* index) noexcept;
+  /// The same, but a new key fits into the shape that the curve has: a spline segment is split, with the neighbours' tangents
+  /// shortened; on a linear or held segment the new key has zero tangents. Null without memory: the curve is as it was then.
+  HeadlessKey* AddKeyAdapted(const HostTime& time) noexcept;
+
+  /// Before the first key the first value, behind the last the last; 0 without keys.
+  Float GetValue(const HostTime& time) const noexcept;
+
+  Bool CopyFrom(const HeadlessCurve& other) noexcept;
+
+private:
+  struct Chunk;
+  Int FindPlace(const HostTime& time, Bool& stands) const noexcept;
+  HeadlessKey* MakeKey(const HostTime& time) noexcept;
+  HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;
+  HeadlessKey* SplitSegment(Int place, const HostTime& time) noexcept;
+  HeadlessKey* ExtendOutside(Int place, const HostTime& time) noexcept;
+
+  BaseArray<HeadlessKey*> _keys;  // in time order; the keys lie in _chunks
+  Chunk* _chunks = nullptr;       // the newest first
+};
+
+class HeadlessTrack : public HeadlessNode
+{
+public:
+  /// Null without memory.
+  static HeadlessTrack* Create(const HostDescId& id) noexcept;
+  ~HeadlessTrack() override;
+
+  const HostDescId& GetId() const noexcept { return _id; }
+  /// The node whose list the track is in, or null.
+  HeadlessNode* GetOwner() const noexcept { return _owner; }
+  HeadlessTrack* GetNext() const noexcept { return _next; }
+  HeadlessDocument* GetDocument() const noexcept override { return _owner ? _owner->GetDocument() : nullptr; }
+
+  /// Null for a track without a curve.
+  HeadlessCurve* GetCurve() const noexcept { return _curve.get(); }
+  /// Made when there is none. Null without memory.
+  HeadlessCurve* FindOrMakeCurve() noexcept;
+
+  /// Into the node's list, out of where it stands. @return false for a node that cannot have tracks.
+  Bool InsertInto(HeadlessNode* node) noexcept;
+  /// Out of the node's list; the caller owns the track then.
+  void Remove() noexcept;
+  /// A copy in no list. Null without memory.
+  HeadlessTrack* Clone() const noexcept;
+
+protected:
+  Bool TakeOut() noexcept override;
+
+private:
+  friend class HeadlessTrackList;
+  explicit HeadlessTrack(const HostDescId& id) noexcept;
+
+  HostDescId _id;
+  HeadlessNode* _owner = nullptr;  // not owned
+  HeadlessTrack* _previous = nullptr;
+  HeadlessTrack* _next = nullptr;
+  std::unique_ptr<HeadlessCurve> _curve;
+};
+
+}  // namespace q7z
