@@ -5,6 +5,8 @@
 // in elsewhere.
 
 #include "host/scene/headlessdocument.h"
+#include "plugin/module/hostdocument.h"
+#include "plugin/module/hostmaterial.h"
 
 namespace q7z
 {
