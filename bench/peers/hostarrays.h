@@ -1,7 +1,7 @@
 #pragma once
 
-// What a host keeps of a loaded file, filled from tinygltf's model by plain loops: the least that anyone pays on top of tinygltf's
-// load to arrive where a host's import ends. An object lives as long as the measured process.
+// What a host keeps of a loaded file, filled from tinygltf's model by plain loops: the least that anyone pays on top of
+// tinygltf's load to arrive where a host's import ends. An object lives as long as the measured process.
 
 #include <array>
 #include <cstdint>
@@ -42,8 +42,8 @@ struct HostScene
   std::vector<NodeObject> nodes;
 };
 
-/// Throws std::runtime_error for what the benchmarks' inputs do not hold: other primitives than indexed triangles, sparse accessors,
-/// ranges outside of a buffer.
+/// Throws std::runtime_error for what the benchmarks' inputs do not hold: other primitives than indexed triangles, sparse
+/// accessors, ranges outside of a buffer.
 HostScene FillHostArrays(const tinygltf::Model& model);
 
 }  // namespace q7z::peers

@@ -1,5 +1,5 @@
-// peer_tinygltf [--time] [--arrays] IN: tinygltf's load, without decoding images; with --arrays followed by loops that fill what a
-// host would hold.
+// peer_tinygltf [--time] [--arrays] IN: tinygltf's load, without decoding images; with --arrays followed by loops that fill what
+// a host would hold.
 
 #include "bench/peers/hostarrays.h"
 #include "bench/peers/peer.h"

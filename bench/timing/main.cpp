@@ -2,7 +2,8 @@
 //
 // Times whole processes against each other: A B C A B C ..., each from its start to its end, so that a disturbance of the machine
 // meets all of them alike. Their output is thrown away. For each program one line with tabs: name, median, smallest and largest
-// milliseconds, median of the peak memory in MB (10^6 bytes). A program that fails ends it all, and what it said on stderr is shown.
+// milliseconds, median of the peak memory in MB (10^6 bytes). A program that fails ends it all, and what it said on stderr is
+// shown.
 
 #include <algorithm>
 #include <charconv>

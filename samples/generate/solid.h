@@ -1,8 +1,8 @@
 #pragma once
 
 // Simple solids as triangles with normals, texture coordinates and vertex colours, and how they become a primitive of a file.
-// Lengths are metres, y is up, triangles turn counter-clockwise seen from outside. Used by the generators of the samples and of the
-// benchmark inputs.
+// Lengths are metres, y is up, triangles turn counter-clockwise seen from outside. Used by the generators of the samples and of
+// the benchmark inputs.
 
 #include "samples/generate/gltffile.h"
 #include "samples/generate/primitive.h"
