@@ -21,7 +21,7 @@ function(q7z_add_test name)
   # The module and the program are loaded and run, not linked.
   add_dependencies(${name} io_gltf q7z_app)
   string(REGEX REPLACE "^q7z_test_" "" prefix "${name}")
-  gtest_discover_tests(${name} TEST_PREFIX "${prefix}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+  gtest_discover_tests(${name} TEST_PREFIX "${prefix}." NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     WORKING_DIRECTORY "${PROJECT_BINARY_DIR}/tests" PROPERTIES TIMEOUT 120 LABELS "${prefix}")
 endfunction()
 
