@@ -1,15 +1,16 @@
-# q7z_add_test(NAME SOURCES file... [LIBS target...])
+# q7z_add_test(NAME [LOADS_MODULE] SOURCES file... [LIBS target...])
 #
 # One GoogleTest executable for a folder of tests, every case of it a case of ctest under the prefix that follows `q7z_test_`.
 # The tests find what they need through these definitions, all of them folders without a slash at the end:
 #   Q7Z_TEST_SOURCE_DIR  the root of the sources (tests/data, samples)
 #   Q7Z_TEST_BIN_DIR     where q7z, io_gltf.so and resources/ were built
 #   Q7Z_TEST_TEMP_DIR    where a test may write; it makes a folder of its own there
+# LOADS_MODULE: the module and the program, which are loaded and run and not linked, are built before.
 
 include(GoogleTest)
 
 function(q7z_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "LOADS_MODULE" "" "SOURCES;LIBS")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest GTest::gtest_main q7z::test_warnings)
@@ -18,8 +19,9 @@ function(q7z_add_test name)
     Q7Z_TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}" Q7Z_TEST_BIN_DIR="${Q7Z_BIN_DIR}"
     Q7Z_TEST_TEMP_DIR="${PROJECT_BINARY_DIR}/tests/temp")
   file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/tests/temp")
-  # The module and the program are loaded and run, not linked.
-  add_dependencies(${name} io_gltf q7z_app)
+  if(arg_LOADS_MODULE)
+    add_dependencies(${name} io_gltf q7z_app)
+  endif()
   string(REGEX REPLACE "^q7z_test_" "" prefix "${name}")
   gtest_discover_tests(${name} TEST_PREFIX "${prefix}." NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     WORKING_DIRECTORY "${PROJECT_BINARY_DIR}/tests" PROPERTIES TIMEOUT 120 LABELS "${prefix}")
