@@ -41,6 +41,9 @@ expect framework/a.cpp '#include <type_traits>'
 expect framework/a.cpp '#include "plugin/module/hostfile.h"' "\"plugin/module/hostfile.h\" $outside framework/"
 expect framework/a.h '#include <simdjson.h>' "<simdjson.h> $notStandard"
 expect framework/a.h '#include <unistd.h>' "<unistd.h> $notStandard"
+expect framework/memory.cpp '#include <sys/mman.h>'
+expect framework/memory.cpp '#include <unistd.h>' "<unistd.h> $notStandard"
+expect framework/a.cpp '#include <sys/mman.h>' "<sys/mman.h> $notStandard"
 expect plugin/module/hosttag.h '#include "plugin/module/hostfile.h"  // the file'
 expect plugin/module/hosttag.h '#include "plugin/module/options.h"' "\"plugin/module/options.h\" $outside framework/ plugin/module/host*.h"
 expect plugin/document/a.cpp '#include "plugin/module/options.h"'
