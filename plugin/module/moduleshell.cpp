@@ -4,6 +4,7 @@
 #include <new>
 
 #include "framework/spinlock.h"
+#include "plugin/import/gltfimport.h"
 #include "plugin/module/hostconsole.h"
 #include "plugin/module/hostregistration.h"
 #include "plugin/module/hostservices.h"
@@ -77,6 +78,22 @@ Int32 Detach() noexcept
   return 1;
 }
 
+Bool RegisterLoader() noexcept
+{
+  return HostRegisterSceneLoader(1060210, HostLoadString(10000), 0x3400000, &MakeGltfSceneLoader, "fgltfimporter"_s);
+}
+
+Bool RegisterAll() noexcept
+{
+  constexpr Bool (*kRegistrations[])() noexcept = {&RegisterLoader};
+  for (const auto registerOne : kRegistrations)
+  {
+    if (!registerOne())
+      return false;
+  }
+  return true;
+}
+
 Int32 AnswerResourceMessage(Int subMessage, HostResourceRecord* record) noexcept
 {
   if (subMessage != kLoadResources)
@@ -95,7 +112,7 @@ Int32 AnswerModuleMessage(Int32 message, void* argument1, void* argument2, void*
   switch (message)
   {
     case kAttachMessage: return Attach(static_cast<const HostTables*>(argument1), static_cast<const HostFilename*>(argument3));
-    case kStartMessage: return g_hostTables != nullptr;
+    case kStartMessage: return g_hostTables && RegisterAll();
     case kEndMessage: return Detach();
     case kVersionMessage: return kInterfaceVersion;
     case kResourceMessage:

@@ -1,0 +1,362 @@
+// The words of the module: every message whose text is settled, looked up in the bytes of the built library. A row is pending
+// until the subsystem that says it is built; whoever builds it turns the row over, and a message that appears before that fails.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+#include "framework/types.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+enum Status
+{
+  kBuilt,
+  kPending,
+};
+
+enum Kind
+{
+  kState,     // "Illegal state: Condition ... not fulfilled. ", with the trailing blank
+  kArgument,  // the same of an argument
+  kText,      // a text of its own
+};
+
+struct SettledMessage
+{
+  Status status;
+  Kind kind;
+  const char* text;
+};
+
+// clang-format off
+const SettledMessage kSettledMessages[] = {
+  // Document model.
+  {kBuilt, kState, "callback(dataValue, idx)"},
+  {kBuilt, kState, "_gltfData"},
+  {kBuilt, kState, "jsonGLTF.IsPopulated()"},
+  {kBuilt, kState, "_sceneLoader"},
+  // Loader driver.
+  {kBuilt, kState, "importer && fileUrl.IsPopulated()"},
+  {kBuilt, kState, "FillInLoadedData(jsonGLTF)"},
+  {kBuilt, kState, "ResolveAssets(backgroundJob)"},
+  {kBuilt, kState, "jsonArray.IsPopulated()"},
+  // GLB container.
+  {kBuilt, kState, "glbFile->Open(glbFilename, FILEOPEN::READ, FILEDIALOG::IGNOREOPEN, BYTEORDER::V_INTEL)"},
+  {kBuilt, kState, "glbFile->Seek(12)"},
+  {kBuilt, kState, "glbFile->ReadUInt32(&chunkLength)"},
+  {kBuilt, kState, "glbFile->ReadUInt32(&chunkType)"},
+  {kBuilt, kState, "(firstChunk && isGltfChunk) || (!firstChunk && !isGltfChunk)"},
+  {kBuilt, kState, "glbFile->ReadBytes(gltfChunkBytes.GetFirst(), chunkLength) == chunkLength"},
+  {kBuilt, kState, "glbFile->Seek(chunkLength)"},
+  {kBuilt, kState, "glbFile->Seek(chunkLength % 4)"},
+  // Buffers.
+  {kBuilt, kState, "assetUrl.GetScheme() == URLSCHEME_FILESYSTEM || assetUrl.GetScheme() == URLSCHEME_RELATIVE"},
+  {kBuilt, kState, "GeFExist(fileName)"},
+  {kBuilt, kState, "file->Open(fileName)"},
+  {kBuilt, kState, "file->Close()"},
+  {kBuilt, kState, "bytesRead == _buffer.GetCount()"},
+  {kBuilt, kState, "_buffer.GetCount() >= (Int)_byteLength"},
+  {kBuilt, kState, "(offset >= 0 && offset < _byteLength - byteCount + 1)"},
+  {kBuilt, kState, "(static_cast<Int>(offset) >= 0 && static_cast<Int>(offset) < _buffer.GetCount() - byteCount + 1)"},
+  {kBuilt, kState, "(idx >= 0 && idx < _byteLength - byteCount + 1)"},
+  {kBuilt, kState, "_buffer"},
+  // Accessors.
+  {kBuilt, kState, "_type == \"SCALAR\"_s"},
+  {kBuilt, kState, "(idx >= 0 && idx < _count)"},
+  {kBuilt, kState, "!IsNonIndexed()"},
+  {kBuilt, kState, "componentCount && componentTypeSize"},
+  {kBuilt, kState, "accessor"},
+  {kBuilt, kState, "nonIndexedAllowed"},
+  {kBuilt, kState, "accessor->IsOfType({\"SCALAR\"_s})"},
+  {kBuilt, kState, "bView"},
+  {kBuilt, kState, "buff"},
+  {kBuilt, kState, "_elementByteCount"},
+  {kBuilt, kState, "!IsNonIndexed() && _bufferView"},
+  {kPending, kState, "GetComponentCount() == vals.GetCount()"},
+  // Nodes and skins.
+  {kBuilt, kState, "16 == matrixArray.GetCount()"},
+  {kBuilt, kState, "4 == rotationArray.GetCount()"},
+  {kBuilt, kState, "3 == scaleArray.GetCount()"},
+  {kBuilt, kState, "3 == translationArray.GetCount()"},
+  {kBuilt, kArgument, "gltfData"},
+  // Import.
+  {kBuilt, kState, "description->LoadDescription(\"fgltfimporter\")"},
+  {kBuilt, kState, "node && doc && error"},
+  {kBuilt, kState, "_doc"},
+  {kBuilt, kState, "sceneParent"},
+  {kBuilt, kState, "LoadMetaInfo()"},
+  {kBuilt, kArgument, "parent"},
+  {kBuilt, kState, "addNodeIndicesToImport(nodeIndices, parent)"},
+  {kBuilt, kState, "node"},
+  {kBuilt, kState, "opMain"},
+  {kBuilt, kState, "meshPtr && meshPtr->IsValid()"},
+  {kBuilt, kState, "meshPolys.GetCount()"},
+  {kBuilt, kState, "opMesh"},
+  {kBuilt, kState, "poly"},
+  {kBuilt, kState, "rootLayer"},
+  {kBuilt, kState, "polygonObjectOp"},
+  // Mesh records.
+  {kBuilt, kState, "keyValid && valueValid"},
+  {kBuilt, kState, "_weights.IsEmpty() || prim.GetTargetsCount() <= _weights.GetCount()"},
+  {kBuilt, kState, "_targets.GetCount() == _targetsAccessors.GetCount()"},
+  {kBuilt, kState, "IsValid()"},
+  {kBuilt, kState, "posAcc"},
+  {kBuilt, kState, "result.first && result.second"},
+  // Mesh creation.
+  {kBuilt, kState, "_options"},
+  {kBuilt, kState, "vertexCount"},
+  {kBuilt, kState, "polyCount"},
+  {kBuilt, kState, "(meshCreator.cursorPoints + vertexCount - 1 >= 0 && meshCreator.cursorPoints + vertexCount - 1 < poly->GetPointCount())"},
+  {kBuilt, kState, "(meshCreator.cursorPolygons + polyCount - 1 >= 0 && meshCreator.cursorPolygons + polyCount - 1 < poly->GetPolygonCount())"},
+  {kBuilt, kState, "AddMeshPositions(meshCreator, _primAccessors, nullptr, vertexCount, flipZMultiplier, options.GetScale())"},
+  {kBuilt, kState, "AddMeshPolygons(meshCreator, _primAccessors, polyCount, options.IsFlipZ())"},
+  {kBuilt, kState, "AddMeshNormals(meshCreator, _primAccessors, nullptr, polyCount, flipZMultiplier)"},
+  {kBuilt, kState, "AddMeshVertexColors(meshCreator, _primAccessors, nullptr, vertexCount)"},
+  {kBuilt, kState, "AddMeshUVs(meshCreator, _primAccessors, nullptr, polyCount)"},
+  {kBuilt, kState, "AddPolygonSelections(meshCreator, _primAccessors, polyCount)"},
+  {kBuilt, kState, "ptsAccessor"},
+  {kBuilt, kState, "ptsArray"},
+  {kBuilt, kState, "idxAccessor"},
+  {kBuilt, kState, "polys"},
+  {kBuilt, kState, "handle"},
+  {kBuilt, kState, "deltaAccessor"},
+  {kBuilt, kState, "polySelBSel"},
+  {kBuilt, kState, "meshCreator.mesh"},
+  {kBuilt, kState, "polySel"},
+  // Cameras.
+  {kPending, kState, "cameraPtr"},
+  {kPending, kState, "src.IsPopulated()"},
+  {kPending, kArgument, "src.IsPopulated()"},
+  {kPending, kState, "rd"},
+  {kPending, kState, "camera"},
+  // Skin weights.
+  {kPending, kState, "gltfSkin"},
+  {kPending, kState, "q7zJointIdx != -1"},
+  {kPending, kState, "skinPtr"},
+  {kPending, kState, "skinCreator.IsValid()"},
+  {kPending, kState, "baseAccessors._skinJointsAccessors.IsPopulated()"},
+  {kPending, kState, "baseAccessors._skinJointsAccessors.GetCount() == baseAccessors._skinWeightsAccessors.GetCount()"},
+  {kPending, kState, "skinCreator._skinWeightTag"},
+  {kPending, kState, "skinCreator._mapJointIndicesGltfToQ7Z.IsPopulated()"},
+  {kPending, kState, "skinCreator._mapJointIndicesGltfToQ7Z.GetCount() == skinCreator._skinWeightTag->GetJointCount()"},
+  {kPending, kState, "weightsAccessorEntry"},
+  {kPending, kState, "q7zJointIdxEntry"},
+  {kPending, kState, "AddMeshSkinJointWeights(meshCreator, *skinCreator, _primAccessors, vertexCount, skinPtr)"},
+  // Morph targets.
+  {kPending, kState, "poseMeshCreator.AllocatePolyAndTags(vertexCount, polyCount)"},
+  {kPending, kState, "_poseMorphTag->ExitEdit(doc, true)"},
+  {kPending, kState, "targetCreator._targetMeshCreators.GetCount() == GetTargetsCount()"},
+  {kPending, kState, "targetCreator._poseMorphTag"},
+  {kPending, kState, "targetCreator._meshCreator"},
+  {kPending, kState, "(poseMeshCreator.cursorPoints + vertexCount - 1 >= 0 && poseMeshCreator.cursorPoints + vertexCount - 1 < poly->GetPointCount())"},
+  {kPending, kState, "(poseMeshCreator.cursorPolygons + polyCount - 1 >= 0 && poseMeshCreator.cursorPolygons + polyCount - 1 < poly->GetPolygonCount())"},
+  {kPending, kState, "AddMeshPositions(poseMeshCreator, _primAccessors, targetAccForPointsPointer, vertexCount, flipZMultiplier, options.GetScale())"},
+  {kPending, kState, "AddMeshPolygons(poseMeshCreator, _primAccessors, polyCount, options.IsFlipZ())"},
+  {kPending, kState, "AddMeshNormals(poseMeshCreator, _primAccessors, &targetAccessors, polyCount, flipZMultiplier)"},
+  {kPending, kState, "AddMeshVertexColors(poseMeshCreator, _primAccessors, &targetAccessors, vertexCount)"},
+  {kPending, kState, "AddMeshUVs(poseMeshCreator, _primAccessors, &targetAccessors, polyCount)"},
+  {kPending, kState, "_meshCreator && _meshCreator->mesh"},
+  {kPending, kState, "_poseMorphTag"},
+  {kPending, kState, "_posesParentOp"},
+  {kPending, kState, "poseOp"},
+  {kPending, kState, "weights.GetCount() == _targetMeshCreators.GetCount()"},
+  // Materials.
+  {kPending, kState, "_texture"},
+  {kPending, kState, "_sampler"},
+  {kPending, kState, "_source"},
+  {kPending, kState, "IsBase64() && _data.IsPopulated() || GetURIString().IsPopulated()"},
+  {kPending, kState, "_bufferView"},
+  {kPending, kState, "assetUrl.GetScheme() == URLSCHEME_FILESYSTEM"},
+  {kPending, kState, "_data.IsEmpty() || GetImageExtension().IsPopulated()"},
+  {kPending, kState, "_data.IsPopulated() || (_uri.IsPopulated() && IsBase64())"},
+  {kPending, kState, "bfOut->Open(TarnoConvert(url), FILEOPEN::WRITE, FILEDIALOG::NONE)"},
+  {kPending, kState, "bfOut->WriteBytes(_data.GetFirst(), _data.GetCount())"},
+  {kPending, kState, "bfOut->Close()"},
+  {kPending, kState, "IsInitialized()"},
+  {kPending, kState, "baseColorFactorArr.GetCount() == 4"},
+  {kPending, kState, "emissiveFactorArr.GetCount() == 3"},
+  {kPending, kState, "baseMaterial"},
+  {kPending, kState, "texFolderUrl.IsPopulated()"},
+  {kPending, kState, "ext.IsPopulated()"},
+  {kPending, kState, "gltfMatIdx > -1"},
+  {kPending, kState, "dupdetect"},
+  {kPending, kState, "sourceIndex"},
+  {kPending, kState, "reflection_layer"},
+  {kPending, kState, "material"},
+  {kPending, kState, "bmp"},
+  {kPending, kState, "materialTypeId == MATERIAL::PORTBUNDLE::GLTF::GetId()"},
+  {kPending, kState, "succeeded"},
+  {kPending, kState, "saveConvert()"},
+  {kPending, kState, "textureInfo"},
+  {kPending, kState, "bitmapFilenameKey < Bitmaps::BCOUNT"},
+  // Animation import.
+  {kPending, kState, "takeData"},
+  {kPending, kState, "mainTake"},
+  {kPending, kState, "take"},
+  {kPending, kArgument, "gltfAnimationIdx > -1"},
+  {kPending, kState, "sampler"},
+  {kPending, kState, "_inputAccessor"},
+  {kPending, kState, "_inputAccessor->GetComponentType() == 5126"},
+  {kPending, kState, "minArray.GetCount() == 1"},
+  {kPending, kState, "maxArray.GetCount() == 1"},
+  {kPending, kState, "_options && _lookupNodes"},
+  {kPending, kArgument, "sampler"},
+  {kPending, kArgument, "dids"},
+  {kPending, kArgument, "_options"},
+  {kPending, kState, "didCount == 1 || didCount == 3"},
+  {kPending, kState, "over"},
+  {kPending, kState, "outTrack"},
+  {kPending, kArgument, "tracks.GetCount() == 1 || tracks.GetCount() == 3"},
+  {kPending, kState, "track"},
+  {kPending, kState, "tagPoseMorph"},
+  // Saver and export driver.
+  {kPending, kState, "node && description"},
+  {kPending, kState, "description->LoadDescription(1041129)"},
+  {kPending, kState, "exporter->_jsonDoc"},
+  {kPending, kState, "exporter->_doc"},
+  {kPending, kState, "_jsonDoc"},
+  {kPending, kArgument, "doc"},
+  {kPending, kState, "doc"},
+  // Scene preprocessor.
+  {kPending, kState, "gltfContainer"},
+  {kPending, kState, "master"},
+  {kPending, kState, "root"},
+  {kPending, kState, "tTag"},
+  {kPending, kState, "restriction"},
+  {kPending, kState, "restriction->CopyTo(bsPolyS)"},
+  {kPending, kState, "SendModelingCommand(220, data)"},
+  {kPending, kArgument, "origRef"},
+  {kPending, kArgument, "newRef"},
+  {kPending, kState, "morph"},
+  {kPending, kState, "SendModelingCommand(245, data)"},
+  {kPending, kState, "data.result"},
+  {kPending, kState, "bakedRoot"},
+  {kPending, kState, "SendModelingCommand(221, data)"},
+  {kPending, kState, "SendModelingCommand(227, data)"},
+  // GLB writer.
+  {kPending, kState, "bf->Open(filename, FILEOPEN::WRITE, FILEDIALOG::ANY, BYTEORDER::V_MOTOROLA, 'Q7ZC', 'Q7Z1')"},
+  {kPending, kState, "bf->Open(filename, FILEOPEN::APPEND, FILEDIALOG::ANY, BYTEORDER::V_MOTOROLA, 'Q7ZC', 'Q7Z1')"},
+  {kPending, kState, "bf->WriteBytes(this, sizeof(UInt32) * 3)"},
+  {kPending, kState, "bf->WriteBytes(this, sizeof(UInt32) * 2)"},
+  {kPending, kState, "bf->WriteBytes(chunkData.ToBlock().GetFirst(), sizeof(Char) * _chunkLength)"},
+  {kPending, kState, "bf->Close()"},
+  // Objects, skins and meshes of an export.
+  {kPending, kArgument, "op"},
+  {kPending, kState, "op"},
+  {kPending, kState, "jointEntry"},
+  {kPending, kState, "i < joints.GetCount()"},
+  {kPending, kState, "aliastrans && aliastrans->Init(tag->GetDocument())"},
+  {kPending, kState, "op && op->GetType() == 5100"},
+  {kPending, kState, "hash"},
+  {kPending, kArgument, "source"},
+  {kPending, kState, "hashOp"},
+  {kPending, kState, "positions"},
+  {kPending, kState, "vertices_count > 0"},
+  {kPending, kState, "_isInitialized"},
+  {kPending, kState, "polygons"},
+  {kPending, kArgument, "(init_positions.GetCount() == 0 && !isTarget) || (init_positions.GetCount() == vertex_data.GetCount() && isTarget)"},
+  {kPending, kState, "!joints.IsPopulated()"},
+  {kPending, kState, "!weights.IsPopulated()"},
+  {kPending, kState, "!vertexColors.IsPopulated()"},
+  {kPending, kState, "morphTag"},
+  {kPending, kState, "morphNode"},
+  {kPending, kState, "positions.GetCount() == ToPoly(op)->GetPointCount()"},
+  // Animation export.
+  {kPending, kArgument, "!curves.IsPopulated()"},
+  {kPending, kArgument, "!tempTracks.IsPopulated()"},
+  {kPending, kArgument, "curves[i]"},
+  {kPending, kState, "curves[i]->GetKeyCount() == curves[i + 1]->GetKeyCount()"},
+  {kPending, kState, "curves[dim] && curves[dim]->GetKeyCount() == bakedFrames"},
+  {kPending, kArgument, "curves.GetCount() == Dim::COUNT"},
+  {kPending, kArgument, "curves[dim]"},
+  {kPending, kArgument, "curves[Dim::X]->GetKeyCount() == curves[Dim::Y]->GetKeyCount() && curves[Dim::Y]->GetKeyCount() == curves[Dim::Z]->GetKeyCount()"},
+  {kPending, kArgument, "!keyframes.IsPopulated()"},
+  {kPending, kArgument, "!tangents.IsPopulated()"},
+  {kPending, kArgument, "curves[i]->GetKeyCount() == curves[i + 1]->GetKeyCount()"},
+  {kPending, kState, "key"},
+  {kPending, kState, "key[Dim::X] && key[Dim::Y] && key[Dim::Z]"},
+  {kPending, kState, "key[Dim::X]->GetTime() == key[Dim::Y]->GetTime() && key[Dim::Y]->GetTime() == key[Dim::Z]->GetTime()"},
+  {kPending, kState, "keyframes[i].second.GetCount() == Dim::COUNT"},
+  {kPending, kState, "tangents[i].first.GetCount() == Dim::COUNT"},
+  {kPending, kState, "tangents[i].second.GetCount() == Dim::COUNT"},
+  {kPending, kArgument, "i0->second.GetCount() == Dim::COUNT"},
+  {kPending, kState, "keyframes[i].second.GetCount() == 4"},
+  {kPending, kState, "curves.GetCount() == pTag->GetMorphCount()"},
+  {kPending, kState, "pTag"},
+  {kPending, kState, "pTag->GetMorph(i)"},
+  {kPending, kArgument, "keys[i]"},
+  {kPending, kArgument, "keys[i]->GetTime() == keys[i - 1]->GetTime()"},
+  // Texts that are no conditions.
+  {kBuilt, kText, "JSON file couldn't be read"},
+  {kBuilt, kText, "Illegal state: Accessors without bufferView aren't supported yet"},
+  {kBuilt, kText, "Illegal state: Set duplication occured"},
+  {kBuilt, kText, "More than one node addresses same skin #@!"},
+  {kBuilt, kText, "Pose Morph Targets"},
+  {kPending, kText, "Couldn't load animations!"},
+  {kPending, kText, "No material importer found"},
+  {kPending, kText, "Illegal state: Could not split object '@'"},
+  {kPending, kText, "GLTFExporter Uninitialized."},
+  {kPending, kText, "Illegal state: No source object found for '@'"},
+  {kPending, kText, "Could not Alloc Bitmap."},
+  {kPending, kText, "Could not Init Bitmap."},
+  {kPending, kText, "Could not Init Merge Bitmap."},
+  {kPending, kText, "Could not Init Alpha Bitmap."},
+};
+// clang-format on
+
+std::string WholeText(const SettledMessage& row)
+{
+  if (row.kind == kText)
+    return row.text;
+  return (row.kind == kState ? "Illegal state: Condition " : "Illegal argument: Condition ") + std::string(row.text) +
+         " not fulfilled. ";
+}
+
+const std::string& ModuleBytes()
+{
+  static const std::string bytes = []
+  {
+    std::ifstream file(std::filesystem::path(Q7Z_TEST_BIN_DIR) / "io_gltf.so", std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }();
+  return bytes;
+}
+
+class SettledMessages : public testing::TestWithParam<SettledMessage>
+{};
+
+TEST_P(SettledMessages, AreInTheModuleOnceBuilt)
+{
+  ASSERT_FALSE(ModuleBytes().empty());
+  const Bool found = ModuleBytes().find(WholeText(GetParam())) != std::string::npos;
+  EXPECT_EQ(found, GetParam().status == kBuilt) << WholeText(GetParam());
+}
+
+std::string RowName(const testing::TestParamInfo<SettledMessage>& row)
+{
+  std::string name = std::to_string(row.index) + "_" + std::string(row.param.text).substr(0, 40);
+  std::ranges::replace_if(name, [](unsigned char c) { return !std::isalnum(c); }, '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SettledMessages, testing::ValuesIn(kSettledMessages), RowName);
+
+TEST(SettledMessageTable, HasNoRowTwice)
+{
+  std::set<std::string> texts;
+  for (const SettledMessage& row : kSettledMessages)
+    EXPECT_TRUE(texts.insert(WholeText(row)).second) << WholeText(row);
+}
+
+}  // namespace
+}  // namespace q7z::test
