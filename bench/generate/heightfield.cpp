@@ -112,6 +112,16 @@ void Heightfield::WriteIndices(ByteSink& target) const
   }
 }
 
+void Heightfield::WriteWideIndices(ByteSink& target) const
+{
+  WriteIndices<UInt32>(target);
+}
+
+void Heightfield::WriteNarrowIndices(ByteSink& target) const
+{
+  WriteIndices<UInt16>(target);
+}
+
 Primitive AddHeightfield(GltfFile& file, Heightfield surface, bool wideIndices)
 {
   const auto shared = std::make_shared<const Heightfield>(std::move(surface));
@@ -134,9 +144,9 @@ Primitive AddHeightfield(GltfFile& file, Heightfield surface, bool wideIndices)
                                         .write = [shared, wide](ByteSink& target)
                                         {
                                           if (wide)
-                                            shared->WriteIndices<UInt32>(target);
+                                            shared->WriteWideIndices(target);
                                           else
-                                            shared->WriteIndices<UInt16>(target);
+                                            shared->WriteNarrowIndices(target);
                                         }});
   return primitive;
 }

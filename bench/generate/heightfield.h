@@ -28,9 +28,9 @@ public:
   void WriteNormals(ByteSink& target) const;
   void WriteUvs(ByteSink& target) const;
 
-  /// Two triangles for each cell, as indices of the type Index, which must hold the largest one.
-  template <typename Index>
-  void WriteIndices(ByteSink& target) const;
+  /// Two triangles for each cell, as indices of 32 bits or of 16, which must hold the largest one.
+  void WriteWideIndices(ByteSink& target) const;
+  void WriteNarrowIndices(ByteSink& target) const;
 
 private:
   // The surface is the sum of a wave along each axis and their product, so heights and slopes come from two tables.
@@ -40,6 +40,8 @@ private:
     Float slope = 0;
   };
   std::vector<Wave> MakeWaves(UInt start) const;
+  template <typename Index>
+  void WriteIndices(ByteSink& target) const;
   Float Place(Int i) const;  // of a row or column, from the surface's center
 
   Int _side = 0;

@@ -33,11 +33,6 @@ struct Row
   Int triangles;  // likewise
 };
 
-void PrintTo(const Row& row, std::ostream* out)
-{
-  *out << row.name;
-}
-
 std::string Sample(FileForm form)
 {
   return Contents(std::filesystem::path(Q7Z_TEST_SOURCE_DIR) / "samples" / (form == FileForm::kGlb ? "scene.glb" : "scene.gltf"));
