@@ -98,7 +98,7 @@ Result<void> GltfImporter::ReplaceByJoint(NodeBuild& build) noexcept
   }
   HostRemove(joint);
   build.looseJoint = _looseJoints.Find(build.nodeIndex);
-  build.looseJoint->release();
+  static_cast<void>(build.looseJoint->release());  // a joint that stands nowhere has its owner there
   build.opMain.reset(joint);
   return {};
 }
@@ -125,6 +125,7 @@ Result<void> GltfImporter::FindSkinned(NodeBuild& build) noexcept
 Result<void> GltfImporter::PlaceMain(NodeBuild& build) noexcept
 {
   HostOwner<HostObject>& opMain = build.opMain;
+  CHECK_STATE(opMain);
   opMain->SetLocalMatrix(ConvertNodeTransform(build.node, _options.GetScale(), _options.IsFlipZ()));
   CHECK_STATE(opMain->SetParameter(kNodeMarkParameter, 1));
   return {};
