@@ -26,6 +26,11 @@ public:
   HeadlessLayer* GetLayer(Int index) const noexcept { return _layers[index]; }
   /// A new layer at the end, of the root alone. Null without memory.
   HeadlessLayer* Add() noexcept;
+  /// Copies of the layers of another root. @return false without memory.
+  Bool CopyFrom(const HeadlessLayer& other) noexcept;
+
+protected:
+  void Destroy() noexcept override;
 
 private:
   HeadlessDocument* _document;  // not owned
@@ -49,6 +54,11 @@ public:
   void InsertObjectLast(HeadlessObject* object) noexcept;
   HeadlessObject* GetFirstObject() const noexcept { return _firstObject; }
   HeadlessObject* GetLastObject() const noexcept { return _lastObject; }
+  /// The first of the objects that are alive outside the hierarchy, and the next of them.
+  HeadlessObject* GetFirstKept() const noexcept { return _firstKept; }
+  static HeadlessObject* GetNextKept(const HeadlessObject* object) noexcept { return object->_next; }
+  /// Keeps an object that stands nowhere alive outside the hierarchy.
+  void Keep(HeadlessObject* object) noexcept;
   /// The next object of the whole document's walk, parent before children; null at its end.
   static HeadlessObject* GetNextInDocument(const HeadlessObject* object) noexcept { return object->GetNextInTree(nullptr); }
 
@@ -82,15 +92,14 @@ public:
   const String& GetFolder() const noexcept { return _folder; }
   Bool SetFolder(const String& folder) noexcept;
 
-protected:
-  Bool TakeOut() noexcept override { return false; }
+  /// Everything but objects, materials, layers and takes. @return false without memory.
+  Bool CopySettingsFrom(const HeadlessDocument& other) noexcept;
 
 private:
   friend class HeadlessObject;
   friend class HeadlessMaterial;
   HeadlessDocument() noexcept : HeadlessNamedNode(NodeKind::kDocument, 0) {}
   Bool Init() noexcept;
-  void Keep(HeadlessObject* object) noexcept;
 
   HeadlessObject* _firstObject = nullptr;
   HeadlessObject* _lastObject = nullptr;

@@ -17,6 +17,11 @@ public:
   /// The material that holds it, or null.
   HeadlessMaterial* GetMaterial() const noexcept { return _material; }
   HeadlessDocument* GetDocument() const noexcept override;
+  /// A copy in no material. Null without memory.
+  HeadlessShader* Clone() const noexcept;
+
+protected:
+  void Destroy() noexcept override;
 
 private:
   friend class HeadlessMaterial;

@@ -100,6 +100,13 @@ private:
   HeadlessContainer _parameters;
 };
 
+/// Whether a value is a number: Bool, Int or Float.
+inline Bool IsNumber(const HostValue& value) noexcept
+{
+  const HostValueKind kind = value.GetKind();
+  return kind == HostValueKind::kBool || kind == HostValueKind::kInt || kind == HostValueKind::kFloat;
+}
+
 /// The owner of a node until it is inserted somewhere.
 struct HeadlessNodeDeleter
 {
@@ -120,16 +127,16 @@ public:
   HeadlessTrack* GetFirst() const noexcept { return _first; }
   Bool IsEmpty() const noexcept { return _first == nullptr; }
   HeadlessTrack* Find(const HostDescId& id) const noexcept;
-  /// Takes the track over; behind tracks of the same id.
-  void Insert(HeadlessTrack* track) noexcept;
+  /// Takes the track over, behind tracks of the same id; owner is the node whose list this is.
+  void Insert(HeadlessNode* owner, HeadlessTrack* track) noexcept;
   /// Gives the track back to the caller.
   void Remove(HeadlessTrack* track) noexcept;
   void Clear() noexcept;
-  /// Puts copies of other's tracks here. @return false without memory.
-  Bool CopyFrom(const HeadlessTrackList& other) noexcept;
+  /// Puts copies of other's tracks here, in an empty list. @return false without memory.
+  Bool CopyFrom(HeadlessNode* owner, const HeadlessTrackList& other) noexcept;
 
 private:
-  HeadlessTrack* FindStart(const HostDescId& id) const noexcept;
+  HeadlessTrack* FindLastBefore(const HostDescId& id) const noexcept;
 
   HeadlessTrack* _first = nullptr;
   HeadlessTrack* _last = nullptr;

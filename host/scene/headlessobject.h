@@ -126,13 +126,13 @@ private:
     kKept,      ///< alive with _document, outside its hierarchy
   };
 
+  const HeadlessObject* GetRoot() const noexcept;
   Bool IsUnderOrSame(const HeadlessObject* ancestor) const noexcept;
-  Bool PrepareInsertion(const HeadlessObject* newParent) noexcept;
+  Bool LeaveFor(const HeadlessObject* newParent) noexcept;
   void Link(HeadlessDocument* document, HeadlessObject* parent, HeadlessObject* previous, HeadlessObject* next) noexcept;
   void Unlink() noexcept;
-  void RebuildMatrix() noexcept;
+  static void DestroyList(HeadlessObject* first) noexcept;
   Bool CopyObjectFrom(const HeadlessObject& other) noexcept;
-  void DestroyTags() noexcept;
 
   HeadlessDocument* _document = nullptr;  // of places kTopLevel and kKept; not owned
   HeadlessObject* _up = nullptr;

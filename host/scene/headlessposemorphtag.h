@@ -22,6 +22,10 @@ private:
 class HeadlessMorph
 {
 public:
+  HeadlessMorph(const HeadlessPoseMorphTag* tag, Int32 index) noexcept : _tag(tag), _index(index) {}
+
+  const HeadlessPoseMorphTag* GetTag() const noexcept { return _tag; }
+  Int32 GetIndex() const noexcept { return _index; }
   const String& GetName() const noexcept { return _name; }
   /// Keeps a copy. @return false without memory.
   Bool SetName(const String& name) noexcept;
@@ -39,9 +43,11 @@ public:
   void SetPoints(HostArray<Vector> points) noexcept;
 
   WeakLink& GetLink() noexcept { return _object; }
-  Bool CopyFrom(const HeadlessMorph& other) noexcept;
+  void CopyFrom(const HeadlessMorph& other) noexcept;
 
 private:
+  const HeadlessPoseMorphTag* _tag;  // not owned
+  Int32 _index;
   String _name;
   Float _strength = 0;
   WeakLink _object;
@@ -60,8 +66,6 @@ public:
   Int32 GetMorphCount() const noexcept { return static_cast<Int32>(_morphs.GetCount()); }
   /// Null for an index out of range.
   HeadlessMorph* GetMorph(Int32 index) const noexcept;
-  /// The index of a morph of this tag, or -1.
-  Int32 FindMorph(const HeadlessMorph* morph) const noexcept;
   /// At the end. Null without memory.
   HeadlessMorph* AddMorph() noexcept;
 

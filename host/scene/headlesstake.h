@@ -21,6 +21,9 @@ public:
   HeadlessDocument* GetDocument() const noexcept override;
   void VisitLinks(LinkVisitor visit, void* context) noexcept override;
 
+protected:
+  void Destroy() noexcept override;
+
 private:
   friend class HeadlessTake;
   WeakLink _target;
@@ -46,8 +49,13 @@ public:
   /// The same, with value under id when the override has none there yet.
   HeadlessOverride* FindOrAddOverride(HeadlessNode* target, const HostDescId& id, const HostValue& value) noexcept;
 
-  /// The overrides of another take, which have the same targets. @return false without memory.
+  /// Name, parameters and overrides, which keep their targets. @return false without memory.
   Bool CopyFrom(const HeadlessTake& other) noexcept;
+  /// To be called when the overrides' targets were changed from outside.
+  Bool RefreshTargets() noexcept;
+
+protected:
+  void Destroy() noexcept override;
 
 private:
   HeadlessOverride* AddOverride(HeadlessNamedNode* target) noexcept;

@@ -68,7 +68,11 @@ public:
   /// Everything but the time. @return false without memory.
   Bool CopyFrom(const HeadlessKey& other) noexcept;
 
+protected:
+  void Destroy() noexcept override;
+
 private:
+  friend class HeadlessCurve;
   struct Tangents
   {
     KeyTangent left;
@@ -116,9 +120,9 @@ public:
 private:
   struct Chunk;
   Int FindPlace(const HostTime& time, Bool& stands) const noexcept;
-  HeadlessKey* MakeKey(const HostTime& time) noexcept;
+  Bool AddChunk(Int capacity) noexcept;
   HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;
-  HeadlessKey* SplitSegment(Int place, const HostTime& time) noexcept;
+  HeadlessKey* SplitSpline(Int place, const HostTime& time) noexcept;
   HeadlessKey* ExtendOutside(Int place, const HostTime& time) noexcept;
 
   BaseArray<HeadlessKey*> _keys;  // in time order; the keys lie in _chunks

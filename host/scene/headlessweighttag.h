@@ -29,10 +29,13 @@ public:
   Bool CopyFrom(const JointWeights& other) noexcept;
 
 private:
-  void Settle() const noexcept;
+  PointWeight* FindSorted(Int32 point) const noexcept;
+  Float GetUnsettled(Int32 point) const noexcept;
+  void SettleLocked() const noexcept;
 
   mutable BaseArray<PointWeight> _entries;
-  mutable std::atomic<Int> _sortedCount{0};  // entries from here on are in the order of their setting
+  mutable Int _sortedCount = 0;              // entries from here on are in the order of their setting
+  mutable std::atomic<Bool> _settled{true};  // there are none of those
   mutable SpinLock _lock;                    // of settling by one of several readers
 };
 

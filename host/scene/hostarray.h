@@ -17,11 +17,11 @@ namespace q7z
 {
 
 /// Storage of one array: this head, then the elements.
-struct alignas(64) ArrayBlock
+struct alignas(16) ArrayBlock
 {
   std::atomic<Int> references{1};
   Int byteCount = 0;        ///< of the elements
-  Int mappedByteCount = 0;  ///< of the whole mapping; 0 for plain memory
+  Int mappedByteCount = 0;  ///< of the whole mapping, this head included; 0 for plain memory
 
   void* GetData() noexcept { return this + 1; }
 };

@@ -1,0 +1,100 @@
+#pragma once
+
+// HeadlessHost: the host in one object. It implements the host interface, loads the plug-in, drives it by messages, and offers what
+// the plug-in registered. One host at a time may have a given library loaded. Documents must be gone before their host.
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/scene/headlessdocument.h"
+#include "host/services/headlessjob.h"
+#include "plugin/module/hostregistration.h"
+#include "plugin/module/hostservices.h"
+#include "plugin/module/hosttables.h"
+
+namespace q7z
+{
+
+/// How a host is made.
+struct HostSettings
+{
+  std::string pluginPath;      ///< the library; its texts lie in the folder resources beside it
+  std::string resourceFolder;  ///< when not beside the library
+  std::string nodeSpace;       ///< id of the active material node space; empty for the document's own
+  int threads = 0;             ///< for jobs; 0 for one a core
+  /// Configuration variables of the module, set before it starts: name and "true" or "false".
+  std::vector<std::pair<std::string, std::string>> configuration;
+  /// Lines of the console, of the diagnostic output, and of message boxes.
+  std::function<void(const std::string&)> onConsole;
+  std::function<void(const std::string&)> onDiagnostic;
+  std::function<void(const std::string&)> onMessageBox;
+};
+
+/// The module's three exported names.
+struct ModuleHooks
+{
+  HostEntryFunction entry = nullptr;
+  TarnoHook* tarno = nullptr;
+  YieldFunction* yield = nullptr;
+};
+
+struct LoadRequest
+{
+  std::string path;
+  /// Parameters of the loader by id, over its defaults.
+  std::vector<std::pair<int, HostValue>> parameters;
+  bool allowOutside = false;  ///< side files outside the input's folder, too
+  std::string texFolder;      ///< the folder in which `tex` is made; empty for none
+  Int32 flags = kLoadObjects | kLoadMaterials;
+};
+
+/// What came of a load. Success is told by status alone: "none".
+struct LoadReport
+{
+  bool recognised = false;  ///< a loader took the file; all else is empty otherwise
+  Int32 returnValue = 0;
+  std::string status;
+  std::string error;  ///< what failed, empty on success
+  std::string extension;
+  std::string generator;
+  std::string fileId;
+  std::string nodeSpace;
+  std::string details;  ///< the load's report dictionary, as JSON
+  bool Succeeded() const { return status == "none"; }
+};
+
+class HeadlessHost
+{
+public:
+  /// Loads and starts the plug-in. @return null, with error telling what failed and where, when that is not possible.
+  static std::unique_ptr<HeadlessHost> Create(const HostSettings& settings, std::string& error);
+  /// The same for a module that is linked into this program.
+  static std::unique_ptr<HeadlessHost> CreateWithModule(const HostSettings& settings, const ModuleHooks& hooks,
+                                                        std::string& error);
+  ~HeadlessHost();
+  HeadlessHost(const HeadlessHost&) = delete;
+  HeadlessHost& operator=(const HeadlessHost&) = delete;
+
+  /// An empty document, which becomes the active one. Null without memory.
+  HeadlessOwner<HeadlessDocument> NewDocument();
+
+  /// Loads a file into a document. Messages go to the job.
+  LoadReport Load(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job);
+
+  /// The tables that the module sees. Tests swap single pointers.
+  HostTables& GetTables();
+  /// Puts a service in the place of the one under id, or takes it away (null).
+  void ReplaceService(const std::string& id, void* service);
+  /// The registered plug-ins' ids, in order.
+  std::vector<int> GetRegisteredIds() const;
+
+private:
+  struct State;
+  explicit HeadlessHost(std::unique_ptr<State> state);
+  std::string Start(const HostSettings& settings);
+  std::unique_ptr<State> _state;
+};
+
+}  // namespace q7z

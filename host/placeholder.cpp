@@ -1,1 +1,0 @@
-// Keeps the library linkable until its first source stands.

@@ -1,0 +1,27 @@
+#pragma once
+
+// Parallel loops on oneTBB. The workers start with the first loop, so that a run without one pays nothing.
+
+#include <memory>
+
+#include "plugin/module/hostservices.h"
+
+namespace q7z
+{
+
+class HeadlessJobs final : public HostJobs
+{
+public:
+  /// @param threads  0 for one a core.
+  explicit HeadlessJobs(int threads = 0) noexcept;
+  ~HeadlessJobs();
+
+  Result<void> ParallelFor(Int count, Int grain, RangeFunction function, void* context) noexcept override;
+
+private:
+  struct Arena;
+  int _threads;
+  std::unique_ptr<Arena> _arena;
+};
+
+}  // namespace q7z

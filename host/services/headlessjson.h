@@ -1,0 +1,28 @@
+#pragma once
+
+// The JSON service: reading into the framework's Data, writing from it. Stateless, for any thread.
+
+#include "plugin/module/hostservices.h"
+
+namespace q7z
+{
+
+class HeadlessJson final : public HostJson
+{
+public:
+  Result<BaseArray<Data>> ParseFile(const Url& url) noexcept override;
+  Result<BaseArray<Data>> ParseBytes(BaseArray<Byte> bytes) noexcept override;
+  Result<String> Write(const DataDictionary& dictionary, Bool formatted) noexcept override;
+};
+
+/// The one value of a JSON text. text has byteCount bytes and kJsonPadding readable bytes behind them, all in block, which long
+/// strings of the result keep alive.
+Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noexcept;
+
+/// Bytes that must be readable behind a text that is parsed.
+inline constexpr Int kJsonPadding = 64;
+
+/// The JSON text of a value. Non-finite numbers are an error.
+Result<String> WriteJson(const Data& value, Bool formatted) noexcept;
+
+}  // namespace q7z
