@@ -9,6 +9,7 @@
 
 #include "tests/module/fakehost.h"
 #include "tests/module/loadedmodule.h"
+#include "tests/support/failingmemory.h"
 
 namespace q7z::test
 {
@@ -72,6 +73,15 @@ TEST_P(ModuleAttach, AnswersByVersionAndPath)
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, ModuleAttach, testing::ValuesIn(kAttachCases), [](const auto& row) { return row.param.name; });
+
+TEST_F(ModuleEntry, StaysAttachedWithoutMemoryForItsPath)
+{
+  FailAllocation(1);
+  EXPECT_EQ(Attach(), 1);
+  EXPECT_EQ(StopFailingAllocations(), 1);
+  EXPECT_EQ(module.Send(kStartMessage), 1);
+  EXPECT_EQ(module.Send(kEndMessage), 1);
+}
 
 TEST_F(ModuleEntry, SecondAttachOnlyCounts)
 {
