@@ -1,0 +1,260 @@
+#include "app/session.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "app/exitcode.h"
+#include "host/services/filereading.h"
+
+namespace q7z::app
+{
+
+namespace
+{
+
+constexpr const char* kRed = "\x1b[31m";
+constexpr const char* kYellow = "\x1b[33m";
+constexpr const char* kGray = "\x1b[90m";
+
+/// The library beside the program, or where it is installed.
+std::string FindPlugin()
+{
+  std::error_code error;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const std::filesystem::path beside = program / "io_gltf.so";
+  const std::filesystem::path installed = program.parent_path() / "lib" / "q7z" / "io_gltf.so";
+  return std::filesystem::exists(installed, error) && !std::filesystem::exists(beside, error) ? installed.string()
+                                                                                              : beside.string();
+}
+
+/// All of stdin in a temporary file. @return an empty text, or what went wrong.
+std::string CopyStdin(std::string& path)
+{
+  const char* const folder = std::getenv("TMPDIR");
+  path = std::string(folder && *folder ? folder : "/tmp") + "/q7z-stdin-XXXXXX";
+  const int fd = mkostemp(path.data(), O_CLOEXEC);
+  if (fd < 0)
+  {
+    path.clear();
+    return std::string("cannot keep stdin in a temporary file: ") + std::strerror(errno);
+  }
+  std::string block(1 << 20, '\0');
+  ssize_t count = 0;
+  bool kept = true;
+  while (kept && ((count = read(STDIN_FILENO, block.data(), block.size())) > 0 || (count < 0 && errno == EINTR)))
+  {
+    for (ssize_t done = 0; kept && done < count;)
+    {
+      const ssize_t written = write(fd, block.data() + done, static_cast<size_t>(count - done));
+      kept = written > 0;
+      done += written;
+    }
+  }
+  const int reason = errno;
+  close(fd);
+  if (!kept)
+    return std::string("cannot keep stdin in a temporary file: ") + std::strerror(reason);
+  return count < 0 ? std::string("cannot read stdin: ") + std::strerror(reason) : "";
+}
+
+int64_t CountOf(const HeadlessObject& object, Int32 type, Int32 (HeadlessPolygonObject::*count)() const)
+{
+  return object.GetType() == type ? (static_cast<const HeadlessPolygonObject&>(object).*count)() : 0;
+}
+
+}  // namespace
+
+Session::TemporaryFile::~TemporaryFile()
+{
+  if (!path.empty())
+    unlink(path.c_str());
+}
+
+Session::Session(const Arguments& arguments)
+    : _arguments(arguments),
+      _color(UseColor(arguments.color)),
+      _bar(!arguments.quiet && Applies(arguments.progress, isatty(STDERR_FILENO))),
+      _job([this](double overall, const std::string& stage) { _bar.Show(overall, stage); }),
+      _interrupts(_job)
+{
+  _report.uri = arguments.input;
+}
+
+int Session::LoadInput()
+{
+  if (const int code = CheckInput())
+    return code;
+  StartTimer();
+  if (const int code = StartHost())
+    return code;
+  StopTimer("start");
+
+  StartTimer();
+  LoadRequest request;
+  request.path = _path;
+  request.parameters = _arguments.importParameters;
+  request.allowOutside = _arguments.allowOutside;
+  request.texFolder = _arguments.texFolder;
+  const LoadReport loaded = _host->Load(request, *_document, _job);
+  StopTimer("load");
+  _bar.Clear();
+  TakeMessages();
+  return JudgeLoad(loaded);
+}
+
+int Session::CheckInput()
+{
+  if (_arguments.input == "-")
+  {
+    const std::string failure = CopyStdin(_stdinCopy.path);
+    if (!failure.empty())
+      return Fail(kNoAccess, failure);
+    _path = _stdinCopy.path;
+    return kDone;
+  }
+  _path = _arguments.input;
+  const std::string name = "\"" + _path + "\"";
+  const HostFileSystemType type = GetFileSystemType(_path);
+  if (type == HostFileSystemType::kFolder)
+    return Fail(kNoAccess, name + " is a folder; give a .gltf or .glb file");
+  if (type == HostFileSystemType::kOther)
+    return Fail(kNoAccess, name + " is no plain file; use - to read from stdin");
+  if (type == HostFileSystemType::kNone || access(_path.c_str(), R_OK) != 0)
+    return Fail(kNoAccess, "cannot read " + name + ": " + std::strerror(errno));
+  std::error_code error;
+  if (!_arguments.output.empty() && _arguments.output != "-" && std::filesystem::equivalent(_path, _arguments.output, error))
+    return Fail(kUsage, "the output " + name + " is the input itself; give another name");
+  return kDone;
+}
+
+int Session::StartHost()
+{
+  HostSettings settings;
+  settings.pluginPath = _arguments.pluginPath.empty() ? FindPlugin() : _arguments.pluginPath;
+  settings.nodeSpace = _arguments.nodeSpace;
+  settings.configuration = _arguments.configuration;
+  settings.onConsole = [this](const std::string& line) { Say("console", kGray, line); };
+  settings.onMessageBox = settings.onConsole;
+  if (_arguments.verbose)
+    settings.onDiagnostic = [this](const std::string& line) { Say("diagnostic", kGray, line); };
+  std::string error;
+  _host = HeadlessHost::Create(settings, error);
+  if (!_host)
+    return Fail(error.find("configuration variable") == std::string::npos ? kNoAccess : kUsage, error);
+  _document = _host->NewDocument();
+  if (!_document)
+    return Fail(kOutOfMemory, "out of memory");
+  bool set = true;
+  if (_arguments.unit)
+    set = _document->GetSettings().Set(kDocumentUnitSetting, *_arguments.unit);
+  if (_arguments.framesPerSecond > 0)
+    set = set && _document->SetParameter(kDocumentRateParameter, Int32(_arguments.framesPerSecond));
+  return set ? kDone : Fail(kOutOfMemory, "out of memory");
+}
+
+int Session::JudgeLoad(const LoadReport& loaded)
+{
+  _report.status = loaded.recognised ? loaded.status : "not_recognised";
+  _report.generator = loaded.generator;
+  _report.details = loaded.details;
+  const std::string name = "\"" + _arguments.input + "\"";
+  if (!loaded.recognised)
+    return Fail(kRefused, name + " is neither a GLB file (version 2) nor named .gltf; it is not loaded");
+  if (loaded.status == "none")
+  {
+    CountObjects();
+    return kDone;
+  }
+  const std::string reason = loaded.error.empty() ? "" : ": " + loaded.error;
+  if (loaded.status == "user_break")
+    return Fail(InterruptGuard::GetSignal() == SIGTERM ? kTerminated : kInterrupted, "interrupted");
+  if (loaded.status == "out_of_memory")
+    return Fail(kOutOfMemory, name + " needs more memory than there is, or goes over a limit" + reason);
+  if (loaded.status == "io_error")
+    return Fail(kNoAccess, "cannot read " + name + reason);
+  return Fail(kRefused, name + " could not be loaded" + reason + (_arguments.verbose ? "" : " (--verbose tells more)"));
+}
+
+void Session::TakeMessages()
+{
+  for (const JobMessage& message : _job.GetMessages())
+  {
+    const bool isWarning = message.messageClass == HostMessageClass::kWarning;
+    _report.issues.push_back({isWarning ? "IMPORT_WARNING" : "IMPORT_INFORMATION",
+                              isWarning ? Severity::kWarning : Severity::kInfo, message.text});
+    if (isWarning && !_arguments.quiet)
+      Say("warning", kYellow, message.text);
+    if (!isWarning && _arguments.verbose)
+      Say("note", kGray, message.text);
+  }
+}
+
+void Session::CountObjects()
+{
+  int64_t objects = 0;
+  int64_t points = 0;
+  int64_t polygons = 0;
+  for (const HeadlessObject* object = _document->GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
+  {
+    ++objects;
+    points += CountOf(*object, kPolygonObjectType, &HeadlessPolygonObject::GetPointCount);
+    polygons += CountOf(*object, kPolygonObjectType, &HeadlessPolygonObject::GetPolygonCount);
+  }
+  _report.counts = {{"objects", objects}, {"points", points}, {"polygons", polygons}};
+}
+
+int Session::Fail(int code, const std::string& message)
+{
+  _bar.Clear();
+  Say("error", kRed, message);
+  _report.issues.push_back({"ERROR", Severity::kError, message});
+  return code;
+}
+
+int Session::Finish(int code)
+{
+  if (code == kDone && _arguments.strict && _report.CountIssues(Severity::kWarning) > 0)
+    code = kStrictWarnings;
+  _report.exitCode = code;
+  if (_arguments.reportFile.empty())
+    return code;
+  const std::string text = _report.ToJson(_arguments.timings);
+  if (_arguments.reportFile == "-")
+  {
+    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    return written || code ? code : Fail(kNoAccess, std::string("cannot write to stdout: ") + std::strerror(errno));
+  }
+  const std::string failure = WriteFileWhole(_arguments.reportFile, text.data(), text.size());
+  return failure.empty() || code ? code : Fail(kNoAccess, failure);
+}
+
+void Session::Say(const char* kind, const char* color, const std::string& message)
+{
+  _bar.Clear();
+  const std::string text = Escape(message);
+  if (_color)
+    std::fprintf(stderr, "q7z: %s%s:\x1b[0m %s\n", color, kind, text.c_str());
+  else
+    std::fprintf(stderr, "q7z: %s: %s\n", kind, text.c_str());
+}
+
+void Session::StartTimer()
+{
+  _timer = std::chrono::steady_clock::now();
+}
+
+void Session::StopTimer(const std::string& name)
+{
+  const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - _timer;
+  _report.timings.emplace_back(name, elapsed.count());
+}
+
+}  // namespace q7z::app

@@ -1,0 +1,65 @@
+#pragma once
+
+// Session: one run of q7z over one input: the host, the document, the job with its progress bar, and the report that becomes of it.
+
+#include <string>
+
+#include "app/arguments.h"
+#include "app/report.h"
+#include "app/signals.h"
+#include "host/headlesshost.h"
+
+namespace q7z::app
+{
+
+class Session
+{
+public:
+  explicit Session(const Arguments& arguments);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// Starts the plug-in and loads the input. @return the exit code so far; what failed has been said on stderr.
+  int LoadInput();
+
+  HeadlessDocument& GetDocument() { return *_document; }
+  HeadlessJob& GetJob() { return _job; }
+  RunReport& GetReport() { return _report; }
+
+  /// Says what failed, on stderr and in the report. @return code.
+  int Fail(int code, const std::string& message);
+
+  /// Ends the run: writes the report where it is wanted. @return the exit code, after what --strict and signals make of it.
+  int Finish(int code);
+
+private:
+  int CheckInput();
+  int StartHost();
+  int JudgeLoad(const LoadReport& loaded);
+  void TakeMessages();
+  void CountObjects();
+  void Say(const char* kind, const char* color, const std::string& message);
+  void StartTimer();
+  void StopTimer(const std::string& name);
+
+  const Arguments& _arguments;
+  bool _color;
+  std::string _path;
+  RunReport _report;
+  ProgressBar _bar;
+  HeadlessJob _job;
+  InterruptGuard _interrupts;
+  std::unique_ptr<HeadlessHost> _host;
+  HeadlessOwner<HeadlessDocument> _document;  // goes before the host
+  std::chrono::steady_clock::time_point _timer;
+
+  class TemporaryFile
+  {
+  public:
+    ~TemporaryFile();
+    std::string path;
+  };
+  TemporaryFile _stdinCopy;
+};
+
+}  // namespace q7z::app
