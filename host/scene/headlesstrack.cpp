@@ -1,0 +1,356 @@
+#include "host/scene/headlesstrack.h"
+
+#include <cmath>
+#include <new>
+
+#include "framework/memory.h"
+#include "host/scene/curvesegment.h"
+
+namespace q7z
+{
+
+void HeadlessKey::Destroy() noexcept
+{
+  // A key goes with its curve.
+  CountMistake(GetSceneDiagnostics().freedWhileInserted);
+}
+
+HeadlessKey::Tangents* HeadlessKey::FindOrMakeTangents() noexcept
+{
+  if (!_tangents)
+    _tangents.reset(new (std::nothrow) Tangents);
+  return _tangents.get();
+}
+
+Bool HeadlessKey::SetLeftTangent(const HostTime& time, Float value) noexcept
+{
+  Tangents* const tangents = FindOrMakeTangents();
+  if (tangents)
+    tangents->left = {time, value, true};
+  return tangents != nullptr;
+}
+
+Bool HeadlessKey::SetRightTangent(const HostTime& time, Float value) noexcept
+{
+  Tangents* const tangents = FindOrMakeTangents();
+  if (tangents)
+    tangents->right = {time, value, true};
+  return tangents != nullptr;
+}
+
+Bool HeadlessKey::CopyFrom(const HeadlessKey& other) noexcept
+{
+  if (other._tangents && !FindOrMakeTangents())
+    return false;
+  if (other._tangents)
+    *_tangents = *other._tangents;
+  else
+    _tangents.reset();
+  _value = other._value;
+  _points = other._points;
+  _rotationMode = other._rotationMode;
+  _auxiliaryMode = other._auxiliaryMode;
+  _interpolation = other._interpolation;
+  _hasRotationMode = other._hasRotationMode;
+  _hasAuxiliaryMode = other._hasAuxiliaryMode;
+  return CopyParametersFrom(other);
+}
+
+/// Room for keys, which are made in it one after the other.
+struct HeadlessCurve::Chunk
+{
+  Chunk* next = nullptr;
+  Int count = 0;
+  Int capacity = 0;
+
+  HeadlessKey* GetKeys() noexcept { return reinterpret_cast<HeadlessKey*>(this + 1); }
+  static Int GetByteCount(Int capacity) noexcept
+  {
+    return static_cast<Int>(sizeof(Chunk)) + capacity * static_cast<Int>(sizeof(HeadlessKey));
+  }
+};
+
+HeadlessCurve::~HeadlessCurve()
+{
+  static_assert(sizeof(Chunk) % alignof(HeadlessKey) == 0);
+  while (Chunk* const chunk = _chunks)
+  {
+    _chunks = chunk->next;
+    std::destroy_n(chunk->GetKeys(), chunk->count);
+    FreeMemory(chunk, Chunk::GetByteCount(chunk->capacity));
+  }
+}
+
+Bool HeadlessCurve::AddChunk(Int capacity) noexcept
+{
+  void* const memory = AllocateMemory(Chunk::GetByteCount(capacity));
+  if (!memory)
+    return false;
+  Chunk* const chunk = ::new (memory) Chunk;
+  chunk->next = _chunks;
+  chunk->capacity = capacity;
+  _chunks = chunk;
+  return true;
+}
+
+Bool HeadlessCurve::Reserve(Int keyCount) noexcept
+{
+  const Int missing = keyCount - GetKeyCount();
+  const Int free = _chunks ? _chunks->capacity - _chunks->count : 0;
+  if (missing <= 0)
+    return true;
+  return !_keys.Reserve(keyCount).HasError() && (missing <= free || AddChunk(missing));
+}
+
+/// The place of the first key that is not before time; stands tells whether it is at that time.
+Int HeadlessCurve::FindPlace(const HostTime& time, Bool& stands) const noexcept
+{
+  const Float seconds = time.GetSeconds();
+  Int low = 0;
+  Int high = _keys.GetCount();
+  if (high > 0 && _keys[high - 1]->_time.GetSeconds() < seconds)
+    low = high;  // keys mostly come in order
+  while (low < high)
+  {
+    const Int middle = (low + high) / 2;
+    if (_keys[middle]->_time.GetSeconds() < seconds)
+      low = middle + 1;
+    else
+      high = middle;
+  }
+  stands = low < _keys.GetCount() && _keys[low]->_time.GetSeconds() == seconds;
+  return low;
+}
+
+HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
+{
+  constexpr Int kFirstChunk = 4;
+  constexpr Int kLargestChunk = 256;
+  const Int count = GetKeyCount();
+  if (_keys.Append(nullptr).HasError())
+    return nullptr;
+  const Int grown = count < kFirstChunk ? kFirstChunk : count < kLargestChunk ? count : kLargestChunk;
+  const Bool isFull = !_chunks || _chunks->count == _chunks->capacity;
+  if (isFull && !AddChunk(grown))
+  {
+    _keys.Truncate(count);
+    return nullptr;
+  }
+  HeadlessKey* const key = ::new (_chunks->GetKeys() + _chunks->count++) HeadlessKey(time);
+  for (Int i = count; i > place; --i)
+    _keys[i] = _keys[i - 1];
+  _keys[place] = key;
+  return key;
+}
+
+HeadlessKey* HeadlessCurve::AddKey(const HostTime& time, Int* index) noexcept
+{
+  if (!std::isfinite(time.GetSeconds()))
+    return nullptr;
+  Bool stands = false;
+  const Int place = FindPlace(time, stands);
+  HeadlessKey* const key = stands ? _keys[place] : InsertKey(place, time);
+  if (key && index)
+    *index = place;
+  return key;
+}
+
+namespace
+{
+
+CurveSegment MakeSegment(const HeadlessKey& left, const HeadlessKey& right) noexcept
+{
+  const CurvePoint start{left.GetTime().GetSeconds(), left.GetValue()};
+  const CurvePoint end{right.GetTime().GetSeconds(), right.GetValue()};
+  const KeyTangent leaving = left.GetRightTangent();
+  const KeyTangent arriving = right.GetLeftTangent();
+  return ClampTangentTimes({{start,
+                             {start.time + leaving.time.GetSeconds(), start.value + leaving.value},
+                             {end.time + arriving.time.GetSeconds(), end.value + arriving.value},
+                             end}});
+}
+
+/// From the key's point to its handle. The time stays a fraction: rounding it would bend the curve.
+KeyTangent MakeTangent(const CurvePoint& key, const CurvePoint& handle) noexcept
+{
+  return {{handle.time - key.time, 1}, handle.value - key.value, true};
+}
+
+Bool SetLeft(HeadlessKey& key, const KeyTangent& tangent) noexcept
+{
+  return key.SetLeftTangent(tangent.time, tangent.value);
+}
+
+Bool SetRight(HeadlessKey& key, const KeyTangent& tangent) noexcept
+{
+  return key.SetRightTangent(tangent.time, tangent.value);
+}
+
+Float EvaluateSegment(const HeadlessKey& left, const HeadlessKey& right, Float seconds) noexcept
+{
+  const Float start = left.GetTime().GetSeconds();
+  switch (left.GetInterpolation())
+  {
+    case InterpolationMode::Step: return left.GetValue();
+    case InterpolationMode::Linear:
+    {
+      const Float place = (seconds - start) / (right.GetTime().GetSeconds() - start);
+      return left.GetValue() + (right.GetValue() - left.GetValue()) * place;
+    }
+    case InterpolationMode::Spline:
+    {
+      const CurveSegment segment = MakeSegment(left, right);
+      return SplitSegment(segment, SolveSegmentTime(segment, seconds)).left.points[3].value;
+    }
+  }
+  return left.GetValue();
+}
+
+}  // namespace
+
+Float HeadlessCurve::GetValue(const HostTime& time) const noexcept
+{
+  if (_keys.IsEmpty())
+    return 0;
+  Bool stands = false;
+  const Int place = FindPlace(time, stands);
+  if (stands || place == 0)
+    return _keys[place]->GetValue();
+  if (place == GetKeyCount())
+    return _keys[place - 1]->GetValue();
+  return EvaluateSegment(*_keys[place - 1], *_keys[place], time.GetSeconds());
+}
+
+HeadlessKey* HeadlessCurve::AddKeyAdapted(const HostTime& time) noexcept
+{
+  if (!std::isfinite(time.GetSeconds()))
+    return nullptr;
+  Bool stands = false;
+  const Int place = FindPlace(time, stands);
+  if (stands)
+    return _keys[place];
+  if (place == 0 || place == GetKeyCount())
+    return ExtendOutside(place, time);
+  const HeadlessKey& left = *_keys[place - 1];
+  if (left.GetInterpolation() == InterpolationMode::Spline)
+    return SplitSpline(place, time);
+  const Float value = EvaluateSegment(left, *_keys[place], time.GetSeconds());
+  HeadlessKey* const key = InsertKey(place, time);
+  if (key)
+  {
+    key->SetValue(value);
+    key->SetInterpolation(left.GetInterpolation());
+  }
+  return key;
+}
+
+HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcept
+{
+  HeadlessKey& left = *_keys[place - 1];
+  HeadlessKey& right = *_keys[place];
+  const CurveSegment segment = MakeSegment(left, right);
+  const SplitCurveSegment parts = SplitSegment(segment, SolveSegmentTime(segment, time.GetSeconds()));
+  // All memory first: a segment that is half changed has another shape.
+  if (!left.FindOrMakeTangents() || !right.FindOrMakeTangents())
+    return nullptr;
+  HeadlessKey spare(time);
+  if (!SetLeft(spare, MakeTangent(parts.left.points[3], parts.left.points[2])))
+    return nullptr;
+  HeadlessKey* const key = InsertKey(place, time);
+  if (!key)
+    return nullptr;
+  key->_tangents = std::move(spare._tangents);
+  key->SetValue(parts.left.points[3].value);
+  key->SetInterpolation(InterpolationMode::Spline);
+  return SetRight(*key, MakeTangent(parts.right.points[0], parts.right.points[1])) &&
+             SetRight(left, MakeTangent(parts.left.points[0], parts.left.points[1])) &&
+             SetLeft(right, MakeTangent(parts.right.points[3], parts.right.points[2]))
+           ? key
+           : nullptr;
+}
+
+/// In front of the first key or behind the last the curve holds. A spline's handle that points outside had no effect so far and
+/// loses its value, so that it holds on.
+HeadlessKey* HeadlessCurve::ExtendOutside(Int place, const HostTime& time) noexcept
+{
+  HeadlessKey* const key = InsertKey(place, time);
+  if (!key || GetKeyCount() == 1)
+    return key;
+  HeadlessKey& nearest = *_keys[place == 0 ? 1 : place - 1];
+  key->SetValue(nearest.GetValue());
+  key->SetInterpolation(nearest.GetInterpolation());
+  if (nearest._tangents)
+    (place == 0 ? nearest._tangents->left : nearest._tangents->right) = KeyTangent();
+  return key;
+}
+
+Bool HeadlessCurve::CopyFrom(const HeadlessCurve& other) noexcept
+{
+  if (!Reserve(other.GetKeyCount()))
+    return false;
+  for (const HeadlessKey* source : other._keys)
+  {
+    HeadlessKey* const key = AddKey(source->GetTime(), nullptr);
+    if (!key || !key->CopyFrom(*source))
+      return false;
+  }
+  return true;
+}
+
+HeadlessTrack::HeadlessTrack(const HostDescId& id) noexcept : HeadlessNode(NodeKind::kTrack, 0), _id(id)
+{
+  GetSceneDiagnostics().liveTracks.fetch_add(1, std::memory_order_relaxed);
+}
+
+HeadlessTrack::~HeadlessTrack()
+{
+  GetSceneDiagnostics().liveTracks.fetch_sub(1, std::memory_order_relaxed);
+}
+
+HeadlessTrack* HeadlessTrack::Create(const HostDescId& id) noexcept
+{
+  return new (std::nothrow) HeadlessTrack(id);
+}
+
+HeadlessCurve* HeadlessTrack::FindOrMakeCurve() noexcept
+{
+  if (!_curve)
+    _curve.reset(new (std::nothrow) HeadlessCurve);
+  return _curve.get();
+}
+
+Bool HeadlessTrack::InsertInto(HeadlessNode* node) noexcept
+{
+  HeadlessTrackList* const tracks = node ? node->GetTracks() : nullptr;
+  if (!tracks)
+    return false;
+  if (TakeOut())
+    CountMistake(GetSceneDiagnostics().insertedTwice);
+  tracks->Insert(node, this);
+  return true;
+}
+
+void HeadlessTrack::Remove() noexcept
+{
+  TakeOut();
+}
+
+Bool HeadlessTrack::TakeOut() noexcept
+{
+  if (!_owner)
+    return false;
+  _owner->GetTracks()->Remove(this);
+  return true;
+}
+
+HeadlessTrack* HeadlessTrack::Clone() const noexcept
+{
+  HeadlessOwner<HeadlessTrack> copy(Create(_id));
+  if (!copy || !copy->CopyParametersFrom(*this))
+    return nullptr;
+  if (_curve && (!copy->FindOrMakeCurve() || !copy->_curve->CopyFrom(*_curve)))
+    return nullptr;
+  return copy.release();
+}
+
+}  // namespace q7z

@@ -1,0 +1,112 @@
+#include "host/scene/headlesstrack.h"
+#include "host/scene/tablefamilies.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+class SceneTrackTable final : public HostTrackTable
+{
+public:
+  HostTrack* Find(const HostNode* node, const HostDescId& id) noexcept override
+  {
+    const HeadlessTrackList* const tracks = ToHeadless(node)->GetTracks();
+    return tracks ? ToHost(tracks->Find(id)) : nullptr;
+  }
+  HostTrack* Alloc(HostNode* node, const HostDescId& id) noexcept override
+  {
+    const Bool mayHaveTracks = node && ToHeadless(node)->GetTracks() && id.GetDepth() > 0;
+    return mayHaveTracks ? ToHost(HeadlessTrack::Create(id)) : nullptr;
+  }
+  void Insert(HostNode* node, HostTrack* track) noexcept override { ToHeadless(track)->InsertInto(ToHeadless(node)); }
+  void Remove(HostTrack* track) noexcept override { ToHeadless(track)->Remove(); }
+  HostTrack* Clone(const HostTrack* track, HostNode*) noexcept override { return ToHost(ToHeadless(track)->Clone()); }
+  HostDescId GetDescId(const HostTrack* track) noexcept override { return ToHeadless(track)->GetId(); }
+  HostCurve* GetCurve(HostTrack* track, Bool create) noexcept override
+  {
+    return ToHost(create ? ToHeadless(track)->FindOrMakeCurve() : ToHeadless(track)->GetCurve());
+  }
+};
+
+class SceneCurveTable final : public HostCurveTable
+{
+public:
+  Int32 GetKeyCount(const HostCurve* curve) noexcept override { return static_cast<Int32>(ToHeadless(curve)->GetKeyCount()); }
+  HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override { return ToHost(ToHeadless(curve)->GetKey(index)); }
+  HostKey* AddKey(HostCurve* curve, const HostTime& time, Int32* index) noexcept override
+  {
+    HeadlessCurve& target = *ToHeadless(curve);
+    if (target.GetKeyCount() >= INT32_MAX)
+      return nullptr;
+    Int place = 0;
+    HeadlessKey* const key = target.AddKey(time, &place);
+    if (key && index)
+      *index = static_cast<Int32>(place);
+    return ToHost(key);
+  }
+  HostKey* AddKeyAdapted(HostCurve* curve, const HostTime& time) noexcept override
+  {
+    return ToHost(ToHeadless(curve)->AddKeyAdapted(time));
+  }
+  HostTangents GetTangents(const HostCurve* curve, Int32 index) noexcept override
+  {
+    const HeadlessKey* const key = ToHeadless(curve)->GetKey(index);
+    if (!key)
+      return {};
+    const KeyTangent left = key->GetLeftTangent();
+    const KeyTangent right = key->GetRightTangent();
+    return {left.value, right.value, left.time, right.time};
+  }
+  Float GetValue(const HostCurve* curve, const HostTime& time) noexcept override { return ToHeadless(curve)->GetValue(time); }
+};
+
+class SceneKeyTable final : public HostKeyTable
+{
+public:
+  HostTime GetTime(const HostKey* key) noexcept override { return ToHeadless(key)->GetTime(); }
+  Float GetValue(const HostKey* key) noexcept override { return ToHeadless(key)->GetValue(); }
+  void SetValue(HostKey* key, HostCurve*, Float value) noexcept override { ToHeadless(key)->SetValue(value); }
+  InterpolationMode GetInterpolation(const HostKey* key) noexcept override { return ToHeadless(key)->GetInterpolation(); }
+  /// A number that is no mode changes nothing.
+  void SetInterpolation(HostKey* key, HostCurve*, InterpolationMode mode) noexcept override
+  {
+    if (mode >= InterpolationMode::Spline && mode <= InterpolationMode::Step)
+      ToHeadless(key)->SetInterpolation(mode);
+  }
+  /// Without memory the key stays without tangents.
+  void SetLeftTangent(HostKey* key, HostCurve*, const HostTime& time, Float value) noexcept override
+  {
+    ToHeadless(key)->SetLeftTangent(time, value);
+  }
+  void SetRightTangent(HostKey* key, HostCurve*, const HostTime& time, Float value) noexcept override
+  {
+    ToHeadless(key)->SetRightTangent(time, value);
+  }
+  void SetRotationMode(HostKey* key, HostCurve*, Int32 mode, Bool first, Bool second) noexcept override
+  {
+    ToHeadless(key)->SetRotationMode({mode, first, second});
+  }
+  void SetAuxiliaryMode(HostKey* key, HostCurve*, Int32 mode) noexcept override { ToHeadless(key)->SetAuxiliaryMode(mode); }
+  Int32 GetPoints(const HostKey* key, const Vector** points) noexcept override
+  {
+    const HostArray<Vector>& kept = ToHeadless(key)->GetPoints();
+    *points = kept.GetR();
+    return static_cast<Int32>(kept.GetCount());
+  }
+};
+
+}  // namespace
+
+void FillTrackTables(HostTables& tables) noexcept
+{
+  static SceneTrackTable track;
+  static SceneCurveTable curve;
+  static SceneKeyTable key;
+  tables.track = &track;
+  tables.curve = &curve;
+  tables.key = &key;
+}
+
+}  // namespace q7z
