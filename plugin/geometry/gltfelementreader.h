@@ -47,7 +47,7 @@ inline Result<void> ReadSingle(const GltfAccessor& accessor, Int idx, Float (&va
 template <int componentCount>
 Error GetReadError(const GltfAccessor& accessor, Int idx) noexcept
 {
-  Float values[componentCount];
+  Float values[componentCount] = {};
   return detail::ReadSingle(accessor, idx, values).GetError();
 }
 

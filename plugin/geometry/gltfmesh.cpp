@@ -208,7 +208,7 @@ Result<void> CreateMeshObjects(const GltfMesh& mesh, const MeshContext& context,
   const GltfNode* const node = context.node;
   CHECK_STATE(node);
   for (const GltfPrimitive& primitive : mesh.GetPrimitives())
-    CHECK_STATE(primitive.IsValid());
+    RETURN_IF_ERROR(primitive.CheckValid());
   const Int firstObject = objects.GetCount();
   const MeshPlan plan = PlanMesh(mesh, context);
   RETURN_IF_ERROR(plan.split ? CreateSplit(mesh, context, objects) : CreateMerged(mesh, context, objects));

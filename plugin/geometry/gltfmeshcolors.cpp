@@ -33,12 +33,12 @@ Result<void> FillColors(const HostColorHandle& handle, Int cursorPoints, Int ver
                                            {
                                              for (Int i = 0; i < vertexCount; ++i)
                                              {
-                                               Float values[componentCount];
+                                               Float values[componentCount] = {};
                                                if (!read(i, values)) [[unlikely]]
                                                  return GetReadError<componentCount>(base, i);
                                                if (deltaAccessor)
                                                {
-                                                 Float deltas[componentCount];
+                                                 Float deltas[componentCount] = {};
                                                  RETURN_IF_ERROR(detail::ReadSingle(*deltaAccessor, i, deltas));
                                                  for (int c = 0; c < componentCount; ++c)
                                                    values[c] += deltas[c];

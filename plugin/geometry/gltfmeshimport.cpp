@@ -60,7 +60,7 @@ Result<void> FillCorners(const CornerJob& job, T* tagData, const Read& read) noe
   for (Int i = 0; i < job.polyCount; ++i, out += 12)
   {
     const CornerVertices corners(job.polygons[i], job.cursorPoints);
-    Float values[3][componentCount];
+    Float values[3][componentCount] = {};
     for (int k = 0; k < 3; ++k)
     {
       if (!read(corners.vertices[k], values[k])) [[unlikely]]
@@ -80,10 +80,10 @@ Result<void> FillCornersWithTarget(const CornerJob& job) noexcept
   for (Int i = 0; i < job.polyCount; ++i)
   {
     const CornerVertices corners(job.polygons[i], job.cursorPoints);
-    Float values[3][componentCount];
+    Float values[3][componentCount] = {};
     for (int k = 0; k < 3; ++k)
     {
-      Float deltas[componentCount];
+      Float deltas[componentCount] = {};
       RETURN_IF_ERROR(detail::ReadSingle(*job.base, corners.vertices[k], values[k]));
       RETURN_IF_ERROR(detail::ReadSingle(*job.target, corners.vertices[k], deltas));
       for (int c = 0; c < componentCount; ++c)
@@ -140,7 +140,7 @@ Result<void> AddMeshPositions(MeshCreator& meshCreator, const PrimitiveAccessors
                                        {
                                          for (Int i = 0; i < vertexCount; ++i)
                                          {
-                                           Float p[3];
+                                           Float p[3] = {};
                                            if (!read(i, p)) [[unlikely]]
                                              return GetReadError<3>(*ptsAccessor, i);
                                            out[i] = convert(p);
@@ -153,8 +153,8 @@ Result<void> AddMeshPositions(MeshCreator& meshCreator, const PrimitiveAccessors
   CHECK_STATE(targetAccessor);
   for (Int i = 0; i < vertexCount; ++i)
   {
-    Float p[3];
-    Float delta[3];
+    Float p[3] = {};
+    Float delta[3] = {};
     RETURN_IF_ERROR(detail::ReadSingle(*ptsAccessor, i, p));
     RETURN_IF_ERROR(detail::ReadSingle(*targetAccessor, i, delta));
     out[i] = convert({p[0] + delta[0], p[1] + delta[1], p[2] + delta[2]});
