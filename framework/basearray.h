@@ -71,12 +71,14 @@ public:
     return {};
   }
 
-  /// Appends copies of count elements.
+  /// Appends copies of count elements, which lie outside the array.
   Result<void> AppendCopies(const T* values, Int count) noexcept
     requires std::is_trivially_copyable_v<T>
   {
     if (count <= 0)
       return {};
+    if (count > INT64_MAX - _count)
+      return Error::OutOfMemory();
     RETURN_IF_ERROR(Grow(_count + count));
     std::memcpy(static_cast<void*>(_elements + _count), values, static_cast<size_t>(count) * sizeof(T));
     _count += count;
@@ -134,9 +136,11 @@ public:
     _count = count;
   }
 
-  /// Removes one element; the ones behind it move up.
+  /// Removes one element; the ones behind it move up. An index outside the array removes nothing.
   void Erase(Int index) noexcept
   {
+    if (index < 0 || index >= _count)
+      return;
     for (Int i = index + 1; i < _count; ++i)
       _elements[i - 1] = std::move(_elements[i]);
     Truncate(_count - 1);
@@ -165,6 +169,7 @@ private:
 
   Result<void> Reallocate(Int capacity) noexcept
   {
+    static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
     if (capacity > INT64_MAX / static_cast<Int>(sizeof(T)))
       return Error::OutOfMemory();
     T* elements = static_cast<T*>(AllocateMemory(capacity * static_cast<Int>(sizeof(T))));

@@ -1,11 +1,13 @@
 #include "framework/data.h"
 
+#include <algorithm>
 #include <atomic>
-#include <bit>
+#include <memory>
 #include <new>
+#include <numeric>
+#include <utility>
 
 #include "framework/check.h"
-#include "framework/hashmap.h"
 #include "framework/memory.h"
 
 namespace q7z
@@ -22,8 +24,7 @@ struct DataBlock
   Int capacity = 0;
   DataArena* arena = nullptr;  // where the block lies; null for memory of its own
   Int byteCount = 0;           // of the whole block
-  UInt32* index = nullptr;     // slots of member numbers by hash; null for a small dictionary
-  Int indexMask = 0;
+  UInt32* index = nullptr;     // the members' numbers, sorted by key; null for a small dictionary
 
   template <typename T>
   T* GetElements() noexcept
@@ -41,23 +42,25 @@ using detail::DataBlock;
 
 // Up to here a dictionary is searched from end to end.
 constexpr Int kSmallDictionary = 16;
-constexpr UInt32 kFreeSlot = 0xffffffffu;
+constexpr Int kMostMembers = Int(1) << 32;  // of a dictionary with an index
 
-constexpr Int kSmallestChunk = Int(4) << 10;
+constexpr Int kLargestRequest = Int(1) << 46;
 constexpr Int kLargestChunk = Int(1) << 20;
 
-Int GetSlotCount(Int memberCount) noexcept
+Int GetIndexCount(Int capacity) noexcept
 {
-  return memberCount <= kSmallDictionary ? 0 : static_cast<Int>(std::bit_ceil(static_cast<UInt>(memberCount) * 2));
+  return capacity <= kSmallDictionary ? 0 : capacity;
 }
 
-/// A block with room for capacity elements and, after them, slotCount index slots.
+/// A block with room for capacity elements and, after them, an index of indexCount numbers.
 template <typename T>
-DataBlock* AllocateBlock(Int capacity, Int slotCount, DataArena* arena) noexcept
+DataBlock* AllocateBlock(Int capacity, Int indexCount, DataArena* arena) noexcept
 {
   static_assert(sizeof(DataBlock) % alignof(T) == 0);
+  if (indexCount > kMostMembers)
+    return nullptr;
   const Int byteCount = static_cast<Int>(sizeof(DataBlock) + static_cast<size_t>(capacity) * sizeof(T) +
-                                         static_cast<size_t>(slotCount) * sizeof(UInt32));
+                                         static_cast<size_t>(indexCount) * sizeof(UInt32));
   void* const memory = arena ? arena->Allocate(byteCount) : AllocateMemory(byteCount);
   if (!memory)
     return nullptr;
@@ -67,13 +70,8 @@ DataBlock* AllocateBlock(Int capacity, Int slotCount, DataArena* arena) noexcept
   block->byteCount = byteCount;
   if (arena)
     arena->AddReference();
-  if (slotCount)
-  {
+  if (indexCount)
     block->index = reinterpret_cast<UInt32*>(block->GetElements<T>() + capacity);
-    block->indexMask = slotCount - 1;
-    for (Int i = 0; i < slotCount; ++i)
-      block->index[i] = kFreeSlot;
-  }
   return block;
 }
 
@@ -96,30 +94,34 @@ void AddReference(DataBlock* block) noexcept
     block->references.fetch_add(1, std::memory_order_relaxed);
 }
 
-/// The slot of key in a block's index: that of its member, or the free one where it would go.
-UInt32& FindSlot(DataBlock& block, const DataKey& key) noexcept
+/// The order of an index: by hash, then by name, so that no choice of names makes a lookup slow.
+Bool IsBefore(const DataKey& a, const DataKey& b) noexcept
 {
-  const DataMember* const members = block.GetElements<DataMember>();
-  Int slot = static_cast<Int>(MixBits(key.GetHash())) & block.indexMask;
-  while (block.index[slot] != kFreeSlot && !(members[block.index[slot]].key == key))
-    slot = (slot + 1) & block.indexMask;
-  return block.index[slot];
+  return a.GetHash() != b.GetHash() ? a.GetHash() < b.GetHash() : a.GetName() < b.GetName();
 }
 
-Data* FindInBlock(DataBlock* block, const DataKey& key) noexcept
+/// The place of key in a block's index: that of its member, or the one where it would go.
+UInt32* FindPlace(DataBlock& block, const DataKey& key) noexcept
+{
+  const DataMember* const members = block.GetElements<DataMember>();
+  return std::lower_bound(block.index, block.index + block.count, key,
+                          [&](UInt32 member, const DataKey& wanted) { return IsBefore(members[member].key, wanted); });
+}
+
+DataMember* FindMember(DataBlock* block, const DataKey& key) noexcept
 {
   if (!block)
     return nullptr;
   DataMember* const members = block->GetElements<DataMember>();
   if (block->index)
   {
-    const UInt32 member = FindSlot(*block, key);
-    return member == kFreeSlot ? nullptr : &members[member].value;
+    const UInt32* const place = FindPlace(*block, key);
+    return place != block->index + block->count && members[*place].key == key ? members + *place : nullptr;
   }
   for (Int i = 0; i < block->count; ++i)
   {
     if (members[i].key == key)
-      return &members[i].value;
+      return members + i;
   }
   return nullptr;
 }
@@ -127,20 +129,63 @@ Data* FindInBlock(DataBlock* block, const DataKey& key) noexcept
 /// Puts a member at the end of a block that has room for it and does not hold its key.
 void AppendMember(DataBlock& block, DataMember&& member) noexcept
 {
-  DataMember* const place = ::new (block.GetElements<DataMember>() + block.count) DataMember(std::move(member));
   if (block.index)
-    FindSlot(block, place->key) = static_cast<UInt32>(block.count);
+  {
+    UInt32* const place = FindPlace(block, member.key);
+    std::copy_backward(place, block.index + block.count, block.index + block.count + 1);
+    *place = static_cast<UInt32>(block.count);
+  }
+  ::new (block.GetElements<DataMember>() + block.count) DataMember(std::move(member));
   ++block.count;
+}
+
+/// Orders an index over count members anew. Equal names, which only a row that is not yet a dictionary holds, keep their order.
+void SortIndex(UInt32* index, const DataMember* members, Int count) noexcept
+{
+  std::iota(index, index + count, UInt32(0));
+  std::sort(index, index + count, [&](UInt32 a, UInt32 b)
+            { return IsBefore(members[a].key, members[b].key) || (members[a].key == members[b].key && a < b); });
+}
+
+/// Leaves the first of each run of equal names in a sorted index and gives it the value of the last.
+/// @return how many names there are.
+Int MergeRepeated(UInt32* index, DataMember* members, Int count) noexcept
+{
+  Int merged = 0;
+  for (Int i = 1; i < count; ++i)
+  {
+    DataMember& first = members[index[merged]];
+    if (first.key == members[index[i]].key)
+      first.value = std::move(members[index[i]].value);
+    else
+      index[++merged] = index[i];
+  }
+  return merged + 1;
+}
+
+/// Moves members into an empty block that has an index, in the time of sorting them.
+void FillIndexed(DataBlock& block, DataMember* members, Int count) noexcept
+{
+  SortIndex(block.index, members, count);
+  const Int merged = MergeRepeated(block.index, members, count);
+  std::sort(block.index, block.index + merged);
+  DataMember* const target = block.GetElements<DataMember>();
+  for (Int i = 0; i < merged; ++i)
+    ::new (target + i) DataMember(std::move(members[block.index[i]]));
+  block.count = merged;
+  SortIndex(block.index, target, merged);
 }
 
 /// A copy of block with room for capacity members.
 DataBlock* CopyDictionary(DataBlock* block, Int capacity) noexcept
 {
-  DataBlock* const copy = AllocateBlock<DataMember>(capacity, GetSlotCount(capacity), nullptr);
-  if (!copy)
-    return nullptr;
-  for (Int i = 0; block && i < block->count; ++i)
-    AppendMember(*copy, DataMember(block->GetElements<DataMember>()[i]));
+  DataBlock* const copy = AllocateBlock<DataMember>(capacity, GetIndexCount(capacity), nullptr);
+  if (!copy || !block)
+    return copy;
+  std::uninitialized_copy_n(block->GetElements<DataMember>(), block->count, copy->GetElements<DataMember>());
+  copy->count = block->count;
+  if (copy->index)
+    SortIndex(copy->index, copy->GetElements<DataMember>(), copy->count);
   return copy;
 }
 
@@ -197,22 +242,36 @@ DataArena::~DataArena()
 
 void* DataArena::Allocate(Int byteCount) noexcept
 {
+  if (byteCount < 0 || byteCount > kLargestRequest)
+    return nullptr;
   const Int rounded = (byteCount + 7) / 8 * 8;
-  if (rounded > _end - _position)
+  if (rounded <= _end - _position)
+    return std::exchange(_position, _position + rounded);
+  Chunk* const chunk = AddChunk(rounded);
+  if (!chunk)
+    return nullptr;
+  Byte* const block = reinterpret_cast<Byte*>(chunk + 1);
+  Byte* const end = reinterpret_cast<Byte*>(chunk) + chunk->byteCount;
+  // The chunk with more room left is the one to go on with.
+  if (end - (block + rounded) > _end - _position)
   {
-    const Int wanted = _chunks ? (_chunks->byteCount < kLargestChunk ? _chunks->byteCount * 2 : kLargestChunk) : kSmallestChunk;
-    const Int chunkBytes =
-      rounded + static_cast<Int>(sizeof(Chunk)) > wanted ? rounded + static_cast<Int>(sizeof(Chunk)) : wanted;
-    void* const memory = AllocateMemory(chunkBytes);
-    if (!memory)
-      return nullptr;
-    _chunks = ::new (memory) Chunk{_chunks, chunkBytes};
-    _position = static_cast<Byte*>(memory) + sizeof(Chunk);
-    _end = static_cast<Byte*>(memory) + chunkBytes;
+    _position = block + rounded;
+    _end = end;
   }
-  void* const block = _position;
-  _position += rounded;
   return block;
+}
+
+/// A chunk with room for byteCount bytes. A large request gets one that just holds it.
+DataArena::Chunk* DataArena::AddChunk(Int byteCount) noexcept
+{
+  const Int needed = byteCount + static_cast<Int>(sizeof(Chunk));
+  const Int chunkBytes = needed > _nextChunkBytes ? needed : _nextChunkBytes;
+  void* const memory = AllocateMemory(chunkBytes);
+  if (!memory)
+    return nullptr;
+  if (chunkBytes == _nextChunkBytes && _nextChunkBytes < kLargestChunk)
+    _nextChunkBytes *= 2;
+  return _chunks = ::new (memory) Chunk{_chunks, chunkBytes};
 }
 
 void DataArena::AddReference() noexcept
@@ -249,13 +308,18 @@ Result<DataDictionary> DataDictionary::Create(DataMember* members, Int count, Da
   DataDictionary dictionary;
   if (count == 0)
     return dictionary;
-  dictionary._block = AllocateBlock<DataMember>(count, GetSlotCount(count), arena);
+  dictionary._block = AllocateBlock<DataMember>(count, GetIndexCount(count), arena);
   if (!dictionary._block)
     return Error::OutOfMemory();
+  if (dictionary._block->index)
+  {
+    FillIndexed(*dictionary._block, members, count);
+    return dictionary;
+  }
   for (Int i = 0; i < count; ++i)
   {
-    if (Data* const value = FindInBlock(dictionary._block, members[i].key))
-      *value = std::move(members[i].value);
+    if (DataMember* const earlier = FindMember(dictionary._block, members[i].key))
+      earlier->value = std::move(members[i].value);
     else
       AppendMember(*dictionary._block, std::move(members[i]));
   }
@@ -269,25 +333,26 @@ Int DataDictionary::GetCount() const noexcept
 
 const Data* DataDictionary::Find(const DataKey& key) const noexcept
 {
-  return FindInBlock(_block, key);
+  const DataMember* const member = FindMember(_block, key);
+  return member ? &member->value : nullptr;
 }
 
 Result<void> DataDictionary::Set(const DataKey& key, Data value) noexcept
 {
   const Bool isShared = _block && _block->references.load(std::memory_order_acquire) > 1;
   const Bool isFull = !_block || _block->count == _block->capacity;
-  const Bool isThere = FindInBlock(_block, key) != nullptr;
+  const Bool isThere = FindMember(_block, key) != nullptr;
+  DataDictionary old;  // lives to the end, since key may lie in it
   if (isShared || (isFull && !isThere))
   {
     const Int count = GetCount();
     DataBlock* const copy = CopyDictionary(_block, isThere ? count : count + count / 2 + 4);
     if (!copy)
       return Error::OutOfMemory();
-    ReleaseBlock<DataMember>(_block);
-    _block = copy;
+    old._block = std::exchange(_block, copy);
   }
-  if (Data* const old = FindInBlock(_block, key))
-    *old = std::move(value);
+  if (DataMember* const found = FindMember(_block, key))
+    found->value = std::move(value);
   else
     AppendMember(*_block, DataMember{key, std::move(value)});
   return {};
@@ -297,17 +362,22 @@ Bool DataDictionary::Erase(const DataKey& key) noexcept
 {
   if (!Find(key))
     return false;
-  // The rest goes into a block of its own, index and all.
-  DataBlock* const rest = AllocateBlock<DataMember>(_block->count, GetSlotCount(_block->count), nullptr);
-  if (!rest)
-    return false;
-  for (const DataMember& member : *this)
+  DataDictionary old;  // lives to the end, since key may lie in it
+  if (_block->references.load(std::memory_order_acquire) > 1)
   {
-    if (!(member.key == key))
-      AppendMember(*rest, DataMember(member));
+    DataBlock* const copy = CopyDictionary(_block, _block->count);
+    if (!copy)
+      return false;
+    old._block = std::exchange(_block, copy);
   }
-  ReleaseBlock<DataMember>(_block);
-  _block = rest;
+  DataMember* const first = _block->GetElements<DataMember>();
+  DataMember* const end = first + _block->count;
+  DataMember* const erased = FindMember(_block, key);
+  std::move(erased + 1, end, erased);
+  std::destroy_at(end - 1);
+  --_block->count;
+  if (_block->index)
+    SortIndex(_block->index, first, _block->count);
   return true;
 }
 
@@ -480,8 +550,8 @@ Bool operator==(const Data& a, const Data& b) noexcept
       continue;
     }
     const DataMember& member = a._block->GetElements<DataMember>()[i];
-    const Data* const other = FindInBlock(b._block, member.key);
-    if (!other || !(member.value == *other))
+    const DataMember* const other = FindMember(b._block, member.key);
+    if (!other || !(member.value == other->value))
       return false;
   }
   return true;

@@ -66,12 +66,14 @@ public:
 
 private:
   struct Chunk;
+  Chunk* AddChunk(Int byteCount) noexcept;
   DataArena() noexcept = default;
   ~DataArena();
   Int _references = 1;  // counted atomically
   Chunk* _chunks = nullptr;
   Byte* _position = nullptr;
   Byte* _end = nullptr;
+  Int _nextChunkBytes = Int(4) << 10;  // of the next chunk for small requests
 };
 
 /// A read-only row of values, valid as long as a Data that holds it.
@@ -114,6 +116,7 @@ public:
   /// Puts value under key, at the end or in the place of an older value.
   Result<void> Set(const DataKey& key, Data value) noexcept;
 
+  /// @return whether the member went: false when there is none, or no memory to part from a shared block.
   Bool Erase(const DataKey& key) noexcept;
 
   /// Members in order, valid until the next write.

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <new>
+#include <utility>
 
 #include "framework/memory.h"
 #include "framework/result.h"
@@ -50,12 +51,16 @@ Error& Error::operator=(Error other) noexcept
   return *this;
 }
 
+// A loop, not a recursion along the causes: whoever wraps errors in a loop makes a chain as long as the loop.
 Error::~Error()
 {
-  if (_record && _record->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+  Record* record = _record;
+  while (record && record->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
   {
-    _record->~Record();
-    FreeMemory(_record, sizeof(Record));
+    Record* const cause = std::exchange(record->cause._record, nullptr);
+    record->~Record();
+    FreeMemory(record, sizeof(Record));
+    record = cause;
   }
 }
 
@@ -78,9 +83,11 @@ Error Error::OutOfMemory() noexcept
 
 Error::Record& Error::GetOutOfMemoryRecord() noexcept
 {
-  // Its first reference is never given back, so it is never freed.
-  static Record record{1, ErrorClass::kOutOfMemory, "Out of memory. "_s, __FILE__, __LINE__, Error()};
-  return record;
+  // Its first reference is never given back, and no destructor runs at exit: errors of static objects may outlive it there.
+  alignas(Record) static Byte memory[sizeof(Record)];
+  static Record* const record =
+    ::new (memory) Record{1, ErrorClass::kOutOfMemory, "Out of memory. "_s, __FILE__, __LINE__, Error()};
+  return *record;
 }
 
 ErrorClass Error::GetClass() const noexcept

@@ -72,6 +72,8 @@ public:
   {}
   HashMap& operator=(HashMap&& other) noexcept
   {
+    if (this == &other)
+      return *this;
     _entries = std::move(other._entries);
     _slots = std::move(other._slots);
     _erasedCount = std::exchange(other._erasedCount, 0);
@@ -129,7 +131,7 @@ public:
       if (entry._erased || entry._hash != hash || !(entry._key == key))
         continue;
       if (_slots[slot] == static_cast<UInt32>(_entries.GetCount() - 1))
-        return EraseLast(slot, mask);
+        return EraseLast(slot);
       entry._erased = true;
       entry._value = V();
       ++_erasedCount;
@@ -208,11 +210,32 @@ private:
     if (_entries.GetCount() >= Int(kFree) - 1)
       return Error::OutOfMemory();
     if ((_entries.GetCount() + 1) * 2 > _slots.GetCount())
-      RETURN_IF_ERROR(Rehash(_entries.GetCount() + 1));
+      RETURN_IF_ERROR(MakeRoom());
     const UInt32 hash = static_cast<UInt32>(HashOf(key));
     RETURN_IF_ERROR(_entries.Append(Entry(std::move(key), std::move(value), hash)));
     Link(static_cast<UInt32>(_entries.GetCount() - 1));
     return &_entries.GetLast()._value;
+  }
+
+  /// Room for one more entry. Where half of the entries are gaps they are closed instead, so that a map whose entries come and
+  /// go stays as small as it ever was full.
+  Result<void> MakeRoom() noexcept
+  {
+    if (_erasedCount * 2 < _entries.GetCount() || _erasedCount == 0)
+      return Rehash(_entries.GetCount() + 1);
+    Int count = 0;
+    for (Int i = 0; i < _entries.GetCount(); ++i)
+    {
+      if (_entries[i]._erased)
+        continue;
+      if (count != i)
+        _entries[count] = std::move(_entries[i]);
+      ++count;
+    }
+    _entries.Truncate(count);
+    _erasedCount = 0;
+    LinkAll();
+    return {};
   }
 
   void Link(UInt32 index) noexcept
@@ -229,16 +252,21 @@ private:
     const Int slotCount = static_cast<Int>(std::bit_ceil(static_cast<UInt>(count) * 3));
     BaseArray<UInt32> slots;
     RETURN_IF_ERROR(slots.ResizeForOverwrite(slotCount));
-    for (UInt32& slot : slots)
-      slot = kFree;
     _slots = std::move(slots);
-    for (Int i = 0; i < _entries.GetCount(); ++i)
-      Link(static_cast<UInt32>(i));
+    LinkAll();
     return {};
   }
 
+  void LinkAll() noexcept
+  {
+    for (UInt32& slot : _slots)
+      slot = kFree;
+    for (Int i = 0; i < _entries.GetCount(); ++i)
+      Link(static_cast<UInt32>(i));
+  }
+
   // The entry that was added last leaves no gap: its slot is the end of every probe that met it, as nothing came later.
-  Bool EraseLast(UInt32 slot, UInt32) noexcept
+  Bool EraseLast(UInt32 slot) noexcept
   {
     _slots[slot] = kFree;
     _entries.Truncate(_entries.GetCount() - 1);

@@ -12,6 +12,8 @@ HostMatrix HostMatrix::GetInverse() const noexcept
   if (determinant == 0 || !std::isfinite(determinant))
     return HostMatrix();
   const Float factor = 1 / determinant;
+  if (!std::isfinite(factor))
+    return HostMatrix();
   const Vector rowX = crossX * factor;
   const Vector rowY = axisZ.Cross(axisX) * factor;
   const Vector rowZ = axisX.Cross(axisY) * factor;

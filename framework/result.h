@@ -25,7 +25,7 @@ public:
   Result(T&& value) noexcept : _hasValue(true) { ::new (&_value) T(std::move(value)); }
   Result(Error error) noexcept : _error(std::move(error)), _hasValue(false) {}
 
-  /// From a Result whose value converts, for instance from a derived owner to its base.
+  /// From a value that converts, for instance from a derived owner to its base.
   template <typename U>
     requires(std::is_convertible_v<U &&, T> && !std::is_same_v<U, T> && !std::is_same_v<std::remove_cvref_t<U>, Error>)
   Result(U&& value) noexcept : _hasValue(true)

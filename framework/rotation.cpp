@@ -13,6 +13,7 @@ constexpr Float kPi = 3.141592653589793;
 constexpr Float kTwoPi = 6.283185307179586;
 constexpr Float kHalfPi = kPi / 2;
 constexpr Float kPoleLimit = 1e-5;
+constexpr Float kOrderPoleLimit = 1e-14;
 
 // The host's rotations about one axis. Their rows are told; a HostMatrix holds columns.
 HostMatrix Rx(Float angle) noexcept
@@ -150,26 +151,21 @@ Vector MatrixToAnglesInOrder(const HostMatrix& matrix, RotationOrder order) noex
   const int i = axisOrder.axes[0];
   const int j = axisOrder.axes[1];
   const int k = axisOrder.axes[2];
-  // For the product R_i * R_j * R_k of turns with the host's sense the middle angle shows alone at (i, k).
-  const Float parity = (j - i + 3) % 3 == 1 ? -1 : 1;
-  const Float sine = parity * at(i, k);
-  Float values[3];
-  const Float cosine = std::sqrt(at(i, i) * at(i, i) + at(i, j) * at(i, j));
-  values[1] = std::atan2(sine, cosine);
-  if (cosine > 1e-9)
-  {
-    values[0] = std::atan2(-parity * at(j, k), at(k, k));
-    values[2] = std::atan2(-parity * at(i, j), at(i, i));
-  }
-  else
-  {
-    values[0] = std::atan2(parity * at(k, j), at(j, j));
-    values[2] = 0;
-  }
-  // The host's turns run against the usual sense.
+  // Signs of the product R_i * R_j * R_k of turns in the host's sense; its component (i, k) holds the middle angle alone.
+  const Float sign = (j - i + 3) % 3 == 1 ? -1 : 1;
+  const Float cosine = std::hypot(at(i, i), at(i, j));
+  const Float middle = std::atan2(sign * at(i, k), cosine);
+  // At a pole the first and the last angle turn about one axis; all of it goes to the last.
+  const Float first = cosine > kOrderPoleLimit ? std::atan2(-sign * at(j, k), at(k, k)) : 0;
+  // With the first turn taken off, row j is that of the last turn alone. So near a pole, where the first angle is uncertain, the
+  // last makes up for its error.
+  const Float c = std::cos(first);
+  const Float s = sign * std::sin(first);
+  const Float last = std::atan2(sign * (c * at(j, i) + s * at(k, i)), c * at(j, j) + s * at(k, j));
   Vector angles;
-  for (int n = 0; n < 3; ++n)
-    angles[axisOrder.angles[n]] = -values[n];
+  angles[axisOrder.angles[0]] = first;
+  angles[axisOrder.angles[1]] = middle;
+  angles[axisOrder.angles[2]] = last;
   return angles;
 }
 

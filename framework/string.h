@@ -120,7 +120,7 @@ public:
   /// ASCII letters compare without regard to case; all other bytes as they are.
   Bool EqualsIgnoringCase(const String& other) const noexcept;
 
-  UInt GetHash() const noexcept { return HashBytes(_text, _byteCount); }
+  constexpr UInt GetHash() const noexcept { return HashBytes(_text, _byteCount); }
 
   /// A 64-bit mix of bytes, usable at compile time; equal bytes give equal hashes on every machine.
   static constexpr UInt HashBytes(const Char* bytes, Int byteCount) noexcept

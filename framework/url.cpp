@@ -56,12 +56,26 @@ Int GetHexDigit(Char c) noexcept
   return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
+/// A system that ends paths with a zero would open another file than the one that was meant.
+Result<void> CheckPath(const String& path) noexcept
+{
+  if (path.FindFirst('\0') >= 0)
+    return MAKE_ERROR(ErrorClass::kIllegalArgument, "A path cannot hold a zero byte."_s);
+  return {};
+}
+
 Result<String> DecodePath(const String& text) noexcept
 {
   ASSIGN_OR_RETURN(String path, DecodePercent(text));
-  if (path.FindFirst('\0') >= 0)
-    return MAKE_ERROR(ErrorClass::kIllegalArgument, "A path cannot hold a zero byte."_s);
+  RETURN_IF_ERROR(CheckPath(path));
   return path;
+}
+
+/// "/C:/a" as "C:/a": behind the empty host of a URL a drive has a slash before it.
+String DropSlashOfDrive(const String& path) noexcept
+{
+  const String rest = path.GetPart(1, path.GetByteCount());
+  return path.StartsWith("/"_s) && IsDrivePath(rest) ? rest : path;
 }
 
 String TrimLeadingSlashes(String path) noexcept
@@ -87,19 +101,19 @@ Result<Url> Url::FromReference(const String& text) noexcept
     }
     const Bool local = text.StartsWith("/"_s) || IsDrivePath(text);
     ASSIGN_OR_RETURN(String path, DecodePath(text));
-    return Url(local ? URLSCHEME_FILESYSTEM : URLSCHEME_RELATIVE, std::move(path));
+    return local ? Url(URLSCHEME_FILESYSTEM, path) : Url(URLSCHEME_RELATIVE, TrimLeadingSlashes(path));
   }
   const String scheme = text.GetPart(0, schemeLength);
   const String rest = text.GetPart(schemeLength + 1, text.GetByteCount());
   if (scheme.EqualsIgnoringCase("file"_s))
   {
     ASSIGN_OR_RETURN(String path, DecodePath(SkipAuthority(rest)));
-    return Url(URLSCHEME_FILESYSTEM, std::move(path));
+    return Url(URLSCHEME_FILESYSTEM, DropSlashOfDrive(path));
   }
   if (scheme.EqualsIgnoringCase("relative"_s))
   {
-    ASSIGN_OR_RETURN(String path, DecodePath(TrimLeadingSlashes(rest)));
-    return Url(URLSCHEME_RELATIVE, std::move(path));
+    ASSIGN_OR_RETURN(String path, DecodePath(rest));
+    return Url(URLSCHEME_RELATIVE, TrimLeadingSlashes(path));
   }
   Url url(scheme.EqualsIgnoringCase("http"_s) ? URLSCHEME_HTTP : URLSCHEME_OTHER, rest);
   url._schemeText = scheme;
@@ -108,6 +122,7 @@ Result<Url> Url::FromReference(const String& text) noexcept
 
 Result<Url> Url::FromPath(const String& path) noexcept
 {
+  RETURN_IF_ERROR(CheckPath(path));
   return path.IsEmpty() ? Url() : Url(URLSCHEME_FILESYSTEM, path);
 }
 
@@ -116,7 +131,8 @@ Result<String> Url::GetUrl() const noexcept
   switch (_scheme)
   {
     case URLSCHEME_NONE: return String();
-    case URLSCHEME_FILESYSTEM: return String::Join({"file://"_s, _path});
+    case URLSCHEME_FILESYSTEM:
+      return String::Join({_path.StartsWith("/"_s) ? "file://"_s : IsDrivePath(_path) ? "file:///"_s : "file:"_s, _path});
     case URLSCHEME_RELATIVE: return String::Join({"relative:///"_s, _path});
     case URLSCHEME_HTTP:
     case URLSCHEME_OTHER: break;
@@ -128,7 +144,9 @@ Result<Url> Url::GetDirectory() const noexcept
 {
   Url directory(*this);
   const Int slash = _path.FindLast('/');
-  directory._path = slash < 0 ? "."_s : slash == 0 ? "/"_s : _path.GetPart(0, slash);
+  // The slash of a root stays: "/" and "C:/" are folders, "" and "C:" are something else.
+  const Bool isRoot = slash == 0 || (slash == 2 && IsDrivePath(_path));
+  directory._path = slash < 0 ? "."_s : _path.GetPart(0, isRoot ? slash + 1 : slash);
   return directory;
 }
 
@@ -149,6 +167,8 @@ Result<Url> Url::Append(const String& name) const noexcept
 
 Result<Url> Url::AppendPath(const Url& relative) const noexcept
 {
+  if (relative._path.IsEmpty())
+    return *this;
   Url joined(*this);
   const Bool needsSlash = _path.IsPopulated() && _path.GetBytes()[_path.GetByteCount() - 1] != '/';
   ASSIGN_OR_RETURN(joined._path, String::Join({_path, needsSlash ? "/"_s : String(), TrimLeadingSlashes(relative._path)}));

@@ -27,7 +27,7 @@ public:
   /// "http://..." and other schemes are kept as text. Percent codes in a path are decoded, once.
   static Result<Url> FromReference(const String& text) noexcept;
 
-  /// From a local path, taken as it stands (no percent codes).
+  /// From a local path, taken as it stands (no percent codes). A zero byte in a path is an illegal argument here and above.
   static Result<Url> FromPath(const String& path) noexcept;
 
   UrlScheme GetScheme() const noexcept { return _scheme; }
@@ -35,7 +35,7 @@ public:
   /// The decoded path of the schemes file and relative; of others the text behind the scheme.
   const String& GetPath() const noexcept { return _path; }
 
-  /// The whole text, such as "file:///a/b.bin" or "relative:///b.bin".
+  /// The whole text, such as "file:///a/b.bin" or "relative:///b.bin"; a path in it stays decoded.
   Result<String> GetUrl() const noexcept;
 
   Bool IsEmpty() const noexcept { return _scheme == URLSCHEME_NONE; }

@@ -1,0 +1,98 @@
+// Errors: ids, causes, lifetime, and what is left of one without memory.
+
+#include <gtest/gtest.h>
+
+#include "framework/check.h"
+#include "tests/framework/text.h"
+#include "tests/support/failingmemory.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+TEST(Error, EveryClassHasItsId)
+{
+  const std::pair<ErrorClass, const char*> rows[] = {
+    {ErrorClass::kIllegalState, "net.tarno.error.illegalstate"},
+    {ErrorClass::kIllegalArgument, "net.tarno.error.illegalargument"},
+    {ErrorClass::kNullPtr, "net.tarno.error.nullptr"},
+    {ErrorClass::kOutOfMemory, "net.tarno.error.outofmemory"},
+    {ErrorClass::kIo, "net.tarno.error.io"},
+    {ErrorClass::kUnexpected, "net.tarno.error.unexpected"},
+    {ErrorClass::kUnsupportedOperation, "net.tarno.error.unsupportedoperation"},
+    {ErrorClass::kFunctionNotImplemented, "net.tarno.error.functionnotimplemented"},
+    {ErrorClass::kOperationCancelled, "net.tarno.error.OperationCancelledError"},
+  };
+  for (const auto& [errorClass, id] : rows)
+    EXPECT_STREQ(GetErrorClassId(errorClass), id);
+  // The last of the classes is in the table.
+  EXPECT_EQ(std::size(rows), static_cast<size_t>(ErrorClass::kOperationCancelled) + 1);
+}
+
+TEST(Error, EmptyOneMeansSuccess)
+{
+  const Error none;
+  EXPECT_FALSE(none);
+  EXPECT_FALSE(Result<void>(none).HasError());
+}
+
+TEST(Error, CopiesShareAndAssignmentReplaces)
+{
+  Error first = MAKE_ERROR(ErrorClass::kIo, "first"_s);
+  const Error copy = first;
+  first = MAKE_ERROR(ErrorClass::kUnexpected, "second"_s);
+  EXPECT_EQ(Text(copy.GetMessage()), "first");
+  EXPECT_EQ(Text(first.GetMessage()), "second");
+  first = Error();
+  EXPECT_FALSE(first);
+  EXPECT_EQ(copy.GetClass(), ErrorClass::kIo);
+}
+
+TEST(Error, MessageOutlivesTheTextItWasMadeFrom)
+{
+  char library[] = "message";  // stands for the texts of a library that is unloaded
+  const Error error = MAKE_ERROR(ErrorClass::kIo, String(library, 7));
+  library[0] = '?';
+  EXPECT_EQ(Text(error.GetMessage()), "message");
+}
+
+TEST(Error, WithoutMemoryForTheRecordItIsOutOfMemory)
+{
+  FailAllocation(1);
+  const Error error = MAKE_ERROR(ErrorClass::kIo, "lost"_s);
+  EXPECT_EQ(StopFailingAllocations(), 1);
+  EXPECT_EQ(error.GetClass(), ErrorClass::kOutOfMemory);
+  EXPECT_EQ(Text(error.GetMessage()), "Out of memory. ");
+  EXPECT_FALSE(error.GetCause());
+}
+
+TEST(Error, WithoutMemoryForTheCopyItKeepsTheText)
+{
+  FailAllocation(2);
+  const Error error = MAKE_ERROR(ErrorClass::kIo, "kept"_s);
+  EXPECT_EQ(StopFailingAllocations(), 1);
+  EXPECT_EQ(error.GetClass(), ErrorClass::kIo);
+  EXPECT_EQ(Text(error.GetMessage()), "kept");
+}
+
+TEST(Error, OutOfMemoryNeedsNoMemory)
+{
+  FailAllocation(1, 100);
+  for (int i = 0; i < 10; ++i)
+    EXPECT_EQ(Error::OutOfMemory().GetClass(), ErrorClass::kOutOfMemory);
+  EXPECT_EQ(StopFailingAllocations(), 0);
+}
+
+TEST(Error, LongChainOfCausesGoesWithoutRecursion)
+{
+  Error error = MAKE_ERROR(ErrorClass::kIo, "root"_s);
+  const Error root = error;
+  for (int i = 0; i < 300000; ++i)
+    error = Error::Make(ErrorClass::kIllegalState, "link"_s, __FILE__, __LINE__, error);
+  error = Error();
+  EXPECT_EQ(Text(root.GetMessage()), "root");
+}
+
+}  // namespace
+}  // namespace q7z::test

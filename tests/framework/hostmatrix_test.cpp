@@ -1,0 +1,76 @@
+// The host's matrix: products and inverses, the singular ones too.
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "framework/hostmatrix.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+constexpr Float kInfinity = std::numeric_limits<Float>::infinity();
+constexpr Float kNan = std::numeric_limits<Float>::quiet_NaN();
+
+TEST(HostMatrix, ProductAppliesTheRightFactorFirst)
+{
+  const HostMatrix turn{{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}};  // x to y, then one along x
+  const HostMatrix stretch{{0, 0, 5}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}};
+  const Vector point{1, 2, 3};
+  // stretch: (2, 6, 17); turn of that: (1 - 6, 2, 17)
+  EXPECT_EQ((turn * stretch) * point, (Vector{-5, 2, 17}));
+  // turn: (-1, 1, 3); stretch of that: (-2, 3, 17)
+  EXPECT_EQ((stretch * turn) * point, (Vector{-2, 3, 17}));
+  EXPECT_EQ(turn.TransformDirection(point), (Vector{-2, 1, 3}));
+}
+
+struct InverseCase
+{
+  const char* name;
+  HostMatrix matrix;
+  HostMatrix inverse;
+};
+const InverseCase kInverseCases[] = {
+  {"Identity", {}, {}},
+  {"Offset", {{1, 2, 3}}, {{-1, -2, -3}}},
+  {"Stretch", {{2, 4, 1}, {2, 0, 0}, {0, 4, 0}, {0, 0, 0.5}}, {{-1, -1, -2}, {0.5, 0, 0}, {0, 0.25, 0}, {0, 0, 2}}},
+  {"Turn", {{1, 2, 3}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}, {{-2, 1, -3}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}},
+  {"Mirror", {{0, 0, 4}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {{0, 0, 4}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}},
+  {"Shear", {{3, 2, 1}, {1, 0, 0}, {1, 1, 0}, {0, 0, 1}}, {{-1, -2, -1}, {1, 0, 0}, {-1, 1, 0}, {0, 0, 1}}},
+  {"Cycle", {{1, 2, 3}, {0, 2, 0}, {0, 0, 4}, {8, 0, 0}}, {{-1, -0.75, -0.125}, {0, 0, 0.125}, {0.5, 0, 0}, {0, 0.25, 0}}},
+};
+
+TEST(HostMatrix, InverseByHand)
+{
+  for (const InverseCase& row : kInverseCases)
+  {
+    EXPECT_EQ(row.matrix.GetInverse(), row.inverse) << row.name;
+    EXPECT_EQ(row.inverse.GetInverse(), row.matrix) << row.name;
+  }
+}
+
+TEST(HostMatrix, MatrixWithoutInverseGivesTheIdentity)
+{
+  const std::pair<const char*, HostMatrix> rows[] = {
+    {"AxisOfLengthZero", {{1, 2, 3}, {1, 0, 0}, {0, 0, 0}, {0, 0, 1}}},
+    {"TwoEqualAxes", {{1, 2, 3}, {1, 2, 3}, {1, 2, 3}, {0, 0, 1}}},
+    {"AllZero", {{}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}},
+    {"TooSmallToInvert", {{}, {1e-310, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+    {"NotANumber", {{}, {kNan, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+    {"Infinite", {{}, {kInfinity, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+    {"TooLarge", {{}, {1e200, 0, 0}, {0, 1e200, 0}, {0, 0, 1}}},
+  };
+  for (const auto& [name, matrix] : rows)
+    EXPECT_EQ(matrix.GetInverse(), HostMatrix()) << name;
+}
+
+TEST(HostMatrix, DeterminantTellsVolumeAndHandedness)
+{
+  EXPECT_EQ((HostMatrix{{7, 7, 7}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}}.GetDeterminant()), 24);
+  EXPECT_EQ((HostMatrix{{}, {1, 0, 0}, {0, 1, 0}, {0, 0, -2}}.GetDeterminant()), -2);
+}
+
+}  // namespace
+}  // namespace q7z::test

@@ -1,0 +1,251 @@
+// Rotations: matrices, angles and quaternions by hand, and the ways there and back.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "framework/rotation.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+constexpr Float kPi = 3.14159265358979323846;
+constexpr Float kHalf = kPi / 2;
+constexpr Float kRoot = 0.70710678118654752440;  // sqrt(1/2)
+
+void ExpectNear(const Vector& actual, const Vector& expected, Float tolerance, const std::string& where)
+{
+  for (int i = 0; i < 3; ++i)
+    EXPECT_NEAR(actual[i], expected[i], tolerance) << where << ", component " << i;
+}
+
+void ExpectNear(const HostMatrix& actual, const HostMatrix& expected, Float tolerance, const std::string& where)
+{
+  ExpectNear(actual.axisX, expected.axisX, tolerance, where + ", axisX");
+  ExpectNear(actual.axisY, expected.axisY, tolerance, where + ", axisY");
+  ExpectNear(actual.axisZ, expected.axisZ, tolerance, where + ", axisZ");
+}
+
+HostMatrix Transposed(const HostMatrix& m)
+{
+  return {{}, {m.axisX.x, m.axisY.x, m.axisZ.x}, {m.axisX.y, m.axisY.y, m.axisZ.y}, {m.axisX.z, m.axisY.z, m.axisZ.z}};
+}
+
+std::string Shown(const Vector& v)
+{
+  return "(" + std::to_string(v.x) + ", " + std::to_string(v.y) + ", " + std::to_string(v.z) + ")";
+}
+
+TEST(Rotation, OneAngleTurnsAboutItsAxis)
+{
+  ExpectNear(AnglesToMatrix({kHalf, 0, 0}, 6), {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}, 1e-15, "heading");
+  ExpectNear(AnglesToMatrix({0, kHalf, 0}, 6), {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}, 1e-15, "pitch");
+  ExpectNear(AnglesToMatrix({0, 0, kHalf}, 6), {{}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}, 1e-15, "bank");
+  EXPECT_EQ(AnglesToMatrix({0, 0, 0}, 6), HostMatrix());
+  EXPECT_EQ(AnglesToMatrix({1, 2, 3}, 6).offset, Vector());
+}
+
+// A quarter, a half and a quarter back: about x (x, y, z) goes to (x, z, -y), about y by a half to (-x, y, -z), about z by a
+// quarter back to (-y, x, z).
+TEST(Rotation, OrderSettlesWhichAngleTurnsWhenAboutWhat)
+{
+  const std::pair<RotationOrder, Vector> rows[] = {
+    {0, {3, -1, -2}}, {1, {-2, -3, 1}}, {2, {2, -3, -1}}, {3, {2, 3, 1}},    {4, {3, 1, 2}},
+    {5, {-3, -1, 2}}, {6, {3, -1, -2}}, {7, {3, -1, -2}}, {-1, {3, -1, -2}},
+  };
+  for (const auto& [order, target] : rows)
+    ExpectNear(AnglesToMatrix({kHalf, kPi, -kHalf}, order) * Vector{1, 2, 3}, target, 1e-14, "order " + std::to_string(order));
+}
+
+struct AnglesCase
+{
+  const char* name;
+  HostMatrix matrix;
+  Vector angles;
+};
+const AnglesCase kAnglesCases[] = {
+  {"Identity", {}, {0, 0, 0}},
+  {"Heading90", {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}, {kHalf, 0, 0}},
+  {"Heading180", {{}, {-1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {kPi, 0, 0}},
+  {"Heading270", {{}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}}, {3 * kHalf, 0, 0}},
+  {"Pitch45", {{}, {1, 0, 0}, {0, kRoot, -kRoot}, {0, kRoot, kRoot}}, {0, kPi / 4, 0}},
+  {"PitchMinus45", {{}, {1, 0, 0}, {0, kRoot, kRoot}, {0, -kRoot, kRoot}}, {0, -kPi / 4, 0}},
+  {"Bank90", {{}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}, {0, 0, kHalf}},
+  {"Bank270", {{}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}, {0, 0, 3 * kHalf}},
+  {"PoleUp", {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}, {0, kHalf, 0}},
+  {"PoleUpBank90", {{}, {0, 0, 1}, {1, 0, 0}, {0, 1, 0}}, {0, kHalf, kHalf}},
+  {"PoleUpBank270", {{}, {0, 0, -1}, {-1, 0, 0}, {0, 1, 0}}, {0, kHalf, 3 * kHalf}},
+  {"PoleUpBank180", {{}, {-1, 0, 0}, {0, 0, 1}, {0, 1, 0}}, {0, kHalf, kPi}},
+  {"PoleDown", {{}, {1, 0, 0}, {0, 0, 1}, {0, -1, 0}}, {0, -kHalf, 0}},
+  {"PoleDownBank90", {{}, {0, 0, -1}, {1, 0, 0}, {0, -1, 0}}, {0, -kHalf, kHalf}},
+  {"PoleDownBank270", {{}, {0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}, {0, -kHalf, 3 * kHalf}},
+  {"JustInsideThePole", {{}, {1, 0, 0}, {0, 0, -1}, {9e-6, 1, 0}}, {0, kHalf, 0}},
+  {"JustOutsideThePole", {{}, {1, 0, 0}, {0, 0, -1}, {-2e-5, 1, 0}}, {kHalf, std::atan(1 / 2e-5), kHalf}},
+  {"AxesOfAnyLength", {{}, {0, -3, 0}, {0.5, 0, 0}, {0, 0, 7}}, {0, 0, kHalf}},
+  {"MirroredX", {{}, {-1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {0, 0, kPi}},
+  {"MirroredZ", {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {kPi, 0, kPi}},
+  {"AllZero", {{}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}, {0, -kHalf, kHalf}},
+};
+
+TEST(Rotation, AnglesOfAMatrix)
+{
+  for (const AnglesCase& row : kAnglesCases)
+    ExpectNear(MatrixToAngles(row.matrix, 6, false), row.angles, 1e-9, row.name);
+}
+
+TEST(Rotation, NormalizedMatrixIsTakenAsItStands)
+{
+  const HostMatrix half{{}, {0.25, -0.43301270189221932, 0}, {0, 1, 0}, {0, 0, 1}};
+  ExpectNear(MatrixToAngles(half, 6, false), {0, 0, kPi / 3}, 1e-12, "lengths taken off");
+  ExpectNear(MatrixToAngles(half, 6, true), {0, 0, 1.318116071652818}, 1e-12, "acos(0.25)");
+}
+
+struct QuaternionCase
+{
+  const char* name;
+  Vector4 quaternion;
+  Vector mirrored;  // the angles with Z mirrored
+  Vector plain;
+};
+const QuaternionCase kQuaternionCases[] = {
+  {"Identity", {0, 0, 0, 1}, {0, 0, 0}, {0, 0, 0}},
+  {"Y90", {0, kRoot, 0, kRoot}, {kHalf, 0, 0}, {kHalf, 0, 0}},
+  {"YMinus90", {0, -kRoot, 0, kRoot}, {3 * kHalf, 0, 0}, {3 * kHalf, 0, 0}},
+  {"X90IsAPole", {kRoot, 0, 0, kRoot}, {0, kHalf, 0}, {0, kHalf, 0}},
+  {"Z90", {0, 0, kRoot, kRoot}, {0, 0, 3 * kHalf}, {0, 0, kHalf}},
+  {"Z90OfTheOtherSign", {0, 0, -kRoot, -kRoot}, {0, 0, 3 * kHalf}, {0, 0, kHalf}},
+  {"TwiceTheIdentity", {0, 0, 0, 2}, {0, 0, 0}, {0, 0, 0}},
+  {"Zero", {0, 0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
+  // Not normalised first: axisX (-1, 0, 2), axisZ (-2, 0, -1), so the heading is pi - atan(2) and not pi / 2.
+  {"TooLongY90", {0, 1, 0, 1}, {2.0344439357957027, 0, 0}, {2.0344439357957027, 0, 0}},
+};
+
+TEST(Rotation, AnglesOfAQuaternion)
+{
+  for (const QuaternionCase& row : kQuaternionCases)
+  {
+    ExpectNear(QuaternionToAngles(row.quaternion, true), row.mirrored, 1e-7, row.name);
+    ExpectNear(QuaternionToAngles(row.quaternion, false), row.plain, 1e-7, row.name);
+  }
+}
+
+TEST(Rotation, QuaternionOfOneAngle)
+{
+  struct Row
+  {
+    Vector angles;
+    Bool flipZ;
+    Vector4 quaternion;
+  };
+  const Row rows[] = {
+    {{0, 0, 0}, true, {0, 0, 0, -1}},
+    {{0, 0, 0}, false, {0, 0, 0, -1}},
+    {{kHalf, 0, 0}, false, {0, kRoot, 0, -kRoot}},
+    {{kHalf, 0, 0}, true, {0, -kRoot, 0, -kRoot}},
+    {{0, kHalf, 0}, false, {kRoot, 0, 0, -kRoot}},
+    {{0, kHalf, 0}, true, {-kRoot, 0, 0, -kRoot}},
+    {{0, 0, kHalf}, false, {0, 0, kRoot, -kRoot}},
+    {{0, 0, kHalf}, true, {0, 0, kRoot, -kRoot}},
+    // Two quarters: W = 1/2 of each product, with the signs of the two mixed terms.
+    {{kHalf, kHalf, 0}, false, {0.5, 0.5, 0.5, -0.5}},
+    {{kHalf, 0, kHalf}, false, {-0.5, 0.5, 0.5, -0.5}},
+    {{0, kHalf, kHalf}, false, {0.5, 0.5, 0.5, -0.5}},
+  };
+  for (const Row& row : rows)
+  {
+    const Vector4 quaternion = AnglesToQuaternion(row.angles, row.flipZ);
+    EXPECT_NEAR(quaternion.x, row.quaternion.x, 1e-15) << Shown(row.angles);
+    EXPECT_NEAR(quaternion.y, row.quaternion.y, 1e-15) << Shown(row.angles);
+    EXPECT_NEAR(quaternion.z, row.quaternion.z, 1e-15) << Shown(row.angles);
+    EXPECT_NEAR(quaternion.w, row.quaternion.w, 1e-15) << Shown(row.angles);
+  }
+}
+
+/// Calls test with triples of angles from a grid.
+template <typename Test>
+void ForAngles(std::initializer_list<Float> middle, const Test& test)
+{
+  for (const Float a : {-3.0, -kHalf, -0.4, 0.0, 0.7, kHalf, 2.5})
+    for (const Float b : middle)
+      for (const Float c : {-2.2, -kHalf, 0.0, 1.1, kPi})
+        test(a, b, c);
+}
+
+TEST(Rotation, MirroredRoundTripKeepsARotationAndPlainOneTurnsItBack)
+{
+  // Off the pole the angles come from acos, which near 0 and pi knows half the digits.
+  ForAngles({-1.2, -0.3, 0.0, 0.9, 1.5},
+            [](Float heading, Float pitch, Float bank)
+            {
+              const Vector angles{heading, pitch, bank};
+              const HostMatrix matrix = AnglesToMatrix(angles, 6);
+              const Vector mirrored = QuaternionToAngles(AnglesToQuaternion(angles, true), true);
+              ExpectNear(AnglesToMatrix(mirrored, 6), matrix, 1e-7, "mirrored " + Shown(angles));
+              const Vector plain = QuaternionToAngles(AnglesToQuaternion(angles, false), false);
+              ExpectNear(AnglesToMatrix(plain, 6), Transposed(matrix), 1e-7, "plain " + Shown(angles));
+            });
+}
+
+TEST(Rotation, AnglesInEveryOrderGiveTheMatrixBack)
+{
+  const HostMatrix stretch{{}, {2, 0, 0}, {0, 0.5, 0}, {0, 0, 3}};
+  ForAngles({-kHalf, -kHalf + 1e-8, -1.2, 0.0, 0.9, kHalf - 1e-12, kHalf, 2.0},
+            [&](Float a, Float b, Float c)
+            {
+              for (RotationOrder order = 0; order < 6; ++order)
+              {
+                // Which slot holds the middle angle depends on the order; each of the three is tried as one.
+                for (const Vector& angles : {Vector{a, b, c}, Vector{b, c, a}, Vector{c, a, b}})
+                {
+                  const HostMatrix matrix = AnglesToMatrix(angles, order);
+                  const Vector found = MatrixToAnglesInOrder(matrix * stretch, order);
+                  ExpectNear(AnglesToMatrix(found, order), matrix, 1e-12, "order " + std::to_string(order) + " " + Shown(angles));
+                }
+              }
+            });
+}
+
+TEST(Rotation, AnglesInTheDefaultOrderAreThoseOfTheMatrix)
+{
+  for (const AnglesCase& row : kAnglesCases)
+  {
+    EXPECT_EQ(MatrixToAnglesInOrder(row.matrix, 6), MatrixToAngles(row.matrix, 6, false)) << row.name;
+    EXPECT_EQ(MatrixToAnglesInOrder(row.matrix, 9), MatrixToAngles(row.matrix, 6, false)) << row.name;
+  }
+}
+
+struct OptimalCase
+{
+  const char* name;
+  Vector previous;
+  Vector current;
+  RotationOrder order;
+  Vector angles;
+};
+const OptimalCase kOptimalCases[] = {
+  {"BackByATurn", {0, 0, 0}, {2 * kPi - 0.1, 0, 0}, 6, {-0.1, 0, 0}},
+  {"NearAsItIs", {0, 0, 0}, {0.1, 0.2, 0.3}, 6, {0.1, 0.2, 0.3}},
+  {"ForwardByTwoTurns", {4 * kPi, 0, 0}, {0.1, 0, 0}, 6, {4 * kPi + 0.1, 0, 0}},
+  {"EachAngleByItsOwnTurns", {0, -2 * kPi, 6 * kPi}, {0.1, 0.2, 0.3}, 6, {0.1, 0.2 - 2 * kPi, 0.3 + 6 * kPi}},
+  {"HalfATurnGoesBack", {0, 0, 0}, {kPi, 0, 0}, 6, {-kPi, 0, 0}},
+  {"OtherFormOfOrder0", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 0, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
+  {"OtherFormOfOrder1", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 1, {kPi + 0.1, kPi + 0.2, kPi - 0.3}},
+  {"OtherFormOfOrder2", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 2, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
+  {"OtherFormOfOrder3", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 3, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
+  {"OtherFormOfOrder4", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 4, {kPi + 0.1, kPi + 0.2, kPi - 0.3}},
+  {"OtherFormOfOrder5", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 5, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
+  {"OtherFormOfOrder6", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 6, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
+  // The distances of the two forms are 3 * pi / 2 both.
+  {"TieStaysAsItIs", {0, 0, 0}, {kHalf, kHalf, kHalf}, 6, {kHalf, kHalf, kHalf}},
+};
+
+TEST(Rotation, OptimalAnglesAreTheNearestForm)
+{
+  for (const OptimalCase& row : kOptimalCases)
+    ExpectNear(OptimalAngles(row.previous, row.current, row.order), row.angles, 1e-14, row.name);
+}
+
+}  // namespace
+}  // namespace q7z::test

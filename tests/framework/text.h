@@ -1,0 +1,44 @@
+#pragma once
+
+// What the tests of the framework share: a text and an error in the words that a failure message shows.
+
+#include <string>
+
+#include "framework/result.h"
+#include "framework/string.h"
+
+namespace q7z::test
+{
+
+inline std::string Text(const String& text)
+{
+  return std::string(text.GetView());
+}
+
+/// The text in a result, or its error's message.
+inline std::string Text(const Result<String>& result)
+{
+  return Text(result.HasError() ? result.GetError().GetMessage() : result.GetValue());
+}
+
+/// The message of a result's error, or "no error".
+template <typename T>
+std::string ErrorText(const Result<T>& result)
+{
+  return result.HasError() ? Text(result.GetError().GetMessage()) : "no error";
+}
+
+/// Whether a result failed for want of memory.
+template <typename T>
+bool IsOutOfMemory(const Result<T>& result)
+{
+  return result.HasError() && result.GetError().GetClass() == ErrorClass::kOutOfMemory;
+}
+
+/// A text of its own memory.
+inline String Make(std::string_view text)
+{
+  return String::Create(text).GetValue();
+}
+
+}  // namespace q7z::test
