@@ -191,7 +191,7 @@ TEST_P(VertexColors, ArriveAsTheirTypeSays)
   for (int c = 0; c < 4; ++c)
     EXPECT_FLOAT_EQ(colorTag->GetHandleR().GetPoint(2)[c], GetParam().expected[c]) << "component " << c;
 }
-INSTANTIATE_TEST_SUITE_P(Rows, VertexColors, testing::ValuesIn(kColorRows), [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, VertexColors, testing::ValuesIn(kColorRows), [](const auto& row) { return row.param.name; });
 
 TEST(Mesh, FloatColorsStayAsTheyAre)
 {
@@ -330,7 +330,7 @@ TEST_P(MeshOption, DecidesAboutTags)
   EXPECT_EQ(op->GetTagCount(5612), GetParam().phongTags);
   EXPECT_EQ(op->GetTagCount(5673), GetParam().selectionTags);
 }
-INSTANTIATE_TEST_SUITE_P(Rows, MeshOption, testing::ValuesIn(kOptionRows), [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, MeshOption, testing::ValuesIn(kOptionRows), [](const auto& row) { return row.param.name; });
 
 namespace
 {
@@ -378,7 +378,7 @@ TEST_P(MeshFailure, LeavesTheNodeOutWithAWarning)
   EXPECT_FALSE(host.Document()->GetFirstObject()->GetDown());
   EXPECT_GE(host.WarningCount(), 1);
 }
-INSTANTIATE_TEST_SUITE_P(Rows, MeshFailure, testing::ValuesIn(kBrokenMeshes), [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, MeshFailure, testing::ValuesIn(kBrokenMeshes), [](const auto& row) { return row.param.name; });
 
 TEST(Mesh, SharedAccessorsDoNotMultiplyWithoutBound)
 {

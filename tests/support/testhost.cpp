@@ -63,7 +63,8 @@ private:
 
 }  // namespace
 
-TestHost::TestHost() : _host(MakeHost(&_diagnostics)), _document(_host->NewDocument()), _job(std::make_unique<HeadlessJob>()) {}
+TestHost::TestHost() : _host(MakeHost(&_diagnostics)), _document(_host->NewDocument()), _job(std::make_unique<HeadlessJob>())
+{}
 TestHost::~TestHost() = default;
 
 std::string TestHost::LoadText(std::string_view json)
@@ -79,7 +80,10 @@ std::string TestHost::LoadBytes(const std::vector<std::uint8_t>& bytes, const st
   return _report.recognised ? _report.status : "not recognised";
 }
 
-HostDocument* TestHost::Document() { return ToHost(_document.get()); }
+HostDocument* TestHost::Document()
+{
+  return ToHost(_document.get());
+}
 
 int TestHost::WarningCount() const
 {
