@@ -59,7 +59,7 @@ Result<String> MakeString(Int byteCount, const Write& write) noexcept
 
 StringBlock* StringBlock::Create(Int byteCount) noexcept
 {
-  if (byteCount < 0)
+  if (byteCount < 0 || byteCount > INT64_MAX - static_cast<Int>(sizeof(StringBlock)))
     return nullptr;
   void* const memory = AllocateMemory(static_cast<Int>(sizeof(StringBlock)) + byteCount);
   return memory ? ::new (memory) StringBlock(byteCount) : nullptr;

@@ -13,9 +13,13 @@ std::atomic<Int> g_requests{0};
 std::atomic<Int> g_firstFailing{0};  // number of the first request that fails; 0 when none does
 std::atomic<Int> g_failingCount{0};
 std::atomic<Int> g_failed{0};
+std::atomic<Int> g_largest{0};
 
-Bool IsRefused() noexcept
+Bool IsRefused(std::size_t size) noexcept
 {
+  Int largest = g_largest.load(std::memory_order_relaxed);
+  while (static_cast<Int>(size) > largest && !g_largest.compare_exchange_weak(largest, static_cast<Int>(size)))
+  {}
   const Int request = g_requests.fetch_add(1, std::memory_order_relaxed) + 1;
   const Int first = g_firstFailing.load(std::memory_order_relaxed);
   if (first == 0 || request < first || request - first >= g_failingCount.load(std::memory_order_relaxed))
@@ -24,16 +28,17 @@ Bool IsRefused() noexcept
   return true;
 }
 
+#if !defined(Q7Z_WRAP_NEW)
 void* Request(std::size_t size) noexcept
 {
-  return IsRefused() ? nullptr : std::malloc(size ? size : 1);
+  return IsRefused(size) ? nullptr : std::malloc(size ? size : 1);
 }
 
 void* RequestAligned(std::size_t size, std::align_val_t alignment) noexcept
 {
   const std::size_t bytes = static_cast<std::size_t>(alignment);
   const std::size_t rounded = size == 0 ? bytes : (size + bytes - 1) / bytes * bytes;
-  return rounded < size || IsRefused() ? nullptr : std::aligned_alloc(bytes, rounded);
+  return rounded < size || IsRefused(size) ? nullptr : std::aligned_alloc(bytes, rounded);
 }
 
 void* ThrowIfNull(void* block)
@@ -42,6 +47,7 @@ void* ThrowIfNull(void* block)
     throw std::bad_alloc();
   return block;
 }
+#endif
 
 }  // namespace
 
@@ -56,6 +62,7 @@ Int StopFailingAllocations() noexcept
 {
   g_firstFailing.store(0, std::memory_order_relaxed);
   g_requests.store(0, std::memory_order_relaxed);
+  g_largest.store(0, std::memory_order_relaxed);
   return g_failed.exchange(0, std::memory_order_relaxed);
 }
 
@@ -64,7 +71,67 @@ Int CountAllocations() noexcept
   return g_requests.load(std::memory_order_relaxed);
 }
 
+Int GetLargestAllocation() noexcept
+{
+  return g_largest.load(std::memory_order_relaxed);
+}
+
 }  // namespace q7z::test
+
+#if defined(Q7Z_WRAP_NEW)
+
+// The thread sanitizer has functions of its own that nothing may replace, so here the linker leads every call of this program to
+// the __wrap_ functions. The names are those of the language's functions as the linker knows them.
+
+extern "C"
+{
+using q7z::test::IsRefused;
+using Nothrow = const std::nothrow_t&;
+
+void* __real__Znwm(std::size_t size);
+void* __real__Znam(std::size_t size);
+void* __real__ZnwmRKSt9nothrow_t(std::size_t size, Nothrow) noexcept;
+void* __real__ZnamRKSt9nothrow_t(std::size_t size, Nothrow) noexcept;
+void* __real__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment);
+void* __real__ZnamSt11align_val_t(std::size_t size, std::align_val_t alignment);
+void* __real__ZnwmSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow) noexcept;
+void* __real__ZnamSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow) noexcept;
+
+void* __wrap__Znwm(std::size_t size)
+{
+  return IsRefused(size) ? throw std::bad_alloc() : __real__Znwm(size);
+}
+void* __wrap__Znam(std::size_t size)
+{
+  return IsRefused(size) ? throw std::bad_alloc() : __real__Znam(size);
+}
+void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, Nothrow tag) noexcept
+{
+  return IsRefused(size) ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+}
+void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, Nothrow tag) noexcept
+{
+  return IsRefused(size) ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
+}
+void* __wrap__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment)
+{
+  return IsRefused(size) ? throw std::bad_alloc() : __real__ZnwmSt11align_val_t(size, alignment);
+}
+void* __wrap__ZnamSt11align_val_t(std::size_t size, std::align_val_t alignment)
+{
+  return IsRefused(size) ? throw std::bad_alloc() : __real__ZnamSt11align_val_t(size, alignment);
+}
+void* __wrap__ZnwmSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow tag) noexcept
+{
+  return IsRefused(size) ? nullptr : __real__ZnwmSt11align_val_tRKSt9nothrow_t(size, alignment, tag);
+}
+void* __wrap__ZnamSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow tag) noexcept
+{
+  return IsRefused(size) ? nullptr : __real__ZnamSt11align_val_tRKSt9nothrow_t(size, alignment, tag);
+}
+}
+
+#else
 
 // The replaced functions of the language. All blocks come from malloc or aligned_alloc, so one free serves them all.
 
@@ -153,3 +220,5 @@ void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noe
 {
   std::free(block);
 }
+
+#endif

@@ -28,4 +28,7 @@ Int StopFailingAllocations() noexcept;
 /// The requests of all threads since FailAllocation or StopFailingAllocations, the refused ones too.
 Int CountAllocations() noexcept;
 
+/// The bytes of the largest of these requests.
+Int GetLargestAllocation() noexcept;
+
 }  // namespace q7z::test
