@@ -339,19 +339,19 @@ const Data* DataDictionary::Find(const DataKey& key) const noexcept
 
 Result<void> DataDictionary::Set(const DataKey& key, Data value) noexcept
 {
-  const Bool isShared = _block && _block->references.load(std::memory_order_acquire) > 1;
-  const Bool isFull = !_block || _block->count == _block->capacity;
-  const Bool isThere = FindMember(_block, key) != nullptr;
+  const Int count = GetCount();
   DataDictionary old;  // lives to the end, since key may lie in it
-  if (isShared || (isFull && !isThere))
+  DataMember* found = FindMember(_block, key);
+  const Bool isShared = _block && _block->references.load(std::memory_order_acquire) > 1;
+  if (!_block || isShared || (!found && count == _block->capacity))
   {
-    const Int count = GetCount();
-    DataBlock* const copy = CopyDictionary(_block, isThere ? count : count + count / 2 + 4);
+    DataBlock* const copy = CopyDictionary(_block, found ? count : count + count / 2 + 4);
     if (!copy)
       return Error::OutOfMemory();
     old._block = std::exchange(_block, copy);
+    found = FindMember(_block, key);
   }
-  if (DataMember* const found = FindMember(_block, key))
+  if (found)
     found->value = std::move(value);
   else
     AppendMember(*_block, DataMember{key, std::move(value)});
@@ -433,7 +433,8 @@ Data::Data(Data&& other) noexcept : _int(0)
 Data& Data::operator=(Data other) noexcept
 {
   this->~Data();
-  return *::new (this) Data(std::move(other));
+  ::new (this) Data(std::move(other));
+  return *this;
 }
 
 Data::~Data()
