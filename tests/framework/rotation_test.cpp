@@ -68,6 +68,8 @@ struct AnglesCase
 const AnglesCase kAnglesCases[] = {
   {"Identity", {}, {0, 0, 0}},
   {"Heading90", {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}, {kHalf, 0, 0}},
+  {"Heading45", {{}, {kRoot, 0, kRoot}, {0, 1, 0}, {-kRoot, 0, kRoot}}, {kPi / 4, 0, 0}},
+  {"Heading315", {{}, {kRoot, 0, -kRoot}, {0, 1, 0}, {kRoot, 0, kRoot}}, {7 * kPi / 4, 0, 0}},
   {"Heading180", {{}, {-1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {kPi, 0, 0}},
   {"Heading270", {{}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}}, {3 * kHalf, 0, 0}},
   {"Pitch45", {{}, {1, 0, 0}, {0, kRoot, -kRoot}, {0, kRoot, kRoot}}, {0, kPi / 4, 0}},
