@@ -77,7 +77,7 @@ public:
   {
     if (count <= 0)
       return {};
-    if (count > INT64_MAX - _count)
+    if (count > INT64_MAX / static_cast<Int>(sizeof(T)) - _count)
       return Error::OutOfMemory();
     RETURN_IF_ERROR(Grow(_count + count));
     std::memcpy(static_cast<void*>(_elements + _count), values, static_cast<size_t>(count) * sizeof(T));
