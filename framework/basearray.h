@@ -77,7 +77,8 @@ public:
   {
     if (count <= 0)
       return {};
-    if (count > INT64_MAX / static_cast<Int>(sizeof(T)) - _count)
+    constexpr Int kMost = INT64_MAX / static_cast<Int>(sizeof(T));
+    if (count > kMost || _count > kMost - count)
       return Error::OutOfMemory();
     RETURN_IF_ERROR(Grow(_count + count));
     std::memcpy(static_cast<void*>(_elements + _count), values, static_cast<size_t>(count) * sizeof(T));
