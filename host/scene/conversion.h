@@ -9,6 +9,7 @@ namespace q7z
 {
 
 class HeadlessNode;
+class HeadlessNamedNode;
 class HeadlessDocument;
 class HeadlessObject;
 class HeadlessPolygonObject;
@@ -81,6 +82,13 @@ Q7Z_SCENE_TWINS(HostNeighbor, HeadlessNeighbor)
 Q7Z_SCENE_TWINS(HostMorph, HeadlessMorph)
 Q7Z_SCENE_TWINS(HostPointNode, HeadlessPointNode)
 Q7Z_SCENE_TWINS(HostAliasTrans, HeadlessAliasTrans)
+
+// A node of any kind that links can lead to.
+template <>
+struct HostSide<HeadlessNamedNode>
+{
+  using Type = HostNode;
+};
 
 #undef Q7Z_SCENE_PAIR
 #undef Q7Z_SCENE_TWINS

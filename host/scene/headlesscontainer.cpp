@@ -104,7 +104,7 @@ const HostValue* HeadlessContainer::Find(const HostDescId& id) const noexcept
     return nullptr;
   if (entry->value.GetKind() == HostValueKind::kLink)
   {
-    HostNode* const target = ToHost(static_cast<HeadlessNode*>(entry->link.Get()));
+    HostNode* const target = ToHost(entry->link.Get());
     if (entry->value.GetLink() != target)
       entry->value = HostValue::Link(target);
   }

@@ -15,7 +15,7 @@ constexpr Int kFewUnsorted = 64;
 
 Bool IsBefore(const PointWeight& a, const PointWeight& b) noexcept
 {
-  return a.point < b.point;
+  return a.point != b.point ? a.point < b.point : a.order < b.order;
 }
 
 }  // namespace
@@ -40,12 +40,15 @@ Bool JointWeights::Set(Int32 point, Float weight) noexcept
       return true;
     }
   }
-  if (_entries.Append({point, weight}).HasError())
+  if (count >= INT32_MAX || _entries.Append({point, weight}).HasError())
     return false;
   if (isBehind)
+  {
     ++_sortedCount;
-  else
-    _settled.store(false, std::memory_order_release);
+    return true;
+  }
+  _entries.GetLast().order = static_cast<Int32>(count - _sortedCount + 1);
+  _settled.store(false, std::memory_order_release);
   return true;
 }
 
@@ -85,15 +88,15 @@ const BaseArray<PointWeight>& JointWeights::GetSorted() const noexcept
 
 void JointWeights::SettleLocked() const noexcept
 {
-  // Both steps keep equal points in the order of their setting, and do without memory when there is none.
-  std::stable_sort(_entries.begin() + _sortedCount, _entries.end(), IsBefore);
-  std::inplace_merge(_entries.begin(), _entries.begin() + _sortedCount, _entries.end(), IsBefore);
+  std::sort(_entries.begin(), _entries.end(), IsBefore);  // in place, since this must not fail
   Int kept = 0;
   for (Int i = 0; i < _entries.GetCount(); ++i)
   {
+    // Of several weights of a point the one that was set last counts.
     if (i + 1 < _entries.GetCount() && _entries[i + 1].point == _entries[i].point)
       continue;
-    _entries[kept++] = _entries[i];
+    _entries[kept] = _entries[i];
+    _entries[kept++].order = 0;
   }
   _entries.Truncate(kept);
   _sortedCount = kept;

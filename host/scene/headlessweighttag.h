@@ -12,8 +12,15 @@ namespace q7z
 struct PointWeight
 {
   Int32 point = 0;
+  Int32 order = 0;  ///< of setting, among the weights that are not sorted yet; 0 for those that are
   Float weight = 0;
-  friend Bool operator==(const PointWeight&, const PointWeight&) noexcept = default;
+
+  constexpr PointWeight() noexcept = default;
+  constexpr PointWeight(Int32 thePoint, Float theWeight) noexcept : point(thePoint), weight(theWeight) {}
+  friend Bool operator==(const PointWeight& a, const PointWeight& b) noexcept
+  {
+    return a.point == b.point && a.weight == b.weight;
+  }
 };
 
 /// The weights of one joint. Weights set in rising order of points are appended; others wait unsorted behind them until somebody

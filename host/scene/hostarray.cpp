@@ -47,9 +47,11 @@ void* MapLargePages(Int byteCount) noexcept
 
 ArrayBlock* AllocateMapped(Int byteCount) noexcept
 {
+  if (byteCount > kMaximumBytes)
+    return nullptr;
   const Int wanted = byteCount + static_cast<Int>(sizeof(ArrayBlock));
   const Int rounded = (wanted + kLargePageBytes - 1) / kLargePageBytes * kLargePageBytes;
-  if (byteCount > kMaximumBytes || !IsGranted(rounded))
+  if (!IsGranted(rounded))
     return nullptr;
   void* const memory = MapLargePages(rounded);
   if (!memory)
@@ -64,7 +66,8 @@ ArrayBlock* AllocateMapped(Int byteCount) noexcept
 
 ArrayBlock* AllocatePlain(Int byteCount) noexcept
 {
-  void* const memory = AllocateMemory(byteCount + static_cast<Int>(sizeof(ArrayBlock)));
+  Int total = 0;
+  void* const memory = CheckedAdd(byteCount, sizeof(ArrayBlock), total) ? AllocateMemory(total) : nullptr;
   if (!memory)
     return nullptr;
   ArrayBlock* const block = ::new (memory) ArrayBlock;

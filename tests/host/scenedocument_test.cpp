@@ -1,0 +1,560 @@
+// Documents: defaults, parameters and containers, takes, layers, materials, units, copies of documents and objects.
+
+#include "framework/result.h"
+#include "host/scene/headlessalias.h"
+#include "host/scene/headlesstag.h"
+#include "host/scene/headlesstrack.h"
+#include "host/scene/headlessweighttag.h"
+#include "tests/host/scenefixture.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+class SceneDocument : public SceneTest
+{
+protected:
+  static HostValue Parameter(const HostNode* node, const HostDescId& id)
+  {
+    HostValue value;
+    node->GetParameter(id, value);
+    return value;
+  }
+};
+
+TEST_F(SceneDocument, NewOneHasTheDefaults)
+{
+  EXPECT_EQ(Parameter(Document(), 1001), HostValue(Int32(30)));
+  EXPECT_EQ(Parameter(Document(), 1002).GetTime(), (HostTime{0, 1}));
+  EXPECT_EQ(Parameter(Document(), 1003).GetTime(), (HostTime{3, 1}));
+  EXPECT_EQ(Parameter(Document(), 1004).GetTime(), (HostTime{0, 1}));
+  EXPECT_EQ(Parameter(Document(), 1005).GetTime(), (HostTime{3, 1}));
+  EXPECT_TRUE(Parameter(Document(), 2000).IsNil());
+  HostUnitScale unit{7, 7};
+  EXPECT_TRUE(Document()->GetSettings()->GetUnit(kDocumentUnitSetting, unit));
+  EXPECT_EQ(unit, (HostUnitScale{1, 3}));
+  EXPECT_EQ(Document()->GetActiveRenderData()->GetInt32(5008), 1280);
+  EXPECT_EQ(Document()->GetActiveRenderData()->GetInt32(5009), 720);
+  EXPECT_EQ(Document()->GetFirstObject(), nullptr);
+  EXPECT_EQ(Text(Document()->GetTakeData()->GetMainTake()->GetName()), "Main");
+  EXPECT_EQ(Document()->GetTime(), (HostTime{0, 1}));
+}
+
+TEST_F(SceneDocument, NodeSpaceComesFromTheHostThenTheDocument)
+{
+  EXPECT_EQ(Text(HostGetActiveNodeSpace()), "com.brenmoor3d.brenmoor4q7z.class.nodespace");
+  ASSERT_TRUE(Scene().SetNodeSpace("other.space"_s));
+  EXPECT_EQ(Text(HostGetActiveNodeSpace()), "other.space");
+  _state.nodeSpace = "given"_s;
+  EXPECT_EQ(Text(HostGetActiveNodeSpace()), "given");
+  _state.nodeSpace = {};
+  _state.activeDocument = nullptr;
+  EXPECT_EQ(Text(HostGetActiveNodeSpace()), "com.brenmoor3d.brenmoor4q7z.class.nodespace");
+}
+
+// Units.
+
+struct UnitRow
+{
+  const char* name;
+  HostUnitScale from;
+  HostUnitScale to;
+  Float factor;
+};
+
+class SceneUnit : public SceneTest, public testing::WithParamInterface<UnitRow>
+{};
+
+TEST_P(SceneUnit, ConvertsBy)
+{
+  EXPECT_DOUBLE_EQ(HostUnitConversionFactor(GetParam().from, GetParam().to), GetParam().factor);
+}
+
+const UnitRow kUnits[] = {
+  {"CentimetreToMetre", {1, 3}, {1, 2}, 0.01},
+  {"MetreToCentimetre", {1, 2}, {1, 3}, 100},
+  {"Kilometre", {1, 1}, {1, 2}, 1000},
+  {"Millimetre", {1, 4}, {1, 2}, 0.001},
+  {"Micrometre", {1, 5}, {1, 2}, 0.000001},
+  {"Nanometre", {1, 6}, {1, 2}, 0.000000001},
+  {"Mile", {1, 7}, {1, 8}, 1760},
+  {"Yard", {1, 8}, {1, 9}, 3},
+  {"Foot", {1, 9}, {1, 10}, 12},
+  {"Inch", {1, 10}, {1, 4}, 25.4},
+  {"Factors", {5, 3}, {2, 3}, 2.5},
+  {"SameUnit", {2.5, 3}, {2.5, 3}, 1},
+  {"CodeTooSmall", {1, 0}, {1, 2}, 1},
+  {"CodeTooLarge", {1, 3}, {1, 11}, 1},
+  {"NoFactor", {0, 3}, {1, 2}, 1},
+  {"NegativeFactor", {1, 3}, {-1, 2}, 1},
+  {"FactorThatIsNoNumber", {NAN, 3}, {1, 2}, 1},
+  {"FactorWithoutEnd", {1, 3}, {INFINITY, 2}, 1},
+  {"OutOfReach", {1e300, 1}, {1e-300, 6}, 1},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SceneUnit, testing::ValuesIn(kUnits), RowName());
+
+// Parameters and containers.
+
+TEST_F(SceneDocument, ParametersReadBackAsSet)
+{
+  HostObject* const object = Add("a");
+  const std::pair<HostDescId, HostValue> values[] = {
+    {929, HostValue(Int32(1))},
+    {1, HostValue(Int32(-16))},
+    {2, HostValue(Int32(5000))},
+    {3, HostValue(true)},
+    {4, HostValue(0.5)},
+    {5, HostValue("text"_s)},
+    {6, HostValue(HostTime{1, 30})},
+    {7, HostValue(Vector{1, 2, 3})},
+    {8, HostValue(Vector4{1, 2, 3, 4})},
+    {9, HostValue(HostUnitScale{2, 4})},
+    {{10, 20}, HostValue(7.0)},
+    {HostDescId({10, 0, 0}, {20, 0, 0}, {30, 0, 0}), HostValue(8.0)},
+    {10, HostValue(9.0)},
+    {11, HostValue::Link(object)},
+    {0, HostValue(Int(127))},
+  };
+  for (const auto& [id, value] : values)
+    EXPECT_TRUE(object->SetParameter(id, value));
+  for (const auto& [id, value] : values)
+    EXPECT_EQ(Parameter(object, id), value) << id[0].id;
+  const HeadlessContainer& kept = ToHeadless(object)->GetParameters();
+  ASSERT_EQ(kept.GetCount(), 15);
+  for (Int i = 1; i < kept.GetCount(); ++i)
+    EXPECT_TRUE(kept.GetEntry(i - 1).id < kept.GetEntry(i).id);
+  EXPECT_EQ(*kept.GetEntry(14).value, HostValue(Int32(1)));
+  HostValue untouched(1.5);
+  EXPECT_FALSE(object->GetParameter(12, untouched));
+  EXPECT_EQ(untouched, HostValue(1.5));
+}
+
+TEST_F(SceneDocument, ParametersAreReplacedAndErased)
+{
+  HostObject* const object = Add("a");
+  // From one small number to another, to another kind, back, and away.
+  for (const HostValue& value : {HostValue(Int32(1)), HostValue(Int32(2)), HostValue(0.5), HostValue(Int32(3))})
+  {
+    ASSERT_TRUE(object->SetParameter(929, value));
+    EXPECT_EQ(Parameter(object, 929), value);
+    EXPECT_EQ(ToHeadless(object)->GetParameters().GetCount(), 1);
+  }
+  EXPECT_TRUE(object->SetParameter(929, HostValue()));
+  EXPECT_EQ(ToHeadless(object)->GetParameters().GetCount(), 0);
+  object->GetContainer()->Set(3, HostValue(Int32(4)));
+  object->GetContainer()->Erase(3);
+  object->GetContainer()->Erase(3);
+  EXPECT_EQ(object->GetContainer()->Find(3), nullptr);
+  EXPECT_FALSE(object->SetParameter(HostDescId(), HostValue(1.0)));
+}
+
+TEST_F(SceneDocument, ComponentsOfAnyVectorAreParameters)
+{
+  HostObject* const object = Add("a");
+  ASSERT_TRUE(object->SetParameter(2100, HostValue(Vector{1, 2, 3})));
+  EXPECT_EQ(Parameter(object, {2100, 1002}), HostValue(3.0));
+  ASSERT_TRUE(object->SetParameter({2100, 1000}, HostValue(Int32(9))));
+  EXPECT_EQ(Parameter(object, 2100), HostValue(Vector{9, 2, 3}));
+  EXPECT_FALSE(object->SetParameter({2100, 1000}, HostValue("no"_s)));
+}
+
+TEST_F(SceneDocument, ContainerShowsTheParameters)
+{
+  HostObject* const camera = Add("c", nullptr, kCameraObjectType);
+  ASSERT_TRUE(camera->SetParameter(1123, HostValue(true)));
+  EXPECT_TRUE(camera->GetContainer()->GetBool(1123));
+  ASSERT_TRUE(camera->GetContainer()->Set(1122, HostValue(0.5)));
+  EXPECT_EQ(Parameter(camera, 1122), HostValue(0.5));
+}
+
+TEST_F(SceneDocument, ContainersNest)
+{
+  HostContainer* const outer = Add("a")->GetContainer();
+  EXPECT_EQ(outer->GetContainer(1059496), nullptr);
+  HostContainer* const inner = outer->GetContainer(1059496, true);
+  ASSERT_NE(inner, nullptr);
+  ASSERT_TRUE(inner->Set(0, HostValue(true)));
+  for (Int32 i = 1; i < 20; ++i)
+    outer->Set(i, HostValue(0.5 * i));  // moves the entries about
+  EXPECT_EQ(outer->GetContainer(1059496), inner);
+  EXPECT_TRUE(inner->GetBool(0));
+  EXPECT_FALSE(inner->GetBool(1));
+  EXPECT_EQ(outer->Find(1059496), nullptr) << "is no value";
+  ASSERT_TRUE(outer->Set(1059496, HostValue(Int32(1)))) << "gives way to one";
+  EXPECT_EQ(outer->GetContainer(1059496), nullptr);
+  EXPECT_EQ(outer->GetInt32(1059496), 1);
+}
+
+TEST_F(SceneDocument, TextsAreCopiedIn)
+{
+  char text[] = "before";
+  const String borrowed(text, 6);  // as if it lay in a library that goes
+  HostObject* const object = Add("x");
+  ASSERT_TRUE(object->SetName(borrowed));
+  ASSERT_TRUE(object->SetParameter(5, HostValue(borrowed)));
+  HostTake* const take = Document()->GetTakeData()->AddTake(borrowed);
+  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
+  Document()->InsertMaterial(material);
+  HostMaterialExchangeData record;
+  record.materialTypeId = borrowed;
+  ASSERT_FALSE(record.parameters.Set(borrowed, {Data(borrowed), true}).HasError());
+  ASSERT_TRUE(ToHeadless(material)->SetRecord(borrowed, record));
+  std::copy_n("behind", 6, text);
+
+  EXPECT_EQ(Text(object->GetName()), "before");
+  EXPECT_EQ(Text(Parameter(object, 5).GetString()), "before");
+  EXPECT_EQ(Text(take->GetName()), "before");
+  const NodeMaterialRecord& kept = *ToHeadless(material)->GetRecord();
+  EXPECT_EQ(Text(kept.space), "before");
+  EXPECT_EQ(Text(kept.data.materialTypeId), "before");
+  const HostExchangeParameter* const parameter = kept.data.parameters.Find("before"_s);
+  ASSERT_NE(parameter, nullptr);
+  EXPECT_EQ(parameter->value, Data("before"_s));
+}
+
+TEST_F(SceneDocument, PluginInstanceIsANodeToo)
+{
+  HeadlessNode instance(1060210);
+  HostNode* const node = ToHost(&instance);
+  EXPECT_EQ(node->GetType(), 1060210);
+  EXPECT_TRUE(node->GetContainer()->Set(10, HostValue(true)));
+  EXPECT_TRUE(Parameter(node, 10).GetBool());
+  EXPECT_EQ(node->GetDocument(), nullptr);
+  EXPECT_FALSE(node->SetName("n"_s));
+  EXPECT_FALSE(Add("a")->SetParameter(1, HostValue::Link(node))) << "links cannot lead to it";
+}
+
+// Takes and layers.
+
+TEST_F(SceneDocument, TakesStandInOrderBehindTheMainOne)
+{
+  HostTakeData* const takes = Document()->GetTakeData();
+  HostTake* const first = takes->AddTake("first"_s);
+  HostTake* const second = takes->AddTake("second"_s);
+  const HeadlessTakeData& kept = Scene().GetTakeData();
+  ASSERT_EQ(kept.GetTakeCount(), 3);
+  EXPECT_TRUE(kept.GetTake(0)->IsMain());
+  EXPECT_EQ(ToHost(kept.GetTake(1)), first);
+  EXPECT_EQ(ToHost(kept.GetTake(2)), second);
+  EXPECT_EQ(ToHost(kept.GetCurrentTake()), takes->GetMainTake());
+  takes->SetCurrentTake(second);
+  EXPECT_EQ(ToHost(kept.GetCurrentTake()), second);
+  HeadlessOwner<HeadlessDocument> other(HeadlessDocument::Create());
+  takes->SetCurrentTake(ToHost(other->GetTakeData().GetMainTake()));
+  EXPECT_EQ(ToHost(kept.GetCurrentTake()), second) << "not of this document";
+}
+
+TEST_F(SceneDocument, OverridesAreOnePerNodeWithTheirFirstValue)
+{
+  HostTakeData* const takes = Document()->GetTakeData();
+  HostTake* const take = takes->AddTake("t"_s);
+  HostObject* const a = Add("a");
+  HostObject* const b = Add("b");
+  const HostDescId x(kPositionParameter, kComponentX);
+  const HostDescId y(kPositionParameter, kComponentY);
+  HostOverride* const over = take->FindOrAddOverride(takes, a, x, HostValue(1.0));
+  ASSERT_NE(over, nullptr);
+  EXPECT_EQ(take->FindOrAddOverride(takes, a, x, HostValue(2.0)), over);
+  EXPECT_EQ(take->FindOrAddOverride(takes, a, y, HostValue(3.0)), over);
+  EXPECT_NE(take->FindOrAddOverride(takes, b, x, HostValue(4.0)), over);
+  EXPECT_EQ(takes->GetMainTake()->FindOrAddOverride(takes, a, x, HostValue(1.0)), nullptr);
+
+  EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 2);
+  EXPECT_EQ(ToHost(ToHeadless(over)->GetTarget()), a);
+  EXPECT_EQ(*ToHeadless(over)->GetParameters().Find(x), HostValue(1.0)) << "the first stays";
+  EXPECT_EQ(*ToHeadless(over)->GetParameters().Find(y), HostValue(3.0));
+  EXPECT_EQ(a->GetRelativePosition(), Vector()) << "the object itself is untouched";
+
+  HostTrack* const track = HostTrack::Alloc(a, x);
+  track->InsertInto(over);
+  over->Update(takes, x);
+  EXPECT_EQ(HostTrack::Find(over, x), track);
+  EXPECT_EQ(HostTrack::Find(a, x), nullptr);
+}
+
+TEST_F(SceneDocument, OverrideOfAFreedNodeIsNotFoundForTheNextOne)
+{
+  HostTakeData* const takes = Document()->GetTakeData();
+  HostTake* const take = takes->AddTake("t"_s);
+  for (int i = 0; i < 50; ++i)  // some of these stand where a freed one stood
+  {
+    HostObject* const object = HostAllocObject(kNullObjectType);
+    HostOverride* const over = take->FindOrAddOverride(takes, object, HostDescId(1), HostValue(Int32(i)));
+    EXPECT_EQ(ToHost(ToHeadless(over)->GetTarget()), object);
+    EXPECT_EQ(over->GetContainer()->GetInt32(1), i);
+    HostNode::Free(object);
+  }
+  EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 50);
+}
+
+TEST_F(SceneDocument, LayersStandUnderTheRoot)
+{
+  HostLayer* const root = Document()->GetLayerRoot();
+  HostLayer* const layer = root->Add();
+  ASSERT_NE(layer, nullptr);
+  EXPECT_TRUE(layer->SetName("L"_s));
+  EXPECT_EQ(layer->Add(), nullptr) << "only the root holds layers";
+  HostObject* const object = Add("a");
+  EXPECT_TRUE(object->SetLayer(layer));
+  EXPECT_EQ(ToHost(ToHeadless(object)->GetLayer()), layer);
+  EXPECT_TRUE(object->SetLayer(nullptr));
+  EXPECT_EQ(ToHeadless(object)->GetLayer(), nullptr);
+}
+
+// Materials.
+
+TEST_F(SceneDocument, MaterialsStandInTheOrderOfInsertion)
+{
+  HostMaterial* materials[3];
+  for (HostMaterial*& material : materials)
+  {
+    material = HostMaterial::Alloc(kMaterialType);
+    Document()->InsertMaterial(material);
+  }
+  HeadlessNode::Free(nullptr);
+  ToHeadless(materials[1])->Remove();
+  EXPECT_EQ(materials[1]->GetDocument(), nullptr);
+  Document()->InsertMaterial(materials[1]);
+  const HeadlessMaterial* const first = Scene().GetFirstMaterial();
+  EXPECT_EQ(ToHost(first), materials[0]);
+  EXPECT_EQ(ToHost(first->GetNext()), materials[2]);
+  EXPECT_EQ(ToHost(first->GetNext()->GetNext()), materials[1]);
+  EXPECT_EQ(materials[1]->GetDocument(), Document());
+}
+
+HeadlessShader* MakeShader(const char* file)
+{
+  HeadlessShader* const shader = HeadlessShader::Create();
+  shader->SetParameter(1002, HostValue(Text(std::string(file))));
+  return shader;
+}
+
+TEST_F(SceneDocument, ClassicMaterialHasChannelsAndLayers)
+{
+  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
+  Document()->InsertMaterial(material);
+  HeadlessMaterial& kept = *ToHeadless(material);
+  ASSERT_TRUE(kept.SetChannelShader(6, MakeShader("normal.png")));
+  ASSERT_TRUE(kept.SetChannelOn(6, true));
+  ASSERT_TRUE(kept.SetChannelShader(0, MakeShader("old.png")));
+  ASSERT_TRUE(kept.SetChannelShader(0, MakeShader("color.png")));
+  ASSERT_TRUE(kept.AddLayer(526336));
+  ASSERT_TRUE(kept.SetLayerShader(0, 67, MakeShader("layer.png")));
+  ASSERT_TRUE(kept.SetLayerShader(0, 40, MakeShader("rough.png")));
+  EXPECT_FALSE(kept.SetLayerShader(1, 40, MakeShader("lost.png")));
+
+  EXPECT_FALSE(material->IsNodeBased());
+  EXPECT_TRUE(material->GetChannelState(6));
+  EXPECT_FALSE(material->GetChannelState(0));
+  EXPECT_FALSE(material->GetChannelState(99));
+  EXPECT_EQ(_tables.material->GetChannelShader(material, 99), nullptr);
+  HostMaterialTable& table = *_tables.material;
+  EXPECT_EQ(table.GetReflectanceLayerId(material, 0), 526336);
+  EXPECT_EQ(table.GetReflectanceLayerId(material, 1), 0);
+  EXPECT_EQ(table.GetReflectanceLayerId(material, -1), 0);
+  const auto fileOf = [&](const HostShader* shader)
+  { return shader ? Text(table.ResolveShaderFile(shader, Document()).GetPath()) : std::string("none"); };
+  EXPECT_EQ(fileOf(table.GetChannelShader(material, 0)), "color.png");
+  EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336 + 67)), "layer.png");
+  EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336 + 40)), "rough.png");
+  EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336)), "none");
+}
+
+struct ShaderFileRow
+{
+  const char* name;
+  const char* folder;
+  const char* file;
+  const char* path;
+};
+
+class SceneShaderFile : public SceneTest, public testing::WithParamInterface<ShaderFileRow>
+{};
+
+TEST_P(SceneShaderFile, IsResolvedAgainstTheDocument)
+{
+  ASSERT_TRUE(Scene().SetFolder(Text(std::string(GetParam().folder))));
+  HeadlessOwner<HeadlessShader> shader(MakeShader(GetParam().file));
+  EXPECT_EQ(Text(_tables.material->ResolveShaderFile(ToHost(shader.get()), Document()).GetPath()), GetParam().path);
+}
+
+const ShaderFileRow kShaderFiles[] = {
+  {"Relative", "/scenes/a", "tex/b.png", "/scenes/a/tex/b.png"},
+  {"FolderWithSlash", "/scenes/", "b.png", "/scenes/b.png"},
+  {"RootFolder", "/", "b.png", "/b.png"},
+  {"CurrentFolder", "", "b.png", "b.png"},
+  {"Absolute", "/scenes", "/x/b.png", "/x/b.png"},
+  {"AbsoluteWithDrive", "/scenes", "C:/x/b.png", "C:/x/b.png"},
+  {"None", "/scenes", "", ""},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SceneShaderFile, testing::ValuesIn(kShaderFiles), RowName());
+
+// Copies.
+
+class SceneClone : public SceneDocument
+{
+protected:
+  void TearDown() override { _copy.reset(); }
+  HeadlessDocument& Clone()
+  {
+    _copy.reset(ToHeadless(Document()->Clone(0)));
+    return *_copy;
+  }
+  HeadlessOwner<HeadlessDocument> _copy;
+};
+
+TEST_F(SceneClone, DocumentKeepsItsLinksInside)
+{
+  HostObject* const mesh = Add("mesh", nullptr, kPolygonObjectType);
+  HostObject* const joint = Add("joint", mesh, kJointObjectType);
+  HostObject* const instance = Add("instance", joint, kInstanceObjectType);
+  HostObject* const kept = Add("kept");
+  HostInsertUnder(kept, nullptr);
+  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
+  Document()->InsertMaterial(material);
+  HostLayer* const layer = Document()->GetLayerRoot()->Add();
+  auto* const weights = static_cast<HostWeightTag*>(mesh->MakeTag(kWeightTagType));
+  auto* const texture = static_cast<HostTextureTag*>(mesh->MakeTag(kTextureTagType));
+  HostTakeData* const takes = Document()->GetTakeData();
+  HostTake* const take = takes->AddTake("t"_s);
+  weights->AddJoint(joint);
+  texture->SetMaterial(material);
+  instance->SetReference(kept);
+  joint->SetLayer(layer);
+  texture->SetParameter(1, HostValue::Link(weights));
+  Document()->GetSettings()->Set(1, HostValue::Link(mesh));
+  take->FindOrAddOverride(takes, joint, HostDescId(1), HostValue::Link(mesh));
+  takes->SetCurrentTake(take);
+
+  HeadlessDocument& copy = Clone();
+  HeadlessObject* const meshCopy = copy.GetFirstObject();
+  HeadlessObject* const jointCopy = meshCopy->GetDown();
+  EXPECT_NE(ToHost(meshCopy), mesh);
+  EXPECT_EQ(meshCopy->GetDocument(), &copy);
+  EXPECT_EQ(static_cast<HeadlessWeightTag*>(meshCopy->FindTag(kWeightTagType))->GetJoint(0), jointCopy);
+  auto* const textureCopy = static_cast<HeadlessTextureTag*>(meshCopy->FindTag(kTextureTagType));
+  EXPECT_EQ(textureCopy->GetMaterial(), copy.GetFirstMaterial());
+  EXPECT_EQ(textureCopy->GetParameters().Find(1)->GetLink(), ToHost(meshCopy->GetFirstTag()));
+  EXPECT_EQ(jointCopy->GetDown()->GetReference(), copy.GetFirstKept());
+  EXPECT_NE(ToHost(copy.GetFirstKept()), kept);
+  EXPECT_EQ(jointCopy->GetLayer(), copy.GetLayerRoot().GetLayer(0));
+  EXPECT_EQ(copy.GetSettings().Find(1)->GetLink(), ToHost(meshCopy));
+  HeadlessTake* const takeCopy = copy.GetTakeData().GetCurrentTake();
+  ASSERT_EQ(takeCopy, copy.GetTakeData().GetTake(1));
+  EXPECT_EQ(takeCopy->FindOverride(jointCopy), takeCopy->GetOverride(0));
+  EXPECT_EQ(takeCopy->GetOverride(0)->GetParameters().Find(1)->GetLink(), ToHost(meshCopy));
+}
+
+TEST_F(SceneClone, DocumentIsWholeAndOutlivesItsSource)
+{
+  HostObject* const a = Add("a");
+  HostObject* const b = Add("b", a);
+  Add("c", a);
+  Add("d", b);
+  Add("e");
+  HostMatrix matrix;
+  matrix.offset = {1, 2, 3};
+  matrix.axisY = {1, 1, 1};
+  b->SetLocalMatrix(matrix);
+  b->SetVisibility(kRenderVisibility, 1);
+  b->SetParameter(929, HostValue(Int32(1)));
+  b->SetParameter({903, 5}, HostValue("deep"_s));
+  HostTrack* const track = HostTrack::Alloc(b, HostDescId(903, 1000));
+  track->InsertInto(b);
+  track->GetCurve(true)->AddKey({1, 2})->SetValue(nullptr, 6);
+  Document()->SetParameter(2000, HostValue("made by"_s));
+  Document()->SetTime({7, 30});
+  Scene().SetHasRenderData(false);
+  const std::string tree = Tree();
+
+  HeadlessDocument& copy = Clone();
+  b->SetName("changed"_s);
+  FreeDocument();
+  const HostObject* const bCopy = ToHost(copy.GetFirstObject()->GetDown());
+  EXPECT_EQ(tree, "a(b(d) c) e");
+  EXPECT_EQ(Text(bCopy->GetName()), "b");
+  EXPECT_EQ(Text(bCopy->GetNext()->GetName()), "c");
+  EXPECT_EQ(Text(bCopy->GetDown()->GetName()), "d");
+  EXPECT_EQ(Text(bCopy->GetUp()->GetNext()->GetName()), "e");
+  EXPECT_EQ(bCopy->GetLocalMatrix(), matrix);
+  EXPECT_EQ(bCopy->GetVisibility(kRenderVisibility), 1);
+  EXPECT_EQ(Parameter(bCopy, 929), HostValue(Int32(1)));
+  EXPECT_EQ(Parameter(bCopy, {903, 5}), HostValue("deep"_s));
+  EXPECT_EQ(HostTrack::Find(bCopy, HostDescId(903, 1000))->GetCurve(false)->GetKey(0)->GetValue(), 6);
+  EXPECT_EQ(HostTrack::Find(bCopy, HostDescId(903, 1000))->GetDocument(), ToHost(&copy));
+  EXPECT_EQ(Parameter(ToHost(&copy), 2000), HostValue("made by"_s));
+  EXPECT_EQ(copy.GetTime(), (HostTime{7, 30}));
+  EXPECT_EQ(copy.GetRenderData(), nullptr);
+  EXPECT_EQ(copy.GetTakeData().GetTakeCount(), 1);
+}
+
+TEST_F(SceneClone, MaterialIsCopiedWithShadersAndRecord)
+{
+  HeadlessOwner<HeadlessMaterial> material(HeadlessMaterial::Create());
+  material->SetChannelOn(0, true);
+  material->SetChannelShader(0, MakeShader("a.png"));
+  material->AddLayer(100);
+  material->SetLayerShader(0, 3, MakeShader("b.png"));
+  material->SetParameter(2100, HostValue(Vector{1, 0, 0}));
+  HeadlessOwner<HeadlessMaterial> copy(material->Clone());
+  material.reset();
+  ASSERT_NE(copy->FindChannel(0)->shader, nullptr);
+  EXPECT_TRUE(copy->FindChannel(0)->on);
+  EXPECT_EQ(*copy->FindChannel(0)->shader->GetParameters().Find(1002), HostValue("a.png"_s));
+  EXPECT_EQ(*copy->FindLayerShader(103)->GetParameters().Find(1002), HostValue("b.png"_s));
+  EXPECT_EQ(*copy->GetParameters().Find(2100), HostValue(Vector{1, 0, 0}));
+
+  HostMaterialExchangeData record;
+  record.materialTypeId = "type"_s;
+  ASSERT_FALSE(record.textures.Set("t"_s, {Url::FromPath("/x/y.png"_s).GetValue(), nullptr}).HasError());
+  ASSERT_TRUE(copy->SetRecord("space"_s, record));
+  HeadlessOwner<HeadlessMaterial> node(copy->Clone());
+  EXPECT_TRUE(node->IsNodeBased());
+  EXPECT_EQ(Text(node->GetRecord()->data.textures.Find("t"_s)->url.GetPath()), "/x/y.png");
+}
+
+TEST_F(SceneClone, ObjectCloneLeavesLinksUnlessTranslated)
+{
+  HostObject* const outside = Add("outside");
+  HostObject* const root = Add("root", nullptr, kInstanceObjectType);
+  HostObject* const inner = Add("inner", root, kInstanceObjectType);
+  root->SetReference(inner);
+  inner->SetReference(outside);
+
+  HostOwner<HostObject> plain(root->Clone());
+  EXPECT_EQ(plain->GetReference(), inner);
+  EXPECT_EQ(plain->GetDocument(), nullptr);
+  EXPECT_EQ(plain->GetNext(), nullptr);
+
+  HostAliasTrans* const trans = HostAliasTrans::Alloc();
+  ASSERT_TRUE(trans->Init(Document()));
+  HostOwner<HostObject> mapped(root->Clone(trans));
+  HostOwner<HostObject> gone(root->Clone(trans));
+  gone.reset();
+  HostOwner<HostObject> last(root->Clone(trans));
+  trans->Translate();
+  HostAliasTrans::Free(trans);
+  EXPECT_EQ(last->GetReference(), last->GetDown()) << "the latest clone counts";
+  EXPECT_EQ(last->GetDown()->GetReference(), outside) << "not in the set";
+  EXPECT_EQ(mapped->GetReference(), last->GetDown());
+}
+
+TEST_F(SceneClone, DeepTreeIsClonedWithoutRecursion)
+{
+  HostObject* deepest = Add("root");
+  for (int i = 0; i < 100000; ++i)
+  {
+    HostObject* const object = HostAllocObject(kNullObjectType);
+    object->InsertUnder(deepest);
+    deepest = object;
+  }
+  Int count = 0;
+  for (const HeadlessObject* object = Clone().GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
+    ++count;
+  EXPECT_EQ(count, 100001);
+}
+
+}  // namespace
+}  // namespace q7z::test

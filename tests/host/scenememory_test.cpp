@@ -1,0 +1,295 @@
+// Memory that runs out: every request of each operation fails once, and each time the operation says so and nothing is left over
+// or half changed.
+
+#include <atomic>
+#include <functional>
+
+#include "host/scene/headlessalias.h"
+#include "host/scene/headlesstag.h"
+#include "host/scene/headlesstrack.h"
+#include "tests/host/scenefixture.h"
+#include "tests/support/failingmemory.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+/// Lets the first, second, ... request of work fail until it runs through. work tells whether it succeeded.
+void Sweep(const std::function<Bool()>& work, const std::function<void()>& checkFailed = {})
+{
+  constexpr Int kMostRequests = 2000;
+  for (Int failAt = 1; failAt < kMostRequests; ++failAt)
+  {
+    FailAllocation(failAt);
+    const Bool succeeded = work();
+    if (StopFailingAllocations() == 0)
+    {
+      EXPECT_TRUE(succeeded);
+      EXPECT_GT(failAt, 1) << "work asked for no memory";
+      return;
+    }
+    EXPECT_FALSE(succeeded) << "request " << failAt;
+    if (checkFailed)
+      checkFailed();
+  }
+  FAIL() << "no end of requests";
+}
+
+class SceneMemory : public SceneTest
+{};
+
+struct MakerRow
+{
+  const char* name;
+  HostNode* (*make)();
+};
+
+class SceneMaker : public SceneTest, public testing::WithParamInterface<MakerRow>
+{};
+
+TEST_P(SceneMaker, AnswersNullWithoutMemory)
+{
+  Sweep(
+    []
+    {
+      HostOwner<HostNode> node(GetParam().make());
+      return node != nullptr;
+    });
+}
+
+const MakerRow kMakers[] = {
+  {"Object", [] { return static_cast<HostNode*>(HostAllocObject(kNullObjectType)); }},
+  {"PolygonObject", [] { return static_cast<HostNode*>(HostPolygonObject::Alloc(3, 1)); }},
+  {"Tag", [] { return static_cast<HostNode*>(HostTag::Alloc(kTextureTagType)); }},
+  {"NormalTag", [] { return static_cast<HostNode*>(HostTag::Alloc(kNormalTagType, 2)); }},
+  {"ColorTag", [] { return static_cast<HostNode*>(HostTag::Alloc(kVertexColorTagType, 2)); }},
+  {"Material", [] { return static_cast<HostNode*>(HostMaterial::Alloc(kMaterialType)); }},
+  {"Document", [] { return ToHost(static_cast<HeadlessNode*>(HeadlessDocument::Create())); }},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SceneMaker, testing::ValuesIn(kMakers), RowName());
+
+TEST_F(SceneMemory, NamesAndParametersStayAsTheyWere)
+{
+  HostObject* const object = Add("before");
+  ASSERT_TRUE(object->SetParameter(5, HostValue("before"_s)));
+  Sweep([&] { return object->SetName("after"_s); }, [&] { EXPECT_EQ(Text(object->GetName()), "before"); });
+  Sweep([&] { return object->SetParameter(5, HostValue("after"_s)); },
+        [&]
+        {
+          HostValue value;
+          EXPECT_TRUE(object->GetParameter(5, value));
+          EXPECT_EQ(Text(value.GetString()), "before");
+        });
+  HostObject* const target = Add("target");
+  Sweep([&] { return object->SetParameter(6, HostValue::Link(target)); },
+        [&] { EXPECT_EQ(object->GetContainer()->Find(6), nullptr); });
+  Sweep([&] { return object->GetContainer()->GetContainer(7, true) != nullptr; },
+        [&] { EXPECT_EQ(object->GetContainer()->GetContainer(7), nullptr); });
+  HostLayer* layer = nullptr;
+  Sweep([&] { return (layer = Document()->GetLayerRoot()->Add()) != nullptr; },
+        [&] { EXPECT_EQ(Scene().GetLayerRoot().GetLayerCount(), 0); });
+  Sweep([&] { return object->SetLayer(layer); }, [&] { EXPECT_EQ(ToHeadless(object)->GetLayer(), nullptr); });
+}
+
+TEST_F(SceneMemory, SharedArraysStaySharedAndUnchanged)
+{
+  HostPolygonObject* const mesh = AddMesh({{1, 1, 1}}, {{0, 0, 0, 0}});
+  HostOwner<HostPolygonObject> clone(ToPoly(mesh->Clone()));
+  Sweep([&] { return clone->GetPointsW() != nullptr; }, [&] { EXPECT_EQ(clone->GetPointsR(), mesh->GetPointsR()); });
+  EXPECT_NE(clone->GetPointsR(), mesh->GetPointsR());
+  EXPECT_EQ(clone->GetPointsR()[0], (Vector{1, 1, 1}));
+}
+
+TEST_F(SceneMemory, CornersKeepTheirPrecision)
+{
+  HostOwner<HostUvwTag> tag(static_cast<HostUvwTag*>(HostTag::Alloc(kUvwTagType, 1)));
+  Sweep([&] { return static_cast<Bool>(tag->GetHandleW(true)); }, [&] { EXPECT_NE(tag->GetHandleR().singles, nullptr); });
+  EXPECT_NE(tag->GetHandleR().doubles, nullptr);
+}
+
+TEST_F(SceneMemory, ColorsKeepTheirMode)
+{
+  HostPolygonObject* const mesh = AddMesh({{}, {}}, {{}});
+  auto* const tag = static_cast<HostVertexColorTag*>(mesh->MakeTag(kVertexColorTagType, 2));
+  Sweep([&] { return tag->SetPerPoint(false); }, [&] { EXPECT_TRUE(tag->IsPerPoint() && tag->GetHandleR().count == 2); });
+}
+
+TEST_F(SceneMemory, SelectionsStayAsTheyWere)
+{
+  HostPolygonObject* const mesh = AddMesh({{}}, {{}});
+  HostSelection* const selection = mesh->GetPolygonSelection();
+  Sweep([&] { return selection->SelectRange(3, 5); }, [&] { EXPECT_EQ(selection->GetCount(), 0); });
+}
+
+TEST_F(SceneMemory, WeightsAndMorphs)
+{
+  HostPolygonObject* const mesh = AddMesh({{}, {}}, {});
+  HostObject* const joint = Add("joint");
+  auto* const weights = static_cast<HostWeightTag*>(mesh->MakeTag(kWeightTagType));
+  Sweep([&] { return weights->AddJoint(joint) >= 0; }, [&] { EXPECT_EQ(weights->GetJointCount(), 0); });
+  Sweep([&] { return weights->SetWeight(0, 1, 1); });
+  auto* const morphs = static_cast<HostPoseMorphTag*>(mesh->MakeTag(kPoseMorphTagType));
+  Sweep([&] { return morphs->AddMorph() != nullptr; }, [&] { EXPECT_EQ(morphs->GetMorphCount(), 0); });
+  morphs->AddMorph();
+  HostPolygonObject* const target = AddMesh({{}}, {});
+  Sweep([&] { return morphs->StoreObject(morphs->GetMorph(1), Document(), target); },
+        [&] { EXPECT_EQ(morphs->GetMorph(1)->GetObject(), nullptr); });
+  Sweep([&] { return mesh->SetPhong(true, true, 1); }, [&] { EXPECT_EQ(mesh->GetTagCount(kPhongTagType), 0); });
+}
+
+TEST_F(SceneMemory, CurvesStayAsTheyWere)
+{
+  HostObject* const object = Add("a");
+  HostTrack* track = nullptr;
+  Sweep([&] { return (track = HostTrack::Alloc(object, HostDescId(903, 1000))) != nullptr; });
+  track->InsertInto(object);
+  Sweep([&] { return track->GetCurve(true) != nullptr; }, [&] { EXPECT_EQ(track->GetCurve(false), nullptr); });
+  HostCurve* const curve = track->GetCurve(true);
+  Sweep([&] { return curve->AddKey({0, 1}) != nullptr; }, [&] { EXPECT_EQ(curve->GetKeyCount(), 0); });
+  curve->GetKey(0)->SetInterpolation(curve, InterpolationMode::Spline);
+  curve->AddKey({1, 1});
+  curve->GetKey(0)->SetRightTangent(curve, {1, 3}, 6);
+  const Float middle = curve->GetValue({1, 2});
+  // Fill the room that is there, so that every key asks for memory.
+  curve->AddKey({2, 1});
+  curve->AddKey({3, 1});
+  Sweep([&] { return HostCurveAddKeyAdapted(curve, {1, 4}) != nullptr; },
+        [&]
+        {
+          EXPECT_EQ(curve->GetKeyCount(), 4);
+          EXPECT_EQ(curve->GetValue({1, 2}), middle);
+        });
+  EXPECT_NEAR(curve->GetValue({1, 2}), middle, 1e-12);
+}
+
+TEST_F(SceneMemory, TakesAndOverrides)
+{
+  HostObject* const object = Add("a");
+  HostTakeData* const takes = Document()->GetTakeData();
+  HostTake* take = nullptr;
+  Sweep([&] { return (take = takes->AddTake("t"_s)) != nullptr; }, [&] { EXPECT_EQ(Scene().GetTakeData().GetTakeCount(), 1); });
+  Sweep([&] { return take->FindOrAddOverride(takes, object, HostDescId(1), HostValue(0.5)) != nullptr; });
+  EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 1);
+}
+
+TEST_F(SceneMemory, ClonesFailWithoutATrace)
+{
+  HostPolygonObject* const mesh = AddMesh({{}, {}, {}}, {{0, 1, 2, 2}});
+  HostObject* const child = Add("child", mesh, kInstanceObjectType);
+  child->SetReference(mesh);
+  child->SetParameter(5, HostValue("text"_s));
+  child->GetContainer()->GetContainer(6, true)->Set(1, HostValue(0.5));
+  mesh->MakeTag(kNormalTagType, 1);
+  static_cast<HostPolygonSelectionTag*>(mesh->MakeTag(kPolygonSelectionTagType))->GetSelection()->SelectRange(0, 0);
+  auto* const weights = static_cast<HostWeightTag*>(mesh->MakeTag(kWeightTagType));
+  weights->AddJoint(child);
+  weights->SetWeight(0, 2, 1);
+  auto* const morphs = static_cast<HostPoseMorphTag*>(mesh->MakeTag(kPoseMorphTagType));
+  morphs->StoreObject(morphs->AddMorph(), Document(), mesh->Clone());
+  HostTrack* const track = HostTrack::Alloc(child, HostDescId(903, 1000));
+  track->InsertInto(child);
+  track->GetCurve(true)->AddKey({0, 1})->SetLeftTangent(track->GetCurve(true), {1, 3}, 1);
+  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
+  Document()->InsertMaterial(material);
+  ToHeadless(material)->SetChannelShader(0, HeadlessShader::Create());
+  ToHeadless(material)->AddLayer(100);
+  ToHeadless(material)->SetLayerShader(0, 1, HeadlessShader::Create());
+  ToHeadless(Document()->GetLayerRoot())->Add();
+  HostTakeData* const takes = Document()->GetTakeData();
+  takes->AddTake("t"_s)->FindOrAddOverride(takes, child, HostDescId(1), HostValue(0.5));
+  ASSERT_TRUE(ToHeadless(child)->SetBase({HostMatrix(), {2, 2, 2}}));
+
+  Sweep(
+    [&]
+    {
+      HostOwner<HostDocument> copy(Document()->Clone(0));
+      return copy != nullptr;
+    });
+  Sweep(
+    [&]
+    {
+      HostAliasTrans* const trans = HostAliasTrans::Alloc();
+      HostOwner<HostObject> copy(trans ? mesh->Clone(trans) : nullptr);
+      HostAliasTrans::Free(trans);
+      return copy != nullptr;
+    });
+}
+
+TEST_F(SceneMemory, NeighboursAndPhongNormals)
+{
+  HostPolygonObject* const mesh = AddMesh({{}, {}, {}}, {{0, 1, 2, 2}});
+  ASSERT_TRUE(mesh->SetPhong(true, false, 0));
+  Sweep(
+    [&]
+    {
+      HostNeighbor* const neighbor = HostNeighbor::Alloc(3, mesh->GetPolygonsR(), 1);
+      HostNeighbor::Free(neighbor);
+      return neighbor != nullptr;
+    });
+  Float numbers[12] = {};
+  HostCornerHandle target;
+  target.doubles = numbers;
+  target.polygonCount = 1;
+  Sweep([&] { return _tables.phong->ComputeNormals(mesh, target); });
+}
+
+// Big arrays pass operator new by.
+
+std::atomic<Int> g_largestMapped{0};
+
+class SceneMappedArray : public SceneTest
+{
+protected:
+  void TearDown() override { SetMappedArrayGuard(nullptr); }
+  static void RefuseAll()
+  {
+    g_largestMapped = 0;
+    SetMappedArrayGuard(
+      [](Int byteCount) noexcept -> Bool
+      {
+        g_largestMapped = std::max<Int>(g_largestMapped, byteCount);
+        return false;
+      });
+  }
+};
+
+constexpr Int32 kManyPoints = 1000000;  // 24 MB
+
+TEST_F(SceneMappedArray, RefusalIsAnsweredLikeAnyOther)
+{
+  HostOwner<HostPolygonObject> mesh(HostPolygonObject::Alloc(kManyPoints, 0));
+  ASSERT_TRUE(mesh);
+  HostOwner<HostPolygonObject> clone(ToPoly(mesh->Clone()));
+  RefuseAll();
+  EXPECT_EQ(HostPolygonObject::Alloc(kManyPoints, 0), nullptr);
+  EXPECT_GE(g_largestMapped, Int(kManyPoints) * 24);
+  EXPECT_EQ(HostPolygonObject::Alloc(0, kManyPoints), nullptr);
+  EXPECT_EQ(HostTag::Alloc(kUvwTagType, kManyPoints), nullptr);
+  EXPECT_EQ(HostTag::Alloc(kVertexColorTagType, kManyPoints), nullptr);
+  EXPECT_EQ(clone->GetPointsW(), nullptr);
+  EXPECT_EQ(clone->GetPointsR(), mesh->GetPointsR());
+  SetMappedArrayGuard(nullptr);
+  EXPECT_NE(clone->GetPointsW(), nullptr);
+}
+
+TEST_F(SceneMappedArray, SmallArraysAreNotMapped)
+{
+  RefuseAll();
+  HostOwner<HostPolygonObject> mesh(HostPolygonObject::Alloc(1000, 1000));
+  EXPECT_TRUE(mesh);
+  EXPECT_EQ(g_largestMapped, 0);
+}
+
+TEST_F(SceneMappedArray, CountsBeyondAllMemoryAreRefused)
+{
+  HostArray<Vector> array;
+  EXPECT_FALSE(array.Create(INT64_MAX / 24));
+  EXPECT_FALSE(array.Create(INT64_MAX));
+  EXPECT_FALSE(array.Create(-1));
+  EXPECT_TRUE(array.IsEmpty());
+}
+
+}  // namespace
+}  // namespace q7z::test
