@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -170,8 +171,10 @@ RunResult Process::Finish(const std::string& input)
     }
   }
   int status = 0;
-  waitpid(_id, &status, 0);
+  rusage usage = {};
+  wait4(_id, &status, 0, &usage);
   _id = -1;
+  result.peakKilobytes = usage.ru_maxrss;
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
   return result;
 }

@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,7 @@ struct RunResult
   int status = -1;
   std::string out;
   std::string err;
+  int64_t peakKilobytes = 0;  ///< the most memory that it held at once
 };
 
 struct RunSettings

@@ -1,0 +1,162 @@
+// Files that ask for more than they hold. Each runs in a process of its own, whose peak memory is measured.
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "tests/app/process.h"
+#include "tests/support/gltfbuilders.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kMeasures = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool kMeasures = false;
+#else
+constexpr bool kMeasures = true;
+#endif
+#else
+constexpr bool kMeasures = true;
+#endif
+
+/// What the program itself takes, its libraries and a small load included.
+constexpr int64_t kProgramKilobytes = 64 * 1024;
+
+std::string ToText(const Bytes& bytes)
+{
+  return std::string(bytes.begin(), bytes.end());
+}
+
+/// A triangle whose accessor of points is as given.
+std::string MakeTriangle(const std::string& pointAccessor, const std::string& indexAccessor = "", const std::string& view = "")
+{
+  const std::string uri = DataUri(Bytes(36));
+  return R"({"buffers":[{"byteLength":36,"uri":")" + uri + R"("}],"bufferViews":[)" +
+         (view.empty() ? R"({"buffer":0,"byteLength":36})" : view) + R"(],"accessors":[)" + pointAccessor +
+         (indexAccessor.empty() ? "" : "," + indexAccessor) + R"(],"meshes":[{"primitives":[{"attributes":{"POSITION":0})" +
+         (indexAccessor.empty() ? "" : R"(,"indices":1)") + R"(}]}],"nodes":[{"mesh":0}]})";
+}
+
+constexpr const char* kThreePoints = R"({"bufferView":0,"componentType":5126,"type":"VEC3","count":3})";
+constexpr const char* kNodeWarning = "The node with the index 0 could not be built.";
+
+/// Nodes of which each but the last lists the next `times` times.
+std::string MakeDoublingNodes(int count, int times)
+{
+  std::string text = R"({"nodes":[)";
+  for (int i = 0; i < count; ++i)
+  {
+    text += i ? "," : "";
+    text += R"({"children":[)";
+    for (int k = 0; i + 1 < count && k < times; ++k)
+      text += (k ? "," : "") + std::to_string(i + 1);
+    text += "]}";
+  }
+  return text + "]}";
+}
+
+std::string MakeCycle(int count)
+{
+  std::string text = R"({"scenes":[{"nodes":[0]}],"nodes":[)";
+  for (int i = 0; i < count; ++i)
+    text += (i ? "," : "") + (R"({"children":[)" + std::to_string((i + 1) % count)) + "]}";
+  return text + "]}";
+}
+
+std::string MakeBrackets(const std::string& before, int count, const std::string& behind)
+{
+  return before + std::string(static_cast<size_t>(count), '[') + std::string(static_cast<size_t>(count), ']') + behind;
+}
+
+/// peakPerByte: bytes of memory that a byte of the file may take, over what the program takes anyway.
+struct HostileRow
+{
+  std::string name;
+  std::string fileName;
+  std::function<std::string()> make;
+  int status;
+  std::string said;
+  int64_t peakPerByte;
+};
+
+class Hostile : public testing::TestWithParam<HostileRow>
+{};
+
+TEST_P(Hostile, TakesMemoryByItsSizeAlone)
+{
+  const HostileRow& row = GetParam();
+  const TempFolder folder;
+  int64_t bytes = 0;
+  {
+    const std::string text = row.make();
+    bytes = static_cast<int64_t>(text.size());
+    folder.Write(row.fileName, text);
+  }
+  const RunResult result = RunTool({"import", folder / row.fileName});
+  EXPECT_EQ(result.status, row.status) << result.err;
+  EXPECT_NE(result.err.find(row.said), std::string::npos) << result.err;
+  const int64_t bound = kProgramKilobytes + bytes * row.peakPerByte / 1024;
+  EXPECT_TRUE(!kMeasures || result.peakKilobytes < bound)
+    << result.peakKilobytes << " KiB instead of " << bound << " for " << bytes << " bytes of file";
+}
+
+const std::vector<HostileRow> kHostileRows = {
+  {"PointsThatAreNotThere", "in.gltf",
+   [] { return MakeTriangle(R"({"bufferView":0,"componentType":5126,"type":"VEC3","count":2147483647})"); }, 0, kNodeWarning, 64},
+  {"PointsBeyond32Bits", "in.gltf",
+   [] { return MakeTriangle(R"({"bufferView":0,"componentType":5126,"type":"VEC3","count":4611686018427387904})"); }, 0,
+   kNodeWarning, 64},
+  {"PointsInAViewThatIsNotThere", "in.gltf",
+   []
+   {
+     return MakeTriangle(R"({"bufferView":0,"componentType":5126,"type":"VEC3","count":715827882})", "",
+                         R"({"buffer":0,"byteLength":9223372036854775807})");
+   },
+   0, kNodeWarning, 64},
+  {"IndicesThatAreNotThere", "in.gltf",
+   [] { return MakeTriangle(kThreePoints, R"({"bufferView":0,"componentType":5121,"type":"SCALAR","count":2147483646})"); }, 0,
+   kNodeWarning, 64},
+  {"OffsetAtTheEndOfAllNumbers", "in.gltf",
+   []
+   {
+     return MakeTriangle(R"({"bufferView":0,"byteOffset":9223372036854775807,"componentType":5126,"type":"VEC3","count":3})", "",
+                         R"({"buffer":0,"byteOffset":9223372036854775807,"byteLength":36})");
+   },
+   0, kNodeWarning, 64},
+  {"BufferThatIsNotThere", "in.gltf",
+   [] { return std::string(R"({"buffers":[{"byteLength":9223372036854775807,"uri":")") + DataUri(Bytes(8)) + "\"}]}"; }, 0,
+   "This data of the file could not be decoded: ", 64},
+  {"JsonChunkOf4Gigabytes", "in.glb",
+   [] { return ToText(GlbBuilder().ChunkOfLength(GlbBuilder::kJson, 0xFFFFFFFF, ToBytes("{}")).File()); }, 1,
+   "glbFile->ReadBytes(", 64},
+  {"BinaryChunkOf4Gigabytes", "in.glb", []
+   { return ToText(GlbBuilder().PaddedJson(R"({"nodes":[{}]})").ChunkOfLength(GlbBuilder::kBin, 0xFFFFFFFC, Bytes(16)).File()); },
+   1, "glbFile->ReadBytes(", 64},
+  {"OtherChunkOf4GigabytesIsSteppedOver", "in.glb",
+   [] { return ToText(GlbBuilder().PaddedJson(R"({"nodes":[{}]})").ChunkOfLength(0x12345678, 0xFFFFFFFC, Bytes(16)).File()); }, 0,
+   "", 64},
+  {"NodesThatDouble64Times", "in.gltf", [] { return MakeDoublingNodes(64, 2); }, 4, "memory", 64},
+  {"NodesThatDouble20Times", "in.gltf", [] { return MakeDoublingNodes(21, 2); }, 4, "memory", 64},
+  {"NodesThatMultiplyBy1000", "in.gltf", [] { return MakeDoublingNodes(4, 1000); }, 4, "memory", 64},
+  {"CycleOfTwo", "in.gltf", [] { return MakeCycle(2); }, 0, kNodeWarning, 64},
+  {"CycleOfOne", "in.gltf", [] { return MakeCycle(1); }, 0, kNodeWarning, 64},
+  {"CycleOfAThousand", "in.gltf", [] { return MakeCycle(1000); }, 0, kNodeWarning, 64},
+  {"ChainOfAMillion", "in.gltf", [] { return MakeDoublingNodes(1000000, 1); }, 0, "", 64},
+  {"BracketsInAnUnknownMember", "in.gltf", [] { return MakeBrackets(R"({"extras":)", 100000, "}"); }, 1, "JSON file couldn't",
+   64},
+  {"BracketsAlone", "in.gltf", [] { return MakeBrackets("", 100000, ""); }, 1, "JSON file couldn't be read", 64},
+  {"BracketsThatDoNotClose", "in.gltf", [] { return std::string(1000000, '['); }, 1, "JSON file couldn't be read", 64},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, Hostile, testing::ValuesIn(kHostileRows), RowName());
+
+}  // namespace
+}  // namespace q7z::test

@@ -1,0 +1,114 @@
+#include "tests/corpus/loader.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "host/scene/scenediagnostics.h"
+
+namespace q7z::test
+{
+
+namespace
+{
+
+Int CountLive()
+{
+  return GetSceneDiagnostics().liveNodes + GetSceneDiagnostics().liveTracks;
+}
+
+Int CountMistakes()
+{
+  return GetSceneDiagnostics().insertedTwice + GetSceneDiagnostics().freedWhileInserted;
+}
+
+void TakeMessage(const JobMessage& message, LoadResult& result)
+{
+  result.text += message.text + "\n";
+  if (message.messageClass != HostMessageClass::kWarning)
+    return;
+  if (message.text.starts_with("The node with the index "))
+    ++result.nodeWarnings;
+  else if (message.text.starts_with("This data of the file could not be decoded: "))
+    ++result.dataWarnings;
+  else if (message.text.starts_with("Something that the file refers to could not be loaded"))
+    ++result.assetWarnings;
+  else
+    ++result.otherWarnings;
+}
+
+void CountObjects(const HeadlessDocument& document, LoadResult& result)
+{
+  for (const HeadlessObject* object = document.GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
+  {
+    ++result.objects;
+    if (object->GetType() != kPolygonObjectType)
+      continue;
+    result.points += static_cast<const HeadlessPolygonObject*>(object)->GetPointCount();
+    result.polygons += static_cast<const HeadlessPolygonObject*>(object)->GetPolygonCount();
+  }
+}
+
+}  // namespace
+
+Loader::Loader() : _folder(Q7Z_TEST_TEMP_DIR "/corpus-XXXXXX")
+{
+  if (!mkdtemp(_folder.data()))
+    throw std::runtime_error("no temporary folder");
+  HostSettings settings;
+  settings.pluginPath = Q7Z_TEST_BIN_DIR "/io_gltf.so";
+  std::string error;
+  _host = HeadlessHost::Create(settings, error);
+  if (!_host)
+    throw std::runtime_error(error);
+}
+
+Loader::~Loader()
+{
+  std::error_code error;
+  std::filesystem::remove_all(_folder, error);
+}
+
+LoadResult Loader::Load(const std::string& path, const std::map<int, bool>& parameters)
+{
+  LoadResult result;
+  const Int live = CountLive();
+  const Int mistakes = CountMistakes();
+  {
+    HeadlessOwner<HeadlessDocument> document = _host->NewDocument();
+    HeadlessJob job;
+    LoadRequest request;
+    request.path = path;
+    request.texFolder = _folder;
+    for (const auto& [id, value] : parameters)
+      request.parameters.emplace_back(id, HostValue(value));
+    const LoadReport report = _host->Load(request, *document, job);
+    result.status = report.recognised ? report.status : "not_recognised";
+    result.text = report.error + "\n";
+    for (const JobMessage& message : job.GetMessages())
+      TakeMessage(message, result);
+    CountObjects(*document, result);
+  }
+  result.leftover = CountLive() - live;
+  result.mistakes = CountMistakes() - mistakes;
+  return result;
+}
+
+LoadResult Loader::LoadBytes(const std::string& name, const std::string& bytes, const std::map<int, bool>& parameters)
+{
+  const std::string path = _folder + "/" + name;
+  std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return Load(path, parameters);
+}
+
+bool IsStatusWord(const std::string& status)
+{
+  static constexpr std::array kWords = {"none", "user_break", "io_error", "out_of_memory", "unexpected_error", "unknown_error"};
+  return std::find(kWords.begin(), kWords.end(), status) != kWords.end();
+}
+
+}  // namespace q7z::test
