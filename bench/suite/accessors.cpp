@@ -90,7 +90,7 @@ Float SumByElementReader(const GltfAccessor& accessor)
   const Result<void> result = WithElementReader<3>(accessor,
                                                    [&](auto read) -> Result<void>
                                                    {
-                                                     Float values[3];
+                                                     Float values[3] = {};
                                                      for (Int i = 0; i < accessor.GetCount(); ++i)
                                                      {
                                                        if (!read(i, values))
