@@ -1,0 +1,233 @@
+// The records of meshes: reading, resolving, and how attributes are sorted.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/document/records.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+
+namespace
+{
+
+/// A document with one mesh and six accessors: 0 and 1 positions of 3 and 5 vertices, 2 and 3 indices (3 and 2), 4 none, 5 and 6
+/// with a count below and beyond every number.
+GltfData ReadMesh(const std::string& mesh)
+{
+  const auto accessor = [](const char* type, const char* count)
+  { return std::string(R"({"bufferView":0,"componentType":5121,"type":")") + type + R"(","count":)" + count + "}"; };
+  return ReadRecords(R"({"meshes":[)" + mesh + R"(],"buffers":[{"byteLength":64}],"bufferViews":[{"buffer":0,"byteLength":64}],
+      "accessors":[)" + accessor("VEC3", "3") +
+                       "," + accessor("VEC3", "5") + "," + accessor("SCALAR", "3") + "," + accessor("SCALAR", "2") + "," +
+                       accessor("VEC3", "0") + "," + accessor("VEC3", "-3") + "," + accessor("SCALAR", "9223372036854775807") +
+                       "]}",
+                     Bytes(64, 0));
+}
+
+std::string Mesh(const std::string& primitive)
+{
+  return R"({"primitives":[{)" + primitive + "}]}";
+}
+
+std::string Describe(const GltfAttributeSets& sets, const GltfData& data)
+{
+  std::string text;
+  for (const GltfAttributeSet& set : sets)
+  {
+    text += (text.empty() ? "" : " ") + std::to_string(set.number) + ":";
+    for (const auto& accessor : data.accessors)
+      text += &accessor.GetValue() == set.accessor ? std::to_string(accessor.GetKey()) : "";
+  }
+  return text;
+}
+
+}  // namespace
+
+/// What becomes of a mesh of one primitive: dropped at reading, failed at resolving, failed at counting, or its counts.
+struct MeshRow
+{
+  const char* name;
+  const char* primitive;
+  const char* resolveMessage;  // "dropped" when there is no record
+  const char* countMessage;
+  Int vertexCount;
+  Int indexCount;
+  Int polygonCount;
+};
+
+class OnePrimitive : public testing::TestWithParam<MeshRow>
+{};
+
+TEST_P(OnePrimitive, IsCountedOrRefused)
+{
+  const MeshRow& row = GetParam();
+  GltfData data = ReadMesh(Mesh(row.primitive));
+  GltfMesh* const mesh = data.meshes.Find(0);
+  if (!mesh)
+  {
+    EXPECT_STREQ("dropped", row.resolveMessage);
+    return;
+  }
+  EXPECT_EQ(ErrorText(mesh->Resolve(&data)), row.resolveMessage);
+  const Result<GltfPrimitive::Counts> counts = mesh->GetPrimitives()[0].GetCounts();
+  EXPECT_EQ(ErrorText(counts), row.countMessage);
+  if (counts.HasError())
+    return;
+  EXPECT_EQ(counts.GetValue().vertexCount, row.vertexCount);
+  EXPECT_EQ(counts.GetValue().indexCount, row.indexCount);
+  EXPECT_EQ(counts.GetValue().polygonCount, row.polygonCount);
+}
+
+constexpr const char* kNoAccessor = "Illegal state: Condition accessor not fulfilled. ";
+constexpr const char* kNoPositions = "Illegal state: Condition posAcc not fulfilled. ";
+constexpr const char* kNoTriangle = "Illegal state: Condition result.first && result.second not fulfilled. ";
+
+INSTANTIATE_TEST_SUITE_P(
+  Rows, OnePrimitive,
+  testing::Values(MeshRow{"Indexed", R"("attributes":{"POSITION":1},"indices":2)", "", "", 5, 3, 1},
+                  MeshRow{"NonIndexed", R"("attributes":{"POSITION":0})", "", "", 3, 3, 1},
+                  MeshRow{"NonIndexedRest", R"("attributes":{"POSITION":1})", "", "", 5, 5, 1},
+                  // The drawing mode is not read at all, and the member read in its place changes nothing.
+                  MeshRow{"ModeOfPoints", R"("attributes":{"POSITION":0},"indices":2,"mode":0)", "", "", 3, 3, 1},
+                  MeshRow{"AlphaMode", R"("attributes":{"POSITION":0},"indices":2,"alphaMode":1)", "", "", 3, 3, 1},
+                  MeshRow{"TwoIndices", R"("attributes":{"POSITION":0},"indices":3)", "", kNoTriangle, 0, 0, 0},
+                  MeshRow{"NoVertices", R"("attributes":{"POSITION":4},"indices":2)", "", kNoTriangle, 0, 0, 0},
+                  MeshRow{"CountBelowZero", R"("attributes":{"POSITION":5})", "", kNoTriangle, 0, 0, 0},
+                  MeshRow{"LargestCount", R"("attributes":{"POSITION":0},"indices":6)", "", "", 3, INT64_MAX,
+                          3074457345618258602},
+                  MeshRow{"NoPositions", R"("attributes":{"NORMAL":0})", "", kNoPositions, 0, 0, 0},
+                  MeshRow{"NoAttributes", R"("indices":2)", "dropped", "", 0, 0, 0},
+                  MeshRow{"AttributesNoObject", R"("attributes":[1])", "dropped", "", 0, 0, 0},
+                  MeshRow{"AttributeNoNumber", R"("attributes":{"POSITION":"0"})", "dropped", "", 0, 0, 0},
+                  MeshRow{"AttributeBeyond32Bits", R"("attributes":{"POSITION":4294967296})", "dropped", "", 0, 0, 0},
+                  MeshRow{"TargetAttributeNoNumber", R"("attributes":{"POSITION":0},"targets":[{"POSITION":null}])", "dropped",
+                          "", 0, 0, 0},
+                  MeshRow{"TargetNoObject", R"("attributes":{"POSITION":0},"targets":[0])", "dropped", "", 0, 0, 0},
+                  MeshRow{"MissingPositions", R"("attributes":{"POSITION":99})", kNoAccessor, kNoPositions, 0, 0, 0},
+                  MeshRow{"NonIndexedPositions", R"("attributes":{"POSITION":-1})",
+                          "Illegal state: Condition nonIndexedAllowed not fulfilled. ", kNoPositions, 0, 0, 0},
+                  MeshRow{"MissingIndices", R"("attributes":{"POSITION":0},"indices":99)", kNoAccessor, kNoPositions, 0, 0, 0},
+                  // An index is a 32-bit value, so this one is -1.
+                  MeshRow{"IndicesCutTo32Bits", R"("attributes":{"POSITION":0},"indices":4294967295)", "", "", 3, 3, 1},
+                  MeshRow{"MissingTarget", R"("attributes":{"POSITION":0},"targets":[{},{"POSITION":99}])", kNoAccessor, "", 3, 3,
+                          1},
+                  MeshRow{"Duplicate", R"("attributes":{"POSITION":0,"COLOR_0":0,"COLOR_00":0})",
+                          "Illegal state: Set duplication occured", "", 3, 3, 1},
+                  MeshRow{"DuplicateInTarget", R"("attributes":{"POSITION":0},"targets":[{"TEXCOORD_1":0,"TEXCOORD_01":0}])",
+                          "Illegal state: Set duplication occured", "", 3, 3, 1}),
+  RowName());
+
+TEST(Classification, SortsAttributesIntoFamiliesAndSetsByNumber)
+{
+  GltfData data = ReadMesh(Mesh(R"("attributes":{"TEXCOORD_10":0,"POSITION":0,"TEXCOORD_2":1,"NORMAL":1,"COLOR_1":2,"COLOR_0":3,
+      "JOINTS_0":0,"WEIGHTS_0":1,"WEIGHTS_1":2,"TANGENT":99,"_BATCHID":99,"POSITION_0":99,"COLOR_":99,"COLOR_x":99,"color_3":99})"));
+  GltfMesh& mesh = *data.meshes.Find(0);
+  ASSERT_EQ(ErrorText(mesh.Resolve(&data)), "");
+  const PrimitiveAccessors& accessors = mesh.GetPrimitives()[0].GetAccessors();
+  EXPECT_EQ(accessors.positions, data.accessors.Find(0));
+  EXPECT_EQ(accessors.normals, data.accessors.Find(1));
+  EXPECT_EQ(accessors.indices, data.accessors.Find(-1));
+  EXPECT_EQ(Describe(accessors.colors, data), "0:3 1:2");
+  EXPECT_EQ(Describe(accessors.uvs, data), "2:1 10:0");
+  EXPECT_EQ(Describe(accessors._skinJointsAccessors, data), "0:0");
+  EXPECT_EQ(Describe(accessors._skinWeightsAccessors, data), "0:1 1:2");
+  EXPECT_EQ(FindSet(accessors.uvs, 10), data.accessors.Find(0));
+  EXPECT_EQ(FindSet(accessors.uvs, 3), nullptr);
+  EXPECT_EQ(FindSet(accessors.uvs, 11), nullptr);
+}
+
+TEST(Classification, OfATargetMayStayEmpty)
+{
+  GltfData data = ReadMesh(Mesh(R"("attributes":{"POSITION":0},"targets":[{"NORMAL":1},{},{"POSITION":0}])"));
+  GltfMesh& mesh = *data.meshes.Find(0);
+  ASSERT_EQ(ErrorText(mesh.Resolve(&data)), "");
+  const auto& targets = mesh.GetPrimitives()[0].GetTargetsAccessors();
+  ASSERT_EQ(targets.GetCount(), 3);
+  EXPECT_EQ(targets[0].positions, nullptr);
+  EXPECT_EQ(targets[0].normals, data.accessors.Find(1));
+  EXPECT_EQ(targets[1].positions, nullptr);
+  EXPECT_EQ(targets[2].positions, data.accessors.Find(0));
+  EXPECT_EQ(targets[2].indices, nullptr);
+  EXPECT_TRUE(mesh.IsValid());
+}
+
+TEST(GltfMesh, WantsAWeightForEachTarget)
+{
+  constexpr const char* kTooFew =
+    "Illegal state: Condition _weights.IsEmpty() || prim.GetTargetsCount() <= _weights.GetCount() not fulfilled. ";
+  const struct
+  {
+    const char* weights;
+    const char* targets;
+    const char* message;
+  } rows[] = {{"[1,0]", "[{},{},{}]", kTooFew},
+              {"[1,0,0.5]", "[{},{}]", ""},
+              {"[1,0]", "[{},{}]", ""},
+              {"[]", "[{},{}]", ""},
+              {"[1]", "[]", ""}};
+  for (const auto& row : rows)
+  {
+    GltfData data = ReadMesh(std::string(R"({"weights":)") + row.weights +
+                             R"(,"primitives":[{"attributes":{"POSITION":0},"targets":)" + row.targets + "}]}");
+    GltfMesh& mesh = *data.meshes.Find(0);
+    EXPECT_EQ(ErrorText(mesh.Resolve(&data)), row.message) << row.weights << row.targets;
+    EXPECT_EQ(mesh.IsValid(), !*row.message) << row.weights << row.targets;
+  }
+}
+
+TEST(GltfMesh, ReadsItsMembers)
+{
+  GltfData data =
+    ReadMesh(R"({"name":"box","weights":[0.25,1],"primitives":[{"attributes":{},"material":7},{"attributes":{}}]})");
+  const GltfMesh& mesh = *data.meshes.Find(0);
+  EXPECT_EQ(Text(mesh.GetName()), "box");
+  EXPECT_THAT(ToVector(mesh.GetWeights()), testing::ElementsAre(0.25, 1.0));
+  ASSERT_EQ(mesh.GetPrimitives().GetCount(), 2);
+  EXPECT_EQ(mesh.GetPrimitives()[0].GetMaterial(), 7);
+  EXPECT_EQ(mesh.GetPrimitives()[1].GetMaterial(), -1);
+}
+
+TEST(GltfMesh, IsDroppedWithOneBrokenPrimitive)
+{
+  EXPECT_EQ(ReadMesh(R"({"primitives":[{"attributes":{"POSITION":0}},{}]})").meshes.Find(0), nullptr);
+  EXPECT_EQ(ReadMesh(R"({"primitives":[{"attributes":{"POSITION":0}},7]})").meshes.Find(0), nullptr);
+  EXPECT_EQ(ReadMesh(R"({"primitives":{}})").meshes.Find(0), nullptr);
+  EXPECT_EQ(ReadMesh(R"({"primitives":[],"weights":["a"]})").meshes.Find(0), nullptr);
+}
+
+TEST(GltfMesh, IsValidWhenResolvedAndEveryPrimitiveHasPositions)
+{
+  const struct
+  {
+    const char* mesh;
+    Bool valid;
+  } rows[] = {{R"({"primitives":[{"attributes":{"POSITION":0}}]})", true},
+              {R"({"primitives":[{"attributes":{"POSITION":0}},{"attributes":{}}]})", false},
+              {R"({"primitives":[{"attributes":{"POSITION":4}}]})", false},
+              {R"({"primitives":[{"attributes":{"POSITION":0}},{"attributes":{"POSITION":0,"NORMAL":99}}]})", false},
+              {R"({"primitives":[]})", true},
+              {R"({})", true}};
+  for (const auto& row : rows)
+  {
+    GltfData data = ReadMesh(row.mesh);
+    GltfMesh& mesh = *data.meshes.Find(0);
+    EXPECT_FALSE(mesh.IsValid()) << row.mesh;  // not resolved yet
+    DropError(mesh.Resolve(&data));            // validity tells
+    EXPECT_EQ(mesh.IsValid(), row.valid) << row.mesh;
+  }
+}
+
+TEST(GltfMesh, NeedsADocument)
+{
+  GltfMesh mesh;
+  EXPECT_EQ(ErrorText(mesh.Resolve(nullptr)), "Illegal argument: Condition gltfData not fulfilled. ");
+}
+
+TEST(GltfPrimitive, TellsItsValidityAsACheck)
+{
+  EXPECT_EQ(ErrorText(GltfPrimitive().CheckValid()), "Illegal state: Condition IsValid() not fulfilled. ");
+}
+
+}  // namespace q7z::test
