@@ -128,6 +128,9 @@ std::optional<int> ParseArguments(int argc, char** argv, Arguments& arguments)
   {
     if (error.get_exit_code() == 0)
       return app.exit(error);
+    // Without a verb, a word that is none counts as left over, of which the parser says nothing.
+    if (app.get_subcommands().empty() && argc > 1 && argv[1][0] != '-')
+      return FailUsage("there is no verb \"" + std::string(argv[1]) + "\"; try q7z --help");
     return FailUsage(std::string(error.what()) + "; try q7z --help");
   }
   return CheckTexts(raw, arguments);

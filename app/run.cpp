@@ -2,13 +2,16 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "app/exitcode.h"
 #include "app/options.h"
 #include "app/session.h"
+#include "framework/check.h"
 #include "host/scenefile/inspect.h"
 #include "host/scenefile/scenefile.h"
+#include "host/services/wholefile.h"
 
 namespace q7z::app
 {
@@ -16,12 +19,71 @@ namespace q7z::app
 namespace
 {
 
+/// The folder part of a path; empty for a bare name.
+std::string GetFolder(const std::string& path)
+{
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// A stream that takes no more once the run was interrupted.
+class RunSink final : public ByteSink
+{
+public:
+  explicit RunSink(std::FILE* stream) noexcept : _stream(stream) {}
+  Result<void> Write(std::string_view bytes) noexcept override
+  {
+    if (InterruptGuard::GetSignal() != 0)
+      return MAKE_ERROR(ErrorClass::kOperationCancelled, "interrupted"_s);
+    return _stream.Write(bytes);
+  }
+
+private:
+  StreamSink _stream;
+};
+
+int Judge(Session& session, const Result<void>& written)
+{
+  if (!written.HasError())
+    return kDone;
+  const Error& error = written.GetError();
+  const std::string message(error.GetMessage().Trim().GetView());
+  if (error.GetClass() == ErrorClass::kOperationCancelled)
+    return session.Fail(session.GetInterruptCode(), message);
+  return session.Fail(error.GetClass() == ErrorClass::kOutOfMemory ? kOutOfMemory : kNoAccess, message);
+}
+
+int FlushStdout(Session& session)
+{
+  return std::fflush(stdout) == 0 ? kDone
+                                  : session.Fail(kNoAccess, std::string("cannot write to stdout: ") + std::strerror(errno));
+}
+
+/// To stdout for "-", else to a file that appears whole or not at all.
 int WriteDocument(Session& session, const std::string& path)
 {
-  std::string error;
-  const bool written = path == "-" ? WriteSceneDocument(session.GetDocument(), stdout, error)
-                                   : WriteSceneDocumentFile(session.GetDocument(), path, error);
-  return written ? kDone : session.Fail(kNoAccess, error);
+  if (path == "-")
+  {
+    RunSink sink(stdout);
+    const int code = Judge(session, WriteSceneDocument(session.GetDocument(), "", sink));
+    return code ? code : FlushStdout(session);
+  }
+  WholeFile file;
+  if (const std::string failure = file.Open(path); !failure.empty())
+    return session.Fail(kNoAccess, failure);
+  RunSink sink(file.GetStream());
+  if (const int code = Judge(session, WriteSceneDocument(session.GetDocument(), GetFolder(path), sink)))
+    return code;
+  const std::string failure = file.Commit();
+  return failure.empty() ? kDone : session.Fail(kNoAccess, failure);
+}
+
+int ShowTree(Session& session)
+{
+  RunSink sink(stdout);
+  const TreeSettings settings{.isUtf8 = IsUtf8Locale(std::getenv("LC_ALL"), std::getenv("LC_CTYPE"), std::getenv("LANG"))};
+  const int code = Judge(session, PrintTree(session.GetDocument(), settings, sink));
+  return code ? code : FlushStdout(session);
 }
 
 int RunImport(const Arguments& arguments)
@@ -39,12 +101,8 @@ int RunInspect(const Arguments& arguments)
   Session session(arguments);
   session.GetReport().verb = "inspect";
   int code = session.LoadInput();
-  if (code == kDone && arguments.json)
-    code = WriteDocument(session, "-");
-  else if (code == kDone)
-    code = PrintTree(session.GetDocument(), stdout)
-             ? kDone
-             : session.Fail(kNoAccess, std::string("cannot write to stdout: ") + std::strerror(errno));
+  if (code == kDone)
+    code = arguments.json ? WriteDocument(session, "-") : ShowTree(session);
   return session.Finish(code);
 }
 
@@ -58,7 +116,10 @@ int RunOptions()
                 std::string(GetTypeName(option.type)).c_str(), std::string(option.defaultText).c_str(),
                 std::string(option.meaning).c_str());
   }
-  return std::fflush(stdout) == 0 ? kDone : kNoAccess;
+  if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+    return kDone;
+  std::fprintf(stderr, "q7z: cannot write to stdout: %s\n", std::strerror(errno));
+  return kNoAccess;
 }
 
 }  // namespace

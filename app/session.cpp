@@ -1,7 +1,7 @@
 #include "app/session.h"
 
-#include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,7 +12,7 @@
 #include <filesystem>
 
 #include "app/exitcode.h"
-#include "host/services/filereading.h"
+#include "host/services/platform.h"
 
 namespace q7z::app
 {
@@ -35,34 +35,67 @@ std::string FindPlugin()
                                                                                               : beside.string();
 }
 
-/// All of stdin in a temporary file. @return an empty text, or what went wrong.
-std::string CopyStdin(std::string& path)
+/// Waits until stdin has something, or has ended. @return false when a signal ended the wait; signals in between are not lost,
+/// since they are let in by the wait alone.
+bool WaitForStdin(const sigset_t& waitMask)
 {
-  const char* const folder = std::getenv("TMPDIR");
-  path = std::string(folder && *folder ? folder : "/tmp") + "/q7z-stdin-XXXXXX";
-  const int fd = mkostemp(path.data(), O_CLOEXEC);
-  if (fd < 0)
+  pollfd input = {STDIN_FILENO, POLLIN, 0};
+  while (InterruptGuard::GetSignal() == 0)
   {
-    path.clear();
-    return std::string("cannot keep stdin in a temporary file: ") + std::strerror(errno);
+    if (ppoll(&input, 1, nullptr, &waitMask) >= 0 || errno != EINTR)
+      return true;
   }
+  return false;
+}
+
+/// Writes stdin to a file. @return 0, also after a signal, or the error's number.
+int DrainStdin(int fd, const sigset_t& waitMask)
+{
   std::string block(1 << 20, '\0');
-  ssize_t count = 0;
-  bool kept = true;
-  while (kept && ((count = read(STDIN_FILENO, block.data(), block.size())) > 0 || (count < 0 && errno == EINTR)))
+  while (WaitForStdin(waitMask))
   {
-    for (ssize_t done = 0; kept && done < count;)
+    const ssize_t count = read(STDIN_FILENO, block.data(), block.size());
+    if (count < 0)
+      return errno;
+    if (count == 0)
+      return 0;
+    for (ssize_t done = 0; done < count;)
     {
       const ssize_t written = write(fd, block.data() + done, static_cast<size_t>(count - done));
-      kept = written > 0;
+      if (written < 0)
+        return errno;
       done += written;
     }
   }
-  const int reason = errno;
+  return 0;
+}
+
+/// All of stdin in a file, in a folder of its own: no side file lies beside it. The suffix lets a text in, and a GLB file is known
+/// by its content. @return an empty text, or what went wrong.
+std::string CopyStdin(std::string& folder, std::string& path)
+{
+  const char* const parent = std::getenv("TMPDIR");
+  folder = std::string(parent && *parent ? parent : "/tmp") + "/q7z-stdin-XXXXXX";
+  const std::string failure = "cannot keep stdin in a temporary file: ";
+  if (!mkdtemp(folder.data()))
+  {
+    folder.clear();
+    return failure + std::strerror(errno);
+  }
+  path = folder + "/stdin.gltf";
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (fd < 0)
+    return failure + std::strerror(errno);
+  sigset_t blocked;
+  sigset_t before;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGINT);
+  sigaddset(&blocked, SIGTERM);
+  sigprocmask(SIG_BLOCK, &blocked, &before);
+  const int reason = DrainStdin(fd, before);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
   close(fd);
-  if (!kept)
-    return std::string("cannot keep stdin in a temporary file: ") + std::strerror(reason);
-  return count < 0 ? std::string("cannot read stdin: ") + std::strerror(reason) : "";
+  return reason ? failure + std::strerror(reason) : "";
 }
 
 int64_t CountOf(const HeadlessObject& object, Int32 type, Int32 (HeadlessPolygonObject::*count)() const)
@@ -72,10 +105,12 @@ int64_t CountOf(const HeadlessObject& object, Int32 type, Int32 (HeadlessPolygon
 
 }  // namespace
 
-Session::TemporaryFile::~TemporaryFile()
+Session::StdinCopy::~StdinCopy()
 {
   if (!path.empty())
     unlink(path.c_str());
+  if (!folder.empty())
+    rmdir(folder.c_str());
 }
 
 Session::Session(const Arguments& arguments)
@@ -114,9 +149,11 @@ int Session::CheckInput()
 {
   if (_arguments.input == "-")
   {
-    const std::string failure = CopyStdin(_stdinCopy.path);
+    const std::string failure = CopyStdin(_stdinCopy.folder, _stdinCopy.path);
     if (!failure.empty())
       return Fail(kNoAccess, failure);
+    if (InterruptGuard::GetSignal() != 0)
+      return FailInterrupted();
     _path = _stdinCopy.path;
     return kDone;
   }
@@ -139,6 +176,9 @@ int Session::StartHost()
 {
   HostSettings settings;
   settings.pluginPath = _arguments.pluginPath.empty() ? FindPlugin() : _arguments.pluginPath;
+  // A plain name is a file here, not one that the platform's loader looks for.
+  if (settings.pluginPath.find('/') == std::string::npos)
+    settings.pluginPath = "./" + settings.pluginPath;
   settings.nodeSpace = _arguments.nodeSpace;
   settings.configuration = _arguments.configuration;
   settings.onConsole = [this](const std::string& line) { Say("console", kGray, line); };
@@ -175,7 +215,7 @@ int Session::JudgeLoad(const LoadReport& loaded)
   }
   const std::string reason = loaded.error.empty() ? "" : ": " + loaded.error;
   if (loaded.status == "user_break")
-    return Fail(InterruptGuard::GetSignal() == SIGTERM ? kTerminated : kInterrupted, "interrupted");
+    return FailInterrupted();
   if (loaded.status == "out_of_memory")
     return Fail(kOutOfMemory, name + " needs more memory than there is, or goes over a limit" + reason);
   if (loaded.status == "io_error")
@@ -211,12 +251,23 @@ void Session::CountObjects()
   _report.counts = {{"objects", objects}, {"points", points}, {"polygons", polygons}};
 }
 
+int Session::GetInterruptCode()
+{
+  return InterruptGuard::GetSignal() == SIGTERM ? kTerminated : kInterrupted;
+}
+
 int Session::Fail(int code, const std::string& message)
 {
   _bar.Clear();
   Say("error", kRed, message);
   _report.issues.push_back({"ERROR", Severity::kError, message});
   return code;
+}
+
+int Session::FailInterrupted()
+{
+  _report.status = "user_break";
+  return Fail(GetInterruptCode(), "interrupted");
 }
 
 int Session::Finish(int code)

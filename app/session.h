@@ -26,6 +26,9 @@ public:
   HeadlessJob& GetJob() { return _job; }
   RunReport& GetReport() { return _report; }
 
+  /// The exit code of an interrupted run.
+  static int GetInterruptCode();
+
   /// Says what failed, on stderr and in the report. @return code.
   int Fail(int code, const std::string& message);
 
@@ -36,6 +39,7 @@ private:
   int CheckInput();
   int StartHost();
   int JudgeLoad(const LoadReport& loaded);
+  int FailInterrupted();
   void TakeMessages();
   void CountObjects();
   void Say(const char* kind, const char* color, const std::string& message);
@@ -53,13 +57,17 @@ private:
   HeadlessOwner<HeadlessDocument> _document;  // goes before the host
   std::chrono::steady_clock::time_point _timer;
 
-  class TemporaryFile
+  /// What came from stdin, as a file; removed at the end.
+  struct StdinCopy
   {
-  public:
-    ~TemporaryFile();
+    StdinCopy() = default;
+    StdinCopy(const StdinCopy&) = delete;
+    StdinCopy& operator=(const StdinCopy&) = delete;
+    ~StdinCopy();
+    std::string folder;
     std::string path;
   };
-  TemporaryFile _stdinCopy;
+  StdinCopy _stdinCopy;
 };
 
 }  // namespace q7z::app
