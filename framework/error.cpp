@@ -52,7 +52,7 @@ Error& Error::operator=(Error other) noexcept
 }
 
 // A loop, not a recursion along the causes: whoever wraps errors in a loop makes a chain as long as the loop.
-Error::~Error()
+void Error::Release() noexcept
 {
   Record* record = _record;
   while (record && record->references.fetch_sub(1, std::memory_order_acq_rel) == 1)

@@ -33,7 +33,11 @@ public:
   Error(const Error& other) noexcept;
   Error(Error&& other) noexcept : _record(other._record) { other._record = nullptr; }
   Error& operator=(Error other) noexcept;
-  ~Error();
+  ~Error()
+  {
+    if (_record)
+      Release();
+  }
 
   /// @param file   static text; the caller's source file.
   /// @param cause  what led to this error; empty for none.
@@ -54,6 +58,7 @@ private:
   struct Record;
   explicit Error(Record* record) noexcept : _record(record) {}
   static Record& GetOutOfMemoryRecord() noexcept;
+  void Release() noexcept;
   Record* _record;
 };
 
