@@ -23,6 +23,7 @@ void RemoveUnless(Bool written, Tag*& tag) noexcept
 {
   if (written || !tag)
     return;
+  tag->Remove();  // a host frees what stands nowhere
   HostNode::Free(tag);
   tag = nullptr;
 }
