@@ -29,8 +29,8 @@ TEST_P(AppUsage, EndsInOneLineThatSaysWhatIsWanted)
 
 const std::vector<WrongUsage> kWrongUsages = {
   {"NoVerb", {}, "q7z --help"},
-  {"UnknownVerb", {"frobnicate"}, "frobnicate"},
-  {"VerbOfOneLetter", {"i", "a.gltf"}, "i"},
+  {"UnknownVerb", {"frobnicate"}, "there is no verb \"frobnicate\""},
+  {"VerbOfOneLetter", {"i", "a.gltf"}, "there is no verb \"i\""},
   {"UnknownOption", {"import", "a.gltf", "--nope"}, "--nope"},
   {"NoInput", {"import"}, "IN"},
   {"OneFileTooMany", {"import", "a.gltf", "b", "c"}, "c"},
