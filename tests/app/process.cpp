@@ -23,7 +23,7 @@ namespace q7z::test
 namespace
 {
 
-constexpr auto kLongestRun = std::chrono::seconds(60);
+constexpr auto kLongestRun = std::chrono::seconds(100);
 
 std::array<int, 2> MakePipe()
 {
@@ -142,6 +142,12 @@ bool Process::Write(const std::string& text)
 void Process::Signal(int signal)
 {
   kill(_id, signal);
+}
+
+bool Process::WaitForOutput()
+{
+  pollfd wait = {_out, POLLIN, 0};
+  return poll(&wait, 1, 60000) == 1 && (wait.revents & POLLIN) != 0;
 }
 
 RunResult Process::Finish(const std::string& input)

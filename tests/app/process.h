@@ -45,7 +45,9 @@ public:
   /// Writes to stdin, whose text in the settings is not used then. @return false when nobody reads any more.
   bool Write(const std::string& text);
   void Signal(int signal);
-  /// Closes stdin, collects both streams and waits for the end. A run that takes more than a minute is killed.
+  /// Waits until something stands in stdout, which is left there. @return false when the stream ended, or after a minute.
+  bool WaitForOutput();
+  /// Closes stdin, collects both streams and waits for the end. A run that takes too long is killed.
   RunResult Finish(const std::string& input = "");
 
 private:

@@ -334,6 +334,20 @@ TEST_P(AppInterrupt, EndsTheRunAndLeavesNothing)
   EXPECT_EQ(temporary.List(), std::vector<std::string>{});
 }
 
+// Nobody reads the document, which is larger than a pipe holds, so the signal finds the run while it writes.
+TEST_P(AppInterrupt, EndsTheWritingOfADocument)
+{
+  const TempFolder folder;
+  std::string nodes = R"({"nodes":[{})";
+  for (int i = 0; i < 5000; ++i)
+    nodes += ",{}";
+  const std::string in = folder.Write("in.gltf", nodes + "]}");
+  Process process(Q7Z_TEST_BIN_DIR "/q7z", {"import", in, "-"}, {});
+  ASSERT_TRUE(process.WaitForOutput());
+  process.Signal(GetParam().signal);
+  ExpectFailure(process.Finish(), GetParam().exitCode, "interrupted");
+}
+
 INSTANTIATE_TEST_SUITE_P(Rows, AppInterrupt, testing::Values(SignalRow{"Int", SIGINT, 130}, SignalRow{"Term", SIGTERM, 143}),
                          RowName());
 
