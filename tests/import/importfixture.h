@@ -1,0 +1,98 @@
+#pragma once
+
+// ImportTest: loads through a host in the test, and holds every test to what the scene's own counters say at its end: nothing is
+// left over, nothing was freed or inserted while it stood somewhere.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/scene/scenediagnostics.h"
+#include "plugin/module/hostconsole.h"
+#include "tests/import/scenetext.h"
+#include "tests/support/gltfbuilders.h"
+#include "tests/support/rowname.h"
+#include "tests/support/testhost.h"
+
+namespace q7z::test
+{
+
+/// The counters of the scene model at one moment.
+struct SceneCounts
+{
+  Int liveNodes = GetSceneDiagnostics().liveNodes;
+  Int insertedTwice = GetSceneDiagnostics().insertedTwice;
+  Int freedWhileInserted = GetSceneDiagnostics().freedWhileInserted;
+  Int refusedCycles = GetSceneDiagnostics().refusedCycles;
+};
+
+class ImportTest : public testing::Test
+{
+protected:
+  ImportTest() { _host.emplace(); }
+
+  /// The counters come from before there was a host; the document goes with it.
+  void TearDown() override
+  {
+    _host.reset();
+    const SceneCounts after;
+    EXPECT_EQ(after.liveNodes, _before.liveNodes);
+    EXPECT_EQ(after.insertedTwice, _before.insertedTwice);
+    EXPECT_EQ(after.freedWhileInserted, _before.freedWhileInserted);
+    EXPECT_EQ(after.refusedCycles, _before.refusedCycles);
+  }
+
+  TestHost& Host() { return *_host; }
+
+  /// Loads a document whose top-level members are given; `file` adds meshes and accessors. @return the status word.
+  std::string Load(const std::string& members, const GltfJson& file = GltfJson())
+  {
+    return Host().LoadText("{" + members + (members.empty() ? "" : ",") + file.Text().substr(1));
+  }
+
+  std::string Outline() { return WriteOutline(Host().Document()); }
+
+  /// The nodes that warnings name as left out, in order.
+  std::vector<int> FailedNodes()
+  {
+    const std::string pattern(HostLoadString(10015).GetView());
+    const std::string before = pattern.substr(0, pattern.find('@'));
+    std::vector<int> indices;
+    for (const JobMessage& message : Host().Messages())
+    {
+      if (message.text.starts_with(before))
+      {
+        EXPECT_EQ(message.messageClass, HostMessageClass::kWarning);
+        indices.push_back(std::stoi(message.text.substr(before.size())));
+      }
+    }
+    return indices;
+  }
+
+private:
+  const SceneCounts _before;
+  std::optional<TestHost> _host;
+};
+
+/// Mesh 0 is a triangle with all attributes, mesh 1 two of them as two primitives, mesh 2 has a primitive without positions. Mesh 3
+/// repeats mesh 0.
+inline GltfJson SomeMeshes()
+{
+  GltfJson file;
+  const std::string positions = std::to_string(file.Floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3"));
+  const std::string normals = std::to_string(file.Floats({0, 0, 1, 0, 0, 1, 0, 0, 1}, "VEC3"));
+  const std::string uvs = std::to_string(file.Floats({0, 0, 1, 0, 0, 1}, "VEC2"));
+  const std::string colors = std::to_string(file.Floats({1, 0, 0, 0, 1, 0, 0, 0, 1}, "VEC3"));
+  const std::string primitive = R"({"attributes":{"POSITION":)" + positions + R"(,"NORMAL":)" + normals + R"(,"TEXCOORD_0":)" +
+                                uvs + R"(,"COLOR_0":)" + colors + "}}";
+  file.Add("meshes", R"({"primitives":[)" + primitive + "]}");
+  file.Add("meshes", R"({"primitives":[)" + primitive + "," + primitive + "]}");
+  file.Add("meshes", R"({"primitives":[{"attributes":{}}]})");
+  file.Add("meshes", R"({"primitives":[)" + primitive + "]}");
+  return file;
+}
+
+}  // namespace q7z::test
