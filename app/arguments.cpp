@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 
 #include "app/exitcode.h"
@@ -80,6 +81,13 @@ int FailUsage(const std::string& message)
   return kUsage;
 }
 
+/// Whether two names, neither of them "-", lead to one file. What does not exist yet is told by its name alone.
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+  std::error_code error;
+  return !a.empty() && a != "-" && b != "-" && (a == b || std::filesystem::equivalent(a, b, error));
+}
+
 std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
 {
   for (const std::string& text : raw.importOptions)
@@ -106,6 +114,8 @@ std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
     return FailUsage("the document and the report cannot both go to stdout");
   if (arguments.verb == Verb::kInspect && arguments.reportFile == "-")
     return FailUsage("inspect writes to stdout itself; give --report a file");
+  if (IsSameFile(arguments.reportFile, arguments.input) || IsSameFile(arguments.reportFile, arguments.output))
+    return FailUsage("the report would replace \"" + arguments.reportFile + "\"; give it a file of its own");
   return std::nullopt;
 }
 

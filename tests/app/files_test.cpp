@@ -202,6 +202,18 @@ TEST(AppOutput, IsNeverTheInput)
   EXPECT_EQ(folder.List().size(), 3u);
 }
 
+TEST(AppOutput, IsNeverTheReport)
+{
+  const TempFolder folder;
+  const std::string in = folder.Write("in.gltf", kGoodFile);
+  std::filesystem::create_symlink("in.gltf", folder / "link.gltf");
+  for (const std::string& report : {in, folder / "link.gltf", folder / "out.json"})
+    ExpectFailure(RunTool({"import", in, folder / "out.json", "--report", report}), 2,
+                  "the report would replace \"" + report + "\"");
+  EXPECT_EQ(ReadWhole(in), kGoodFile);
+  EXPECT_EQ(folder.List(), (std::vector<std::string>{"in.gltf", "link.gltf"}));
+}
+
 TEST(AppOutput, InAMissingFolderFails)
 {
   const TempFolder folder;
