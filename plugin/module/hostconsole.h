@@ -37,14 +37,8 @@ protected:
   ~HostResourceTable() = default;
 };
 
-inline void HostConsolePrint(const String& line) noexcept
-{
-  g_hostTables->console->Print(line);
-}
-inline String HostLoadString(Int32 number) noexcept
-{
-  return g_hostTables->resource->GetString(number);
-}
+inline void HostConsolePrint(const String& line) noexcept { g_hostTables->console->Print(line); }
+inline String HostLoadString(Int32 number) noexcept { return g_hostTables->resource->GetString(number); }
 
 }  // namespace q7z
 

@@ -73,21 +73,9 @@ protected:
   ~HostDialogTable() = default;
 };
 
-inline Bool HostMayShowDialog() noexcept
-{
-  return g_hostTables->dialog->MayShowDialog();
-}
-inline void HostBeginBackgroundWork(Int32 flags) noexcept
-{
-  g_hostTables->dialog->BeginBackgroundWork(flags);
-}
-inline void HostEndBackgroundWork() noexcept
-{
-  g_hostTables->dialog->EndBackgroundWork();
-}
-inline void HostShowMessage(const String& text) noexcept
-{
-  g_hostTables->dialog->ShowMessage(text);
-}
+inline Bool HostMayShowDialog() noexcept { return g_hostTables->dialog->MayShowDialog(); }
+inline void HostBeginBackgroundWork(Int32 flags) noexcept { g_hostTables->dialog->BeginBackgroundWork(flags); }
+inline void HostEndBackgroundWork() noexcept { g_hostTables->dialog->EndBackgroundWork(); }
+inline void HostShowMessage(const String& text) noexcept { g_hostTables->dialog->ShowMessage(text); }
 
 }  // namespace q7z

@@ -65,10 +65,7 @@ inline void HostInsertObject(HostDocument* document, HostObject* object, HostObj
 {
   document->InsertObject(object, parent, predecessor);
 }
-inline String HostGetActiveNodeSpace() noexcept
-{
-  return g_hostTables->document->GetActiveNodeSpace();
-}
+inline String HostGetActiveNodeSpace() noexcept { return g_hostTables->document->GetActiveNodeSpace(); }
 
 class HostLayerTable
 {
@@ -93,14 +90,8 @@ protected:
   ~HostLayer() = default;
 };
 
-inline HostLayer* HostDocument::GetLayerRoot() noexcept
-{
-  return g_hostTables->layer->GetRoot(this);
-}
-inline Bool HostObject::SetLayer(HostLayer* layer) noexcept
-{
-  return g_hostTables->layer->SetOnObject(this, layer);
-}
+inline HostLayer* HostDocument::GetLayerRoot() noexcept { return g_hostTables->layer->GetRoot(this); }
+inline Bool HostObject::SetLayer(HostLayer* layer) noexcept { return g_hostTables->layer->SetOnObject(this, layer); }
 
 class HostTakeTable
 {
@@ -156,9 +147,6 @@ protected:
   ~HostOverride() = default;
 };
 
-inline HostTakeData* HostDocument::GetTakeData() noexcept
-{
-  return g_hostTables->take->GetTakeData(this);
-}
+inline HostTakeData* HostDocument::GetTakeData() noexcept { return g_hostTables->take->GetTakeData(this); }
 
 }  // namespace q7z

@@ -81,19 +81,13 @@ protected:
   ~HostFile() = default;
 };
 
-inline HostFile* HostFileAlloc() noexcept
-{
-  return g_hostTables->file->Alloc();
-}
+inline HostFile* HostFileAlloc() noexcept { return g_hostTables->file->Alloc(); }
 inline void HostFileFree(HostFile* file) noexcept
 {
   if (file)
     g_hostTables->file->Free(file);
 }
-inline Bool GeFExist(const HostFilename& name) noexcept
-{
-  return g_hostTables->file->Exists(name);
-}
+inline Bool GeFExist(const HostFilename& name) noexcept { return g_hostTables->file->Exists(name); }
 
 struct HostFileDeleter
 {

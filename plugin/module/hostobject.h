@@ -166,26 +166,11 @@ protected:
   ~HostObject() = default;
 };
 
-inline HostMatrix HostObjectGetBaseMatrix(const HostObject* op) noexcept
-{
-  return g_hostTables->transform->GetBaseMatrix(op);
-}
-inline Vector HostObjectGetBaseScale(const HostObject* op) noexcept
-{
-  return g_hostTables->transform->GetBaseScale(op);
-}
-inline HostObject* HostAllocObject(Int32 type) noexcept
-{
-  return HostObject::Alloc(type);
-}
-inline void HostInsertUnder(HostObject* object, HostObject* parent) noexcept
-{
-  object->InsertUnder(parent);
-}
-inline void HostRemove(HostObject* object) noexcept
-{
-  object->Remove();
-}
+inline HostMatrix HostObjectGetBaseMatrix(const HostObject* op) noexcept { return g_hostTables->transform->GetBaseMatrix(op); }
+inline Vector HostObjectGetBaseScale(const HostObject* op) noexcept { return g_hostTables->transform->GetBaseScale(op); }
+inline HostObject* HostAllocObject(Int32 type) noexcept { return HostObject::Alloc(type); }
+inline void HostInsertUnder(HostObject* object, HostObject* parent) noexcept { object->InsertUnder(parent); }
+inline void HostRemove(HostObject* object) noexcept { object->Remove(); }
 inline Bool SendModelingCommand(Int32 command, HostModelingData& data) noexcept
 {
   return g_hostTables->modeling->Send(command, data);

@@ -57,14 +57,8 @@ protected:
 };
 
 /// The object as a polygon object; the caller knows that its type is 5100. Null stays null.
-inline HostPolygonObject* ToPoly(HostObject* op) noexcept
-{
-  return static_cast<HostPolygonObject*>(op);
-}
-inline const HostPolygonObject* ToPoly(const HostObject* op) noexcept
-{
-  return static_cast<const HostPolygonObject*>(op);
-}
+inline HostPolygonObject* ToPoly(HostObject* op) noexcept { return static_cast<HostPolygonObject*>(op); }
+inline const HostPolygonObject* ToPoly(const HostObject* op) noexcept { return static_cast<const HostPolygonObject*>(op); }
 
 class HostNeighborTable
 {

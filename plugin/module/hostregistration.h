@@ -46,10 +46,7 @@ inline Bool HostDescription::LoadDescription(const Char* name) noexcept
 {
   return g_hostTables->description->LoadByName(this, name);
 }
-inline Bool HostDescription::LoadDescription(Int32 id) noexcept
-{
-  return g_hostTables->description->LoadById(this, id);
-}
+inline Bool HostDescription::LoadDescription(Int32 id) noexcept { return g_hostTables->description->LoadById(this, id); }
 
 /// Base of loaders and savers. node is the host's side of the instance: its container holds the options.
 class HostPluginInstance

@@ -46,22 +46,10 @@ protected:
   ~HostTag() = default;
 };
 
-inline HostTag* HostObject::GetFirstTag() const noexcept
-{
-  return g_hostTables->tag->GetFirst(this);
-}
-inline HostTag* HostObject::GetTag(Int32 type, Int32 index) const noexcept
-{
-  return g_hostTables->tag->Find(this, type, index);
-}
-inline Int32 HostObject::GetTagCount(Int32 type) const noexcept
-{
-  return g_hostTables->tag->GetCount(this, type);
-}
-inline Bool HostObject::InsertTag(HostTag* tag) noexcept
-{
-  return g_hostTables->tag->Insert(this, tag);
-}
+inline HostTag* HostObject::GetFirstTag() const noexcept { return g_hostTables->tag->GetFirst(this); }
+inline HostTag* HostObject::GetTag(Int32 type, Int32 index) const noexcept { return g_hostTables->tag->Find(this, type, index); }
+inline Int32 HostObject::GetTagCount(Int32 type) const noexcept { return g_hostTables->tag->GetCount(this, type); }
+inline Bool HostObject::InsertTag(HostTag* tag) noexcept { return g_hostTables->tag->Insert(this, tag); }
 /// Makes a tag and inserts it. Null without memory.
 inline HostTag* HostObject::MakeTag(Int32 type, Int32 count) noexcept
 {

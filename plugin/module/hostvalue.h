@@ -197,15 +197,9 @@ private:
 };
 
 /// From a local Url to a file name. Shares the text, so it cannot fail.
-inline HostFilename TarnoConvert(const Url& url) noexcept
-{
-  return HostFilename(url.GetPath());
-}
+inline HostFilename TarnoConvert(const Url& url) noexcept { return HostFilename(url.GetPath()); }
 
 /// From a file name to a Url of the scheme file.
-inline Result<Url> TarnoConvert(const HostFilename& fileName) noexcept
-{
-  return Url::FromPath(fileName.GetPath());
-}
+inline Result<Url> TarnoConvert(const HostFilename& fileName) noexcept { return Url::FromPath(fileName.GetPath()); }
 
 }  // namespace q7z
