@@ -1,10 +1,5 @@
 #include "host/headlesshost.h"
 
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cstring>
 #include <map>
 
 #include "host/scene/scenetables.h"
@@ -22,42 +17,37 @@ namespace q7z
 namespace
 {
 
-constexpr int kProbeBytes = 64;
+constexpr Int kProbeBytes = 64;
+constexpr const char* kOutOfMemoryText = "out of memory";
+constexpr Int32 kSaveOutOfMemory = -7;
 
-/// Keeps the events of the run. Nothing leaves the process.
+/// Keeps the last event. Nothing leaves the process.
 class HeadlessUsageReport final : public HostUsageReport
 {
 public:
-  Result<void> Send(const String& eventName, const DataDictionary& entries) noexcept override
+  Result<void> Send(const String&, const DataDictionary& entries) noexcept override
   {
-    try
-    {
-      _lastEvent = ToStd(eventName);
-      _lastEntries = entries;
-      return {};
-    }
-    catch (...)
-    {
-      return Error::OutOfMemory();
-    }
+    _wasSent = true;
+    _entries = entries;
+    return {};
   }
   void Clear() noexcept
   {
-    _lastEvent.clear();
-    _lastEntries = DataDictionary();
+    _wasSent = false;
+    _entries = DataDictionary();
   }
-  std::string GetEntry(const char* name) const
+  bool WasSent() const noexcept { return _wasSent; }
+  /// Empty when there is no such entry.
+  std::string GetEntry(const DataKey& key) const
   {
-    const Data* const value = _lastEntries.Find(DataKey(String(name, static_cast<Int>(std::strlen(name)))));
-    if (!value)
-      return "";
-    const Result<String> text = value->GetString();
+    const Data* const value = _entries.Find(key);
+    const Result<String> text = value ? value->GetString() : Result<String>(String());
     return text.HasError() ? "" : ToStd(text.GetValue());
   }
 
 private:
-  std::string _lastEvent;
-  DataDictionary _lastEntries;
+  bool _wasSent = false;
+  DataDictionary _entries;
 };
 
 class ServiceRegistry final : public HostServiceRegistry
@@ -90,32 +80,13 @@ public:
   }
 };
 
-struct LibraryCloser
-{
-  void operator()(void* library) const noexcept { dlclose(library); }
-};
-
-template <typename Function>
-Function FindSymbol(void* library, const char* name)
-{
-  return reinterpret_cast<Function>(dlsym(library, name));
-}
-
-std::string GetFolder(const std::string& path)
-{
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash);
-}
-
-/// The first bytes of a file; fewer when it is shorter or cannot be read.
+/// The first bytes of a file; fewer when it is shorter, none when it cannot be read.
 std::vector<Byte> ReadProbe(const std::string& path)
 {
   std::vector<Byte> probe(kProbeBytes);
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  const ssize_t count = fd < 0 ? 0 : pread(fd, probe.data(), probe.size(), 0);
-  if (fd >= 0)
-    close(fd);
-  probe.resize(count > 0 ? static_cast<size_t>(count) : 0);
+  PlatformFile file;
+  const Int count = file.Open(path.c_str(), PlatformOpen::kRead) ? file.ReadAt(0, probe.data(), kProbeBytes) : 0;
+  probe.resize(static_cast<size_t>(count > 0 ? count : 0));
   return probe;
 }
 
@@ -123,6 +94,11 @@ std::vector<Byte> ReadProbe(const std::string& path)
 String View(const std::string& text)
 {
   return String(text.data(), static_cast<Int>(text.size()));
+}
+
+std::string Explain(const std::string& reason)
+{
+  return reason.empty() ? "" : ": " + reason;
 }
 
 std::string SetConfiguration(TarnoHook& hook, const std::string& name, const std::string& value)
@@ -143,13 +119,52 @@ std::string SetConfiguration(TarnoHook& hook, const std::string& name, const std
   return "there is no configuration variable \"" + name + "\"; there are " + (known.empty() ? "none" : known);
 }
 
+/// One instance of a plug-in, with its options. Throws bad_alloc when one of the two cannot be made.
+class PluginInstance
+{
+public:
+  PluginInstance(const HeadlessPlugin& plugin, const std::vector<std::pair<int, HostValue>>& parameters)
+      : _node(plugin.id), _instance(plugin.factory())
+  {
+    bool ready = _instance && _instance->Init(Node());
+    for (const auto& [id, value] : parameters)
+      ready = ready && _node.GetParameters().Set(id, value);
+    if (!ready)
+      throw std::bad_alloc();
+  }
+  HostNode* Node() noexcept { return ToHost(&_node); }
+  /// The plug-in's kind tells the class.
+  template <typename Kind>
+  Kind& As() noexcept
+  {
+    return static_cast<Kind&>(*_instance);
+  }
+
+private:
+  HeadlessNode _node;
+  std::unique_ptr<HostPluginInstance> _instance;
+};
+
+void TakeUsageEvent(const HeadlessUsageReport& usageReport, LoadReport& report)
+{
+  report.status = usageReport.GetEntry(DataKey("error"));
+  // Only for want of memory does an event come without its status word.
+  if (report.status.empty() && usageReport.WasSent())
+    report.status = "out_of_memory";
+  report.extension = usageReport.GetEntry(DataKey("extension"));
+  report.generator = usageReport.GetEntry(DataKey("generator"));
+  report.fileId = usageReport.GetEntry(DataKey("file_id"));
+  report.nodeSpace = usageReport.GetEntry(DataKey("nodespace"));
+  report.details = usageReport.GetEntry(DataKey("details"));
+}
+
 }  // namespace
 
 struct HeadlessHost::State
 {
   explicit State(int threads) : jobs(threads) {}
 
-  std::unique_ptr<void, LibraryCloser> library;  // closed last
+  PlatformLibrary library;  // unloaded last
   ModuleHooks hooks;
   std::string modulePath;
   bool attached = false;
@@ -158,8 +173,8 @@ struct HeadlessHost::State
   FilePolicy policy;
   JobWarnings warnings;
   HeadlessFileTable files{policy};
-  HeadlessResources resources;
   HeadlessDescriptions descriptions;
+  HeadlessResources resources{descriptions};
   HeadlessRegistrations registrations{descriptions};
   HeadlessConsole console;
   HeadlessDialogs dialogs;
@@ -180,10 +195,35 @@ struct HeadlessHost::State
   void Assemble(const HostSettings& settings);
 };
 
+/// What holds during one load.
+class HeadlessHost::LoadScope
+{
+public:
+  LoadScope(State& state, const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job) : _state(state)
+  {
+    state.scene.activeDocument = &document;
+    state.usageReport.Clear();
+    state.urls.SetBaseFolder(request.texFolder);
+    if (!request.allowOutside)
+      state.policy.Restrict(request.path, &state.warnings);
+    state.warnings.job = &job;  // last: what throws above leaves none behind
+  }
+  LoadScope(const LoadScope&) = delete;
+  LoadScope& operator=(const LoadScope&) = delete;
+  ~LoadScope()
+  {
+    _state.policy.Lift();
+    _state.warnings.job = nullptr;
+  }
+
+private:
+  State& _state;
+};
+
 void HeadlessHost::State::Assemble(const HostSettings& settings)
 {
   const std::string folder =
-    settings.resourceFolder.empty() ? GetFolder(settings.pluginPath) + "/resources" : settings.resourceFolder;
+    settings.resourceFolder.empty() ? GetFolderOf(settings.pluginPath) + "/resources" : settings.resourceFolder;
   resources.SetFolder(folder);
   descriptions.SetFolder(folder);
   console.onConsole = settings.onConsole;
@@ -219,20 +259,20 @@ void HeadlessHost::State::Assemble(const HostSettings& settings)
 
 std::unique_ptr<HeadlessHost> HeadlessHost::Create(const HostSettings& settings, std::string& error)
 {
-  std::unique_ptr<void, LibraryCloser> library(dlopen(settings.pluginPath.c_str(), RTLD_NOW | RTLD_LOCAL));
-  if (!library)
+  const std::string& path = settings.pluginPath;
+  PlatformLibrary library;
+  const std::string failure = library.Load(path);
+  if (!failure.empty())
   {
-    const char* const reason = dlerror();
-    error = "cannot load the plug-in \"" + settings.pluginPath + "\": " + (reason ? reason : "unknown reason");
+    error = "cannot load the plug-in \"" + path + "\": " + failure;
     return nullptr;
   }
-  const ModuleHooks hooks = {FindSymbol<HostEntryFunction>(library.get(), "q7z_main"),
-                             FindSymbol<TarnoHook*>(library.get(), "g_tarno"),
-                             FindSymbol<YieldFunction*>(library.get(), "g_CpuYieldDelegate")};
+  const ModuleHooks hooks = {reinterpret_cast<HostEntryFunction>(library.Find("q7z_main")),
+                             static_cast<TarnoHook*>(library.Find("g_tarno")),
+                             static_cast<YieldFunction*>(library.Find("g_CpuYieldDelegate"))};
   if (!hooks.entry || !hooks.tarno || !hooks.yield)
   {
-    error =
-      "\"" + settings.pluginPath + "\" is no plug-in of this host: it does not export q7z_main, g_tarno and g_CpuYieldDelegate";
+    error = "\"" + path + "\" is no plug-in of this host: it does not export q7z_main, g_tarno and g_CpuYieldDelegate";
     return nullptr;
   }
   std::unique_ptr<HeadlessHost> host = CreateWithModule(settings, hooks, error);
@@ -255,7 +295,7 @@ std::unique_ptr<HeadlessHost> HeadlessHost::CreateWithModule(const HostSettings&
   return host;
 }
 
-HeadlessHost::HeadlessHost(std::unique_ptr<State> state) : _state(std::move(state))
+HeadlessHost::HeadlessHost(std::unique_ptr<State> state) noexcept : _state(std::move(state))
 {}
 
 HeadlessHost::~HeadlessHost()
@@ -285,9 +325,9 @@ std::string HeadlessHost::Start(const HostSettings& settings)
     return path + " refused to attach to host version " + std::to_string(state.tables.version);
   HostResourceRecord record{&state};
   if (state.hooks.entry(kResourceMessage, reinterpret_cast<void*>(1), &record, nullptr) != 1)
-    return path + " could not load its texts; the folder resources must lie beside it";
+    return path + " could not load its texts" + Explain(state.resources.GetFailure());
   if (state.hooks.entry(kStartMessage, nullptr, nullptr, nullptr) != 1)
-    return path + " did not start; its descriptions must lie in the folder resources beside it";
+    return path + " did not start" + Explain(state.descriptions.GetFailure());
   return "";
 }
 
@@ -298,50 +338,80 @@ HeadlessOwner<HeadlessDocument> HeadlessHost::NewDocument()
   return document;
 }
 
-LoadReport HeadlessHost::Load(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job)
+LoadReport HeadlessHost::Load(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job) noexcept
+{
+  try
+  {
+    return RunLoad(request, document, job);
+  }
+  catch (...)
+  {
+    LoadReport report;
+    report.recognised = true;
+    report.status = "out_of_memory";  // short enough to need no memory
+    report.error = kOutOfMemoryText;
+    return report;
+  }
+}
+
+LoadReport HeadlessHost::RunLoad(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job)
 {
   State& state = *_state;
   LoadReport report;
-  const HeadlessPlugin* loader = nullptr;
-  for (const HeadlessPlugin& plugin : state.registrations.GetPlugins())
-    loader = plugin.kind == kSceneLoaderKind ? &plugin : loader;
-  if (!loader)
-    return report;
-  const std::unique_ptr<HostPluginInstance> instance(loader->factory());
-  if (!instance)
-    throw std::bad_alloc();
-  auto& sceneLoader = static_cast<HostSceneLoader&>(*instance);
-  HeadlessNode node(loader->id);
-  if (!sceneLoader.Init(ToHost(&node)))
-    throw std::bad_alloc();
-  for (const auto& [id, value] : request.parameters)
-  {
-    if (!node.GetParameters().Set(id, value))
-      throw std::bad_alloc();
-  }
-
-  state.scene.activeDocument = &document;
-  state.warnings.job = &job;
-  state.policy.SetInput(request.path, request.allowOutside, &state.warnings);
-  state.urls.SetBaseFolder(request.texFolder);
-  state.usageReport.Clear();
+  const LoadScope scope(state, request, document, job);
   const HostFilename name(View(request.path), &job);
   const std::vector<Byte> probe = ReadProbe(request.path);
-  report.recognised = sceneLoader.Identify(ToHost(&node), name, probe.data(), static_cast<Int32>(probe.size()));
-  if (report.recognised)
+  for (const HeadlessPlugin& plugin : state.registrations.GetPlugins())
   {
+    if (plugin.kind != kSceneLoaderKind)
+      continue;
+    PluginInstance instance(plugin, request.parameters);
+    HostSceneLoader& loader = instance.As<HostSceneLoader>();
+    report.recognised = loader.Identify(instance.Node(), name, probe.data(), static_cast<Int32>(probe.size()));
+    if (!report.recognised)
+      continue;
     String error;
-    report.returnValue = sceneLoader.Load(ToHost(&node), name, ToHost(&document), request.flags, &error);
+    report.returnValue = loader.Load(instance.Node(), name, ToHost(&document), request.flags, &error);
     report.error = ToStd(error);
-    report.status = state.usageReport.GetEntry("error");
-    report.extension = state.usageReport.GetEntry("extension");
-    report.generator = state.usageReport.GetEntry("generator");
-    report.fileId = state.usageReport.GetEntry("file_id");
-    report.nodeSpace = state.usageReport.GetEntry("nodespace");
-    report.details = state.usageReport.GetEntry("details");
+    TakeUsageEvent(state.usageReport, report);
+    break;
   }
-  state.warnings.job = nullptr;
-  state.policy.SetInput("", true, nullptr);
+  return report;
+}
+
+SaveReport HeadlessHost::Save(const SaveRequest& request, HeadlessDocument& document) noexcept
+{
+  try
+  {
+    return RunSave(request, document);
+  }
+  catch (...)
+  {
+    SaveReport report;
+    report.available = true;
+    report.returnValue = kSaveOutOfMemory;
+    report.error = kOutOfMemoryText;
+    return report;
+  }
+}
+
+SaveReport HeadlessHost::RunSave(const SaveRequest& request, HeadlessDocument& document)
+{
+  SaveReport report;
+  for (const HeadlessPlugin& plugin : _state->registrations.GetPlugins())
+  {
+    if (plugin.kind != kSceneSaverKind)
+      continue;
+    report.available = true;
+    PluginInstance instance(plugin, request.parameters);
+    _state->scene.activeDocument = &document;
+    const HostFilename name(View(request.path));
+    report.returnValue = instance.As<HostSceneSaver>().Save(instance.Node(), name, ToHost(&document), request.flags);
+    if (report.returnValue != 0)
+      report.error = "the plug-in could not save \"" + request.path + "\" (status " + std::to_string(report.returnValue) + ")";
+    return report;
+  }
+  report.error = "the plug-in offers no saver";
   return report;
 }
 

@@ -3,6 +3,7 @@
 // HeadlessHost: the host in one object. It implements the host interface, loads the plug-in, drives it by messages, and offers what
 // the plug-in registered. One host at a time may have a given library loaded. Documents must be gone before their host.
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -46,7 +47,7 @@ struct LoadRequest
   /// Parameters of the loader by id, over its defaults.
   std::vector<std::pair<int, HostValue>> parameters;
   bool allowOutside = false;  ///< side files outside the input's folder, too
-  std::string texFolder;      ///< the folder in which `tex` is made; empty for none
+  std::string texFolder;      ///< the folder in which `tex` is made; empty for a temporary one, which goes with the host
   Int32 flags = kLoadObjects | kLoadMaterials;
 };
 
@@ -65,6 +66,22 @@ struct LoadReport
   bool Succeeded() const { return status == "none"; }
 };
 
+struct SaveRequest
+{
+  std::string path;
+  /// Parameters of the saver by id, over its defaults.
+  std::vector<std::pair<int, HostValue>> parameters;
+  Int32 flags = kLoadObjects | kLoadMaterials;
+};
+
+/// What came of a save.
+struct SaveReport
+{
+  bool available = false;  ///< the plug-in offers a saver; all else is empty otherwise
+  Int32 returnValue = 0;   ///< 0, or the saver's negative status
+  std::string error;       ///< what failed, empty on success
+};
+
 class HeadlessHost
 {
 public:
@@ -80,8 +97,12 @@ public:
   /// An empty document, which becomes the active one. Null without memory.
   HeadlessOwner<HeadlessDocument> NewDocument();
 
-  /// Loads a file into a document. Messages go to the job.
-  LoadReport Load(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job);
+  /// Loads a file into a document, which becomes the active one. Messages go to the job. Does not throw: without memory of our own
+  /// the status is "out_of_memory", as when the plug-in runs out of it.
+  LoadReport Load(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job) noexcept;
+
+  /// Saves a document, which becomes the active one. Does not throw.
+  SaveReport Save(const SaveRequest& request, HeadlessDocument& document) noexcept;
 
   /// The tables that the module sees. Tests swap single pointers.
   HostTables& GetTables();
@@ -92,8 +113,11 @@ public:
 
 private:
   struct State;
-  explicit HeadlessHost(std::unique_ptr<State> state);
+  class LoadScope;
+  explicit HeadlessHost(std::unique_ptr<State> state) noexcept;
   std::string Start(const HostSettings& settings);
+  LoadReport RunLoad(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job);
+  SaveReport RunSave(const SaveRequest& request, HeadlessDocument& document);
   std::unique_ptr<State> _state;
 };
 

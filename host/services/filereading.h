@@ -1,12 +1,13 @@
 #pragma once
 
-// Reading whole files, and the part of the file system that depends on the platform.
+// Reading whole files into blocks that texts can share, and what else of the file system the host's other parts use.
 
 #include <string>
+#include <utility>
 
 #include "framework/result.h"
 #include "framework/string.h"
-#include "plugin/module/hostservices.h"
+#include "host/services/platform.h"
 
 namespace q7z
 {
@@ -16,8 +17,12 @@ class BlockOwner
 {
 public:
   explicit BlockOwner(StringBlock* block = nullptr) noexcept : _block(block) {}
-  BlockOwner(BlockOwner&& other) noexcept : _block(other._block) { other._block = nullptr; }
-  BlockOwner& operator=(const BlockOwner&) = delete;
+  BlockOwner(BlockOwner&& other) noexcept : _block(std::exchange(other._block, nullptr)) {}
+  BlockOwner& operator=(BlockOwner&& other) noexcept
+  {
+    std::swap(_block, other._block);
+    return *this;
+  }
   ~BlockOwner()
   {
     if (_block)
@@ -33,14 +38,8 @@ private:
 /// The whole file followed by padding bytes of 0. An I/O error names the path and the reason.
 Result<BlockOwner> ReadFileIntoBlock(const String& path, Int padding) noexcept;
 
-HostFileSystemType GetFileSystemType(const std::string& path);
-
-/// Absolute, without links, "." and ".."; empty when the path leads nowhere.
-std::string ResolvePath(const std::string& path);
-
-/// Writes a whole file: beside its target under a temporary name, flushed, synced and renamed. An existing target survives every
-/// failure. @return an empty text, or what went wrong.
-std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount);
+/// An error of the class io.
+Error MakeIoError(const std::string& text) noexcept;
 
 inline std::string ToStd(const String& text)
 {

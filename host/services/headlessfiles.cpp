@@ -1,11 +1,6 @@
 #include "host/services/headlessfiles.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
+#include <bit>
 #include <filesystem>
 #include <new>
 
@@ -17,16 +12,14 @@ namespace q7z
 namespace
 {
 
-// What the kernel reads or writes in one call.
-constexpr Int kLargestCall = Int(1) << 30;
+static_assert(std::endian::native == std::endian::little);
 
-/// An open file. The position is ours, so that a seek costs no call.
+/// An open file. The position is ours, so that a seek costs no call of the system.
 class HeadlessFile : public HostFile
 {
 public:
-  int fd = -1;
+  PlatformFile file;
   Int position = 0;
-  Int length = 0;
   BYTEORDER order = BYTEORDER::V_MOTOROLA;
 };
 
@@ -39,53 +32,75 @@ const HeadlessFile* ToHeadless(const HostFile* file) noexcept
   return static_cast<const HeadlessFile*>(file);
 }
 
-int GetOpenFlags(FILEOPEN mode) noexcept
+PlatformOpen GetPlatformMode(FILEOPEN mode) noexcept
 {
   switch (mode)
   {
-    case FILEOPEN::READ:
-      // A pipe must not block the open.
-      return O_RDONLY | O_CLOEXEC | O_NONBLOCK;
-    case FILEOPEN::WRITE: return O_WRONLY | O_CLOEXEC | O_CREAT | O_TRUNC;
-    case FILEOPEN::APPEND: return O_WRONLY | O_CLOEXEC | O_CREAT | O_APPEND;
+    case FILEOPEN::READ: return PlatformOpen::kRead;
+    case FILEOPEN::WRITE: return PlatformOpen::kReplace;
+    case FILEOPEN::APPEND: return PlatformOpen::kContinue;
   }
-  return O_RDONLY;
+  return PlatformOpen::kRead;
 }
 
-Int SmallerOf(Int a, Int b) noexcept
+std::string WithSlash(const std::string& folder)
 {
-  return a < b ? a : b;
+  return folder.ends_with('/') ? folder : folder + "/";
 }
 
-Error MakeIoError(const std::string& text) noexcept
+Bool HasPath(const Url& url) noexcept
 {
-  const Result<String> message = String::Create(text);
-  return message.HasError() ? message.GetError() : MAKE_ERROR(ErrorClass::kIo, message.GetValue());
+  return url.GetScheme() == URLSCHEME_FILESYSTEM;
+}
+
+Error MakeSchemeError() noexcept
+{
+  return MAKE_ERROR(ErrorClass::kIllegalArgument, "Only local files and folders can be written."_s);
 }
 
 }  // namespace
 
-void FilePolicy::SetInput(const std::string& input, bool allowOutside, FileWarnings* warnings)
+void FilePolicy::Restrict(const std::string& input, FileWarnings* warnings)
 {
-  _folder.clear();
-  _refused.clear();
+  Lift();
+  _restricted = true;  // holds, whatever fails below
+  const std::string folder = GetFolderOf(input);
+  const std::string resolved = ResolvePath(folder);
+  _input = ResolvePath(input);
+  _namedFolder = WithSlash(folder);
+  _folder = resolved.empty() ? "" : WithSlash(resolved);
   _warnings = warnings;
-  const std::string resolved = ResolvePath(input);
-  if (allowOutside || resolved.empty())
-    return;
-  _folder = resolved.substr(0, resolved.rfind('/') + 1);
 }
 
-bool FilePolicy::MayRead(const std::string& path)
+void FilePolicy::Lift() noexcept
 {
-  if (_folder.empty())
-    return true;
-  const std::string resolved = ResolvePath(path);
-  if (resolved.empty() || resolved.starts_with(_folder))
-    return true;  // what is not there is found missing when it is opened
-  if (_refused.insert(path).second && _warnings)
-    _warnings->AddWarning("\"" + path + "\" lies outside the input's folder and is not read; --allow-outside permits it");
-  return false;
+  _restricted = false;
+  _namedFolder.clear();
+  _folder.clear();
+  _input.clear();
+  _warnings = nullptr;
+  _refused.clear();
+}
+
+std::string FilePolicy::FindReadable(const std::string& path)
+{
+  if (!_restricted)
+    return path;
+  std::string resolved = ResolvePath(path);
+  if (resolved.empty() || resolved == _input || (!_folder.empty() && resolved.starts_with(_folder)))
+    return resolved;
+  if (_refused.insert(resolved).second)
+    Warn(path);
+  return "";
+}
+
+void FilePolicy::Warn(const std::string& path)
+{
+  if (!_warnings)
+    return;
+  // Told from the input's folder, so that the text does not depend on where the input lies.
+  const std::string name = path.starts_with(_namedFolder) ? path.substr(_namedFolder.size()) : path;
+  _warnings->AddWarning("\"" + name + "\" lies outside the input's folder and is not read; --allow-outside permits it");
 }
 
 HostFile* HeadlessFileTable::Alloc() noexcept
@@ -95,7 +110,6 @@ HostFile* HeadlessFileTable::Alloc() noexcept
 
 void HeadlessFileTable::Free(HostFile* file) noexcept
 {
-  Close(file);
   delete ToHeadless(file);
 }
 
@@ -103,44 +117,31 @@ Bool HeadlessFileTable::Open(HostFile* file, const HostFilename& name, FILEOPEN 
                              UInt32) noexcept
 {
   HeadlessFile& self = *ToHeadless(file);
-  if (self.fd >= 0)
-    return false;
   try
   {
-    const std::string path = ToStd(name.GetPath());
-    if (mode == FILEOPEN::READ && !_policy.MayRead(path))
+    const std::string named = ToStd(name.GetPath());
+    const std::string path = mode == FILEOPEN::READ ? _policy.FindReadable(named) : named;
+    if (path.empty() || !self.file.Open(path.c_str(), GetPlatformMode(mode)))
       return false;
-    self.fd = open(path.c_str(), GetOpenFlags(mode), 0666);
   }
   catch (...)
   {
     return false;
   }
-  struct stat status = {};
-  if (self.fd >= 0 && (fstat(self.fd, &status) != 0 || !S_ISREG(status.st_mode)))
-    Close(file);
-  if (self.fd < 0)
-    return false;
-  self.length = status.st_size;
-  self.position = mode == FILEOPEN::APPEND ? self.length : 0;
+  self.position = mode == FILEOPEN::APPEND ? self.file.GetLength() : 0;
   self.order = order;
   return true;
 }
 
 Bool HeadlessFileTable::Close(HostFile* file) noexcept
 {
-  HeadlessFile& self = *ToHeadless(file);
-  if (self.fd < 0)
-    return true;
-  const int result = close(self.fd);
-  self.fd = -1;
-  return result == 0;
+  return ToHeadless(file)->file.Close();
 }
 
 Bool HeadlessFileTable::Seek(HostFile* file, Int distance) noexcept
 {
   HeadlessFile& self = *ToHeadless(file);
-  if (self.fd < 0 || distance < 0 || distance > INT64_MAX - self.position)
+  if (!self.file.IsOpen() || distance < 0 || distance > INT64_MAX - self.position)
     return false;
   self.position += distance;
   return true;
@@ -152,44 +153,26 @@ Int HeadlessFileTable::GetPosition(const HostFile* file) noexcept
 }
 Int HeadlessFileTable::GetLength(const HostFile* file) noexcept
 {
-  return ToHeadless(file)->length;
+  return ToHeadless(file)->file.GetLength();
 }
 
 Int HeadlessFileTable::ReadBytes(HostFile* file, void* target, Int byteCount) noexcept
 {
   HeadlessFile& self = *ToHeadless(file);
-  Int done = 0;
-  while (done < byteCount)
-  {
-    const size_t wanted = static_cast<size_t>(SmallerOf(byteCount - done, kLargestCall));
-    const ssize_t count = pread(self.fd, static_cast<Byte*>(target) + done, wanted, self.position);
-    if (count < 0 && errno == EINTR)
-      continue;
-    if (count < 0)
-      return -1;
-    if (count == 0)
-      break;
-    done += count;
-    self.position += count;
-  }
-  return done;
+  // Far beyond the end the system would call the position itself an error.
+  if (self.file.IsOpen() && self.position > self.file.GetLength())
+    return 0;
+  const Int count = self.file.ReadAt(self.position, target, byteCount);
+  self.position += count > 0 ? count : 0;
+  return count;
 }
 
 Bool HeadlessFileTable::WriteBytes(HostFile* file, const void* source, Int byteCount) noexcept
 {
   HeadlessFile& self = *ToHeadless(file);
-  Int done = 0;
-  while (done < byteCount)
-  {
-    const size_t wanted = static_cast<size_t>(SmallerOf(byteCount - done, kLargestCall));
-    const ssize_t count = write(self.fd, static_cast<const Byte*>(source) + done, wanted);
-    if (count < 0 && errno == EINTR)
-      continue;
-    if (count <= 0)
-      return false;
-    done += count;
-    self.position += count;
-  }
+  if (byteCount < 0 || !self.file.WriteAt(self.position, source, byteCount))
+    return false;
+  self.position += byteCount;
   return true;
 }
 
@@ -206,8 +189,8 @@ Bool HeadlessFileTable::Exists(const HostFilename& name) noexcept
 {
   try
   {
-    const std::string path = ToStd(name.GetPath());
-    return GetFileSystemType(path) != HostFileSystemType::kNone && _policy.MayRead(path);
+    const std::string path = _policy.FindReadable(ToStd(name.GetPath()));
+    return !path.empty() && GetFileSystemType(path) != HostFileSystemType::kNone;
   }
   catch (...)
   {
@@ -215,9 +198,16 @@ Bool HeadlessFileTable::Exists(const HostFilename& name) noexcept
   }
 }
 
+HeadlessUrlService::~HeadlessUrlService()
+{
+  std::error_code error;  // what cannot be removed stays for the system's own cleaning
+  if (!_temporaryFolder.empty())
+    std::filesystem::remove_all(_temporaryFolder, error);
+}
+
 HostFileSystemType HeadlessUrlService::GetType(const Url& url) noexcept
 {
-  if (url.GetScheme() != URLSCHEME_FILESYSTEM)
+  if (!HasPath(url))
     return HostFileSystemType::kNone;
   try
   {
@@ -231,6 +221,8 @@ HostFileSystemType HeadlessUrlService::GetType(const Url& url) noexcept
 
 Result<void> HeadlessUrlService::Write(const Url& url, const Byte* bytes, Int byteCount) noexcept
 {
+  if (!HasPath(url))
+    return MakeSchemeError();
   try
   {
     const std::string failure = WriteFileWhole(ToStd(url.GetPath()), bytes, static_cast<size_t>(byteCount));
@@ -244,6 +236,8 @@ Result<void> HeadlessUrlService::Write(const Url& url, const Byte* bytes, Int by
 
 Result<void> HeadlessUrlService::CreateFolder(const Url& url) noexcept
 {
+  if (!HasPath(url))
+    return MakeSchemeError();
   try
   {
     const std::string path = ToStd(url.GetPath());
@@ -259,10 +253,20 @@ Result<void> HeadlessUrlService::CreateFolder(const Url& url) noexcept
 
 Result<Url> HeadlessUrlService::GetBaseFolder() noexcept
 {
-  if (_baseFolder.empty())
-    return MAKE_ERROR(ErrorClass::kIo, "There is no folder for the textures of this load."_s);
-  ASSIGN_OR_RETURN(const String folder, String::Create(_baseFolder));
-  return Url::FromPath(folder);
+  try
+  {
+    if (_baseFolder.empty() && _temporaryFolder.empty())
+      _temporaryFolder = MakeTemporaryFolder();
+    const std::string& chosen = _baseFolder.empty() ? _temporaryFolder : _baseFolder;
+    if (chosen.empty())
+      return MakeIoError("cannot make a temporary folder: " + GetSystemReason());
+    ASSIGN_OR_RETURN(const String folder, String::Create(chosen));
+    return Url::FromPath(folder);
+  }
+  catch (...)
+  {
+    return Error::OutOfMemory();
+  }
 }
 
 }  // namespace q7z

@@ -1,6 +1,7 @@
 #pragma once
 
-// Files of the classic API on POSIX descriptors, the URL service, and what a load may read. Only regular files are opened.
+// Files of the classic API, the URL service, and what a load may read. Each belongs to one HeadlessHost. Files may be used from
+// several threads, one file by one thread at a time; the policy changes between loads only, and warns from the loading thread.
 
 #include <set>
 #include <string>
@@ -21,18 +22,28 @@ protected:
   ~FileWarnings() = default;
 };
 
-/// Which files may be read: the input, and what lies in its folder or below, decided on resolved paths.
+/// Which files may be read during a load: the input, and what lies in its folder or below, decided on resolved paths. Without a
+/// load, all.
 class FilePolicy
 {
 public:
-  /// Restricts reading to input's folder; an empty path lifts the restriction. warnings may be null; not owned.
-  void SetInput(const std::string& input, bool allowOutside, FileWarnings* warnings);
-  bool MayRead(const std::string& path);
+  /// From now on side files lie in input's folder or below. An input that is not there leaves nothing to read.
+  /// @param warnings  told of each refused file once; may be null; not owned.
+  void Restrict(const std::string& input, FileWarnings* warnings);
+  void Lift() noexcept;
+
+  /// @return the path to open, or an empty text when the file is not there or may not be read.
+  std::string FindReadable(const std::string& path);
 
 private:
-  std::string _folder;  // resolved, with a slash at the end; empty for no restriction
+  void Warn(const std::string& path);
+
+  bool _restricted = false;
+  std::string _namedFolder;  // as the input's path spells it, with a slash at the end
+  std::string _folder;       // resolved, with a slash at the end
+  std::string _input;        // resolved
   FileWarnings* _warnings = nullptr;
-  std::set<std::string> _refused;  // each is told once
+  std::set<std::string> _refused;  // resolved
 };
 
 class HeadlessFileTable final : public HostFileTable
@@ -60,7 +71,13 @@ private:
 class HeadlessUrlService final : public HostUrlService
 {
 public:
-  /// The folder in which `tex` is made.
+  HeadlessUrlService() noexcept = default;
+  HeadlessUrlService(const HeadlessUrlService&) = delete;
+  HeadlessUrlService& operator=(const HeadlessUrlService&) = delete;
+  /// The temporary folder goes with all that is in it.
+  ~HeadlessUrlService();
+
+  /// The folder in which `tex` is made; empty for a temporary one, which is made when it is asked for.
   void SetBaseFolder(const std::string& folder) { _baseFolder = folder; }
 
   HostFileSystemType GetType(const Url& url) noexcept override;
@@ -70,6 +87,7 @@ public:
 
 private:
   std::string _baseFolder;
+  std::string _temporaryFolder;  // ours; empty until it is needed
 };
 
 }  // namespace q7z

@@ -1,13 +1,9 @@
 #include "host/services/headlesshash.h"
 
-#include <fcntl.h>
-#include <unistd.h>
 #include <xxhash.h>
 
-#include <cerrno>
 #include <memory>
 
-#include "framework/check.h"
 #include "host/services/filereading.h"
 
 namespace q7z
@@ -16,7 +12,8 @@ namespace q7z
 namespace
 {
 
-constexpr size_t kBlockBytes = size_t(1) << 18;
+// Small enough to stay in the processor's cache between reading and hashing.
+constexpr Int kBlockBytes = Int(1) << 18;
 
 Result<String> FormatHash(XXH128_hash_t hash) noexcept
 {
@@ -35,22 +32,26 @@ struct StateDeleter
   void operator()(XXH3_state_t* state) const noexcept { XXH3_freeState(state); }
 };
 
-/// Feeds a whole file. @return whether it could be read.
-bool FeedFile(const std::string& path, XXH3_state_t& state)
+Result<String> HashWholeFile(const std::string& path)
 {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0)
-    return false;
-  const std::unique_ptr<char[]> block(new char[kBlockBytes]);
-  ssize_t count = 0;
-  do
+  const auto fail = [&] { return MakeIoError("Cannot read \"" + path + "\": " + GetSystemReason()); };
+  const std::unique_ptr<XXH3_state_t, StateDeleter> state(XXH3_createState());
+  PlatformFile file;
+  if (!state)
+    return Error::OutOfMemory();
+  if (!file.Open(path.c_str(), PlatformOpen::kRead))
+    return fail();
+  XXH3_128bits_reset(state.get());
+  const auto block = std::make_unique_for_overwrite<char[]>(kBlockBytes);
+  Int position = 0;
+  for (Int count = kBlockBytes; count == kBlockBytes; position += count)
   {
-    count = read(fd, block.get(), kBlockBytes);
-    if (count > 0)
-      XXH3_128bits_update(&state, block.get(), static_cast<size_t>(count));
-  } while (count > 0 || (count < 0 && errno == EINTR));
-  close(fd);
-  return count == 0;
+    count = file.ReadAt(position, block.get(), kBlockBytes);
+    if (count < 0)
+      return fail();
+    XXH3_128bits_update(state.get(), block.get(), static_cast<size_t>(count));
+  }
+  return FormatHash(XXH3_128bits_digest(state.get()));
 }
 
 }  // namespace
@@ -64,14 +65,7 @@ Result<String> HeadlessHash::HashFile(const Url& url) noexcept
 {
   try
   {
-    const std::unique_ptr<XXH3_state_t, StateDeleter> state(XXH3_createState());
-    if (!state)
-      return Error::OutOfMemory();
-    XXH3_128bits_reset(state.get());
-    const std::string path = ToStd(url.GetPath());
-    if (GetFileSystemType(path) != HostFileSystemType::kFile || !FeedFile(path, *state))
-      return MAKE_ERROR(ErrorClass::kIo, "The file cannot be hashed."_s);
-    return FormatHash(XXH3_128bits_digest(state.get()));
+    return HashWholeFile(ToStd(url.GetPath()));
   }
   catch (...)
   {

@@ -49,14 +49,21 @@ HeadlessJobs::HeadlessJobs(int threads) noexcept : _threads(threads)
 {}
 HeadlessJobs::~HeadlessJobs() = default;
 
+HeadlessJobs::Arena& HeadlessJobs::FindOrMakeArena()
+{
+  const std::lock_guard lock(_mutex);
+  if (!_arena)
+    _arena = std::make_unique<Arena>(_threads);
+  return *_arena;
+}
+
 Result<void> HeadlessJobs::ParallelFor(Int count, Int grain, RangeFunction function, void* context) noexcept
 {
   if (count <= 0)
     return {};
   try
   {
-    if (!_arena)
-      _arena = std::make_unique<Arena>(_threads);
+    Arena& arena = FindOrMakeArena();
     FirstError first;
     // What the caller wrote before the loop is seen in it, and what the pieces wrote is seen behind it. oneTBB orders this itself;
     // written down here, it is also seen by tools that watch our code alone.
@@ -72,7 +79,7 @@ Result<void> HeadlessJobs::ParallelFor(Int count, Int grain, RangeFunction funct
         first.Set(result.GetError());
       order.fetch_add(1, std::memory_order_release);
     };
-    _arena->arena.execute(
+    arena.arena.execute(
       [&]
       {
         const tbb::blocked_range<Int> all(0, count, static_cast<size_t>(grain > 0 ? grain : 1));

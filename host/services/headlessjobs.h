@@ -1,8 +1,9 @@
 #pragma once
 
-// Parallel loops on oneTBB. The workers start with the first loop, so that a run without one pays nothing.
+// Parallel loops on oneTBB, for any thread. The workers start with the first loop, so that a run without one pays nothing.
 
 #include <memory>
+#include <mutex>
 
 #include "plugin/module/hostservices.h"
 
@@ -20,8 +21,11 @@ public:
 
 private:
   struct Arena;
+  Arena& FindOrMakeArena();
+
   int _threads;
-  std::unique_ptr<Arena> _arena;
+  std::mutex _mutex;
+  std::unique_ptr<Arena> _arena;  // made under _mutex
 };
 
 }  // namespace q7z

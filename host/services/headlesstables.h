@@ -1,16 +1,14 @@
 #pragma once
 
-// The tables of the headless host that are no part of the scene: texts, descriptions, registrations, console and dialogs. Each
-// belongs to one HeadlessHost. What needs a window answers that there is none.
+// The tables of the headless host that are no part of the scene: registrations, console and dialogs. Each belongs to one
+// HeadlessHost. What needs a window answers that there is none.
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "host/scene/headlesscontainer.h"
-#include "host/scene/headlessnode.h"
+#include "host/services/headlessresources.h"
 #include "plugin/module/hostconsole.h"
 #include "plugin/module/hostdialog.h"
 #include "plugin/module/hostmaterial.h"
@@ -21,38 +19,6 @@ namespace q7z
 
 /// Takes a line that the plug-in says: a console line, a diagnostic line or a message box.
 using TextSink = std::function<void(const std::string& line)>;
-
-class HeadlessResources final : public HostResourceTable
-{
-public:
-  /// Texts are read from folder/strings_en.txt when the module asks for them.
-  void SetFolder(std::string folder) { _folder = std::move(folder); }
-
-  Bool Load() noexcept override;
-  String GetString(Int32 number) noexcept override;
-
-private:
-  std::string _folder;
-  std::map<Int32, std::string> _texts;
-};
-
-class HeadlessDescriptions final : public HostDescriptionTable
-{
-public:
-  void SetFolder(std::string folder) { _folder = std::move(folder); }
-  /// Makes a description known under an id. @return false when there is no such file.
-  bool Register(Int32 id, const std::string& name);
-
-  Bool LoadByName(HostDescription* description, const Char* name) noexcept override;
-  Bool LoadById(HostDescription* description, Int32 id) noexcept override;
-  Bool BaseGetDescription(HostNode*, HostDescription*, Int32&) noexcept override { return true; }
-  Bool BaseGetEnabling(const HostNode*, const HostDescId&) noexcept override { return true; }
-
-private:
-  bool Exists(const std::string& name) const;
-  std::string _folder;
-  std::map<Int32, std::string> _names;
-};
 
 /// A registered loader or saver.
 struct HeadlessPlugin

@@ -1,15 +1,16 @@
-// JSON reading, on simdjson. Its parser that is fast on every machine copies all strings; the payload of a data URI, which may be
-// most of a file, is therefore cut out of the text before it is parsed, and stays where it was read.
+// JSON reading, on simdjson. Of its two parsers the one that is fast on every machine copies all strings; the long ones, the
+// payloads of data URIs, are therefore taken out of the text before it is parsed, and stay where they were read.
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
-#include <vector>
 
 #include "framework/check.h"
 #include "host/services/filereading.h"
 #include "host/services/headlessjson.h"
+#include "host/services/jsonpayloads.h"
 
 namespace q7z
 {
@@ -21,17 +22,12 @@ namespace
 
 namespace dom = simdjson::dom;
 
-// Payloads from here on are cut out.
-constexpr size_t kLongPayload = 4096;
-// Media type and parameters in front of a payload.
-constexpr size_t kLongestPrefix = 128;
-
-constexpr Int kPoolBytes = Int(1) << 16;
-
-constexpr std::string_view kEncodingMark = ";base64,";
-constexpr std::string_view kUriStart = "\"data:";
-// Stands for a payload, followed by its number. No base64 text holds it.
-constexpr char kCutMark = '#';
+// Longer texts are not packed.
+constexpr Int kLongestPacked = Int(4) << 10;
+constexpr Int kLargestPoolBlock = Int(64) << 10;
+constexpr size_t kDeepest = 1024;
+// Whole numbers of fewer digits fit 64 bits.
+constexpr size_t kLongIntegerDigits = 19;
 
 /// Short texts, packed into shared blocks.
 class TextPool
@@ -51,9 +47,9 @@ public:
     if (text.empty())
       return String();
     const Int byteCount = static_cast<Int>(text.size());
-    if (byteCount > kPoolBytes / 16)
+    if (byteCount > kLongestPacked)
       return String::Create(text);
-    if (!_block || _used + byteCount > kPoolBytes)
+    if (!_block || _used + byteCount > _block->GetByteCount())
       RETURN_IF_ERROR(Grow());
     Char* const place = _block->GetBytes() + _used;
     std::memcpy(place, text.data(), text.size());
@@ -64,7 +60,9 @@ public:
 private:
   Result<void> Grow() noexcept
   {
-    StringBlock* const block = StringBlock::Create(kPoolBytes);
+    // A small document keeps a small block alive.
+    const Int doubled = _block ? _block->GetByteCount() * 2 : kLongestPacked;
+    StringBlock* const block = StringBlock::Create(doubled < kLargestPoolBlock ? doubled : kLargestPoolBlock);
     if (!block)
       return Error::OutOfMemory();
     if (_block)
@@ -75,112 +73,7 @@ private:
   }
 
   StringBlock* _block = nullptr;
-  Int _used = 0;
-};
-
-/// The length of the printable ASCII at the start of text that holds neither a quote nor a backslash. A tail of up to 63 bytes is
-/// looked at byte by byte.
-size_t GetPlainLength(std::string_view text) noexcept
-{
-  const auto isPlain = [](char byte) { return byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\'; };
-  size_t position = 0;
-  for (; position + 64 <= text.size(); position += 64)
-  {
-    unsigned broken = 0;
-    for (size_t i = 0; i < 64; ++i)
-    {
-      const signed char byte = static_cast<signed char>(text[position + i]);
-      broken |= static_cast<unsigned>((byte < 0x20) | (byte == 0x7F) | (byte == '"') | (byte == '\\'));
-    }
-    if (broken)
-      break;
-  }
-  while (position < text.size() && isPlain(text[position]))
-    ++position;
-  return position;
-}
-
-/// A text whose long data URI payloads are cut out, each replaced by the mark and its number.
-class CutText
-{
-public:
-  /// Looks for payloads; without any the text stays as it is.
-  explicit CutText(std::string_view text)
-  {
-    size_t kept = 0;
-    for (size_t at = FindMark(text, 0); at != std::string_view::npos; at = FindMark(text, at))
-    {
-      at += kEncodingMark.size();
-      if (at < text.size() && text[at] == kCutMark)
-      {
-        // The file uses the mark itself, so nothing may be cut.
-        _payloads.clear();
-        return;
-      }
-      const size_t length = GetPayloadLength(text, at);
-      if (length < kLongPayload)
-        continue;
-      _text.append(text.substr(kept, at - kept));
-      _text += kCutMark + std::to_string(_payloads.size());
-      _payloads.push_back(text.substr(at, length));
-      kept = at += length;
-    }
-    if (!_payloads.empty())
-      _text.append(text.substr(kept));
-  }
-
-  Bool IsCut() const noexcept { return !_payloads.empty(); }
-  const std::string& GetText() const noexcept { return _text; }
-
-  /// The whole string, in the original text, that a parsed string stands for; nothing when it is an ordinary one.
-  std::string_view FindOriginal(std::string_view parsed) const noexcept
-  {
-    const size_t mark = parsed.rfind(kCutMark);
-    if (_payloads.empty() || mark == std::string_view::npos || !parsed.substr(0, mark).ends_with(kEncodingMark))
-      return {};
-    size_t number = 0;
-    for (const char digit : parsed.substr(mark + 1))
-    {
-      if (digit < '0' || digit > '9' || number >= _payloads.size())
-        return {};
-      number = number * 10 + static_cast<size_t>(digit - '0');
-    }
-    if (number >= _payloads.size())
-      return {};
-    // What stands before the payload was not touched, so it lies in front of it in the original, too.
-    const std::string_view payload = _payloads[number];
-    return {payload.data() - mark, payload.size() + mark};
-  }
-
-private:
-  static size_t FindMark(std::string_view text, size_t from) noexcept
-  {
-    for (size_t at = text.find(';', from); at != std::string_view::npos; at = text.find(';', at + 1))
-    {
-      if (text.substr(at).starts_with(kEncodingMark))
-        return at;
-    }
-    return std::string_view::npos;
-  }
-
-  /// The bytes of a payload that ends with its string, and whose string begins with "data: a few bytes before; else 0.
-  static size_t GetPayloadLength(std::string_view text, size_t at) noexcept
-  {
-    const size_t nearby = at < kLongestPrefix ? 0 : at - kLongestPrefix;
-    const size_t quote = text.substr(nearby, at - nearby).rfind('"');
-    if (quote == std::string_view::npos)
-      return 0;
-    const size_t start = nearby + quote;
-    const Bool isUri = text.substr(start).starts_with(kUriStart) && (start == 0 || text[start - 1] != '\\') &&
-                       GetPlainLength(text.substr(start + 1, at - start - 1)) == at - start - 1;
-    if (!isUri)
-      return 0;
-    const size_t length = GetPlainLength(text.substr(at));
-    return at + length < text.size() && text[at + length] == '"' ? length : 0;
-  }
-
-  std::string _text;
-  std::vector<std::string_view> _payloads;
+  Int _used = 0;  // of the block
 };
 
 struct ArenaOwner
@@ -193,27 +86,41 @@ struct ArenaOwner
   DataArena* arena = nullptr;
 };
 
-/// Builds the Data of one document, value by value. Recursion goes as deep as the parser let the text nest.
+Error MakeParseError(std::string_view reason) noexcept
+{
+  const Result<String> text =
+    String::Format("The JSON text is broken: @"_s, {String(reason.data(), static_cast<Int>(reason.size()))});
+  return text.HasError() ? text.GetError() : MAKE_ERROR(ErrorClass::kUnexpected, text.GetValue());
+}
+
+Error MakeParseError(simdjson::error_code code) noexcept
+{
+  return code == simdjson::MEMALLOC ? Error::OutOfMemory() : MakeParseError(simdjson::error_message(code));
+}
+
+/// Builds the Data of one document, value by value.
 class DocumentBuilder
 {
 public:
-  DocumentBuilder(StringBlock* block, const CutText& cut) noexcept : _block(block), _cut(cut) {}
+  /// @param payloads  what was taken out of the text, which lies in block; null for nothing.
+  DocumentBuilder(StringBlock* block, JsonPayloads* payloads) noexcept : _block(block), _payloads(payloads) {}
 
   Result<Data> Build(const dom::element& root) noexcept
   {
     _arena.arena = DataArena::Create();
     if (!_arena.arena)
       return Error::OutOfMemory();
-    return BuildValue(root);
+    return BuildValue(root, 0);
   }
 
 private:
-  Result<Data> BuildValue(const dom::element& value) noexcept
+  /// @param depth  of the arrays and objects around the value. Recursion ends where the text may nest no deeper.
+  Result<Data> BuildValue(const dom::element& value, size_t depth) noexcept
   {
     switch (value.type())
     {
-      case dom::element_type::OBJECT: return BuildObject(value);
-      case dom::element_type::ARRAY: return BuildArray(value);
+      case dom::element_type::OBJECT: return BuildObject(value, depth + 1);
+      case dom::element_type::ARRAY: return BuildArray(value, depth + 1);
       case dom::element_type::STRING: return BuildString(std::string_view(value));
       case dom::element_type::INT64: return Data(static_cast<Int>(int64_t(value)));
       case dom::element_type::UINT64:  // beyond 63 bits
@@ -225,12 +132,14 @@ private:
     return Data();
   }
 
-  Result<Data> BuildArray(const dom::array& array) noexcept
+  Result<Data> BuildArray(const dom::array& array, size_t depth) noexcept
   {
+    if (depth > kDeepest)
+      return MakeParseError(simdjson::DEPTH_ERROR);
     const Int first = _values.GetCount();
     for (const dom::element element : array)
     {
-      ASSIGN_OR_RETURN(Data data, BuildValue(element));
+      ASSIGN_OR_RETURN(Data data, BuildValue(element, depth));
       RETURN_IF_ERROR(_values.Append(std::move(data)));
     }
     Result<Data> built = Data::CreateArray(_values.begin() + first, _values.GetCount() - first, _arena.arena);
@@ -238,13 +147,15 @@ private:
     return built;
   }
 
-  Result<Data> BuildObject(const dom::object& object) noexcept
+  Result<Data> BuildObject(const dom::object& object, size_t depth) noexcept
   {
+    if (depth > kDeepest)
+      return MakeParseError(simdjson::DEPTH_ERROR);
     const Int first = _members.GetCount();
     for (const dom::key_value_pair field : object)
     {
       ASSIGN_OR_RETURN(const DataKey key, BuildKey(field.key));
-      ASSIGN_OR_RETURN(Data data, BuildValue(field.value));
+      ASSIGN_OR_RETURN(Data data, BuildValue(field.value, depth));
       RETURN_IF_ERROR(_members.Append(DataMember{key, std::move(data)}));
     }
     Result<DataDictionary> built = DataDictionary::Create(_members.begin() + first, _members.GetCount() - first, _arena.arena);
@@ -255,28 +166,39 @@ private:
   }
 
   /// The same name gives the same bytes, while the small cache holds it.
-  Result<DataKey> BuildKey(std::string_view name) noexcept
+  Result<DataKey> BuildKey(std::string_view parsed) noexcept
   {
+    const std::string_view original = FindOriginal(parsed);
+    const std::string_view name = original.empty() ? parsed : original;
     const UInt hash = String::HashBytes(name.data(), static_cast<Int>(name.size()));
     String& cached = _names[hash % _names.size()];
     if (cached.IsEmpty() || cached.GetView() != name)
     {
-      ASSIGN_OR_RETURN(cached, _pool.Add(name));
+      ASSIGN_OR_RETURN(cached, BuildText(parsed, original));
     }
     return DataKey(cached, hash);
   }
 
-  Result<Data> BuildString(std::string_view text) noexcept
+  Result<Data> BuildString(std::string_view parsed) noexcept
   {
-    const std::string_view original = _cut.FindOriginal(text);
-    if (!original.empty())
-      return Data(String(_block, original.data(), static_cast<Int>(original.size())));
-    ASSIGN_OR_RETURN(String string, _pool.Add(text));
-    return Data(std::move(string));
+    ASSIGN_OR_RETURN(String text, BuildText(parsed, FindOriginal(parsed)));
+    return Data(std::move(text));
+  }
+
+  Result<String> BuildText(std::string_view parsed, std::string_view original) noexcept
+  {
+    if (original.empty())
+      return _pool.Add(parsed);
+    return String(_block, original.data(), static_cast<Int>(original.size()));
+  }
+
+  std::string_view FindOriginal(std::string_view parsed) noexcept
+  {
+    return _payloads ? _payloads->FindOriginal(parsed) : std::string_view();
   }
 
   StringBlock* _block;
-  const CutText& _cut;
+  JsonPayloads* _payloads;
   ArenaOwner _arena;
   TextPool _pool;
   std::array<String, 256> _names;
@@ -284,14 +206,58 @@ private:
   BaseArray<DataMember> _members;  // of the objects that are open
 };
 
-Error MakeError(simdjson::error_code code) noexcept
+/// The end of the string that begins with the quote at `at`.
+size_t SkipString(std::string_view text, size_t at) noexcept
 {
-  if (code == simdjson::MEMALLOC)
-    return Error::OutOfMemory();
-  const std::string_view reason = simdjson::error_message(code);
-  const Result<String> text =
-    String::Format("The JSON text is broken: @"_s, {String(reason.data(), static_cast<Int>(reason.size()))});
-  return text.HasError() ? text.GetError() : MAKE_ERROR(ErrorClass::kUnexpected, text.GetValue());
+  for (++at; at < text.size() && text[at] != '"'; ++at)
+    at += text[at] == '\\' ? 1 : 0;
+  return at + 1;
+}
+
+/// text with an exponent behind each whole number that may be beyond 64 bits, so that it reads as a float. Such numbers are so
+/// rare that all of this runs only after the parser has met one that it refuses.
+std::string WidenIntegers(std::string_view text)
+{
+  constexpr std::string_view kOfNumbers = "+-.0123456789Ee";
+  std::string widened;
+  size_t kept = 0;
+  for (size_t at = 0; at < text.size();)
+  {
+    if (text[at] == '"')
+    {
+      at = SkipString(text, at);
+      continue;
+    }
+    const size_t end = std::min(text.find_first_not_of(kOfNumbers, at), text.size());
+    const std::string_view number = text.substr(at, end - at);
+    const std::string_view digits = number.starts_with('-') ? number.substr(1) : number;
+    if (digits.size() >= kLongIntegerDigits && digits.find_first_not_of("0123456789") == std::string_view::npos)
+    {
+      widened.append(text.substr(kept, end - kept)).append("e0");
+      kept = end;
+    }
+    at = std::max(end, at + 1);
+  }
+  if (kept > 0)
+    widened.append(text.substr(kept));
+  return widened;
+}
+
+/// text has kJsonPadding readable bytes behind it.
+Result<Data> ParseText(std::string_view text, StringBlock* block, JsonPayloads* payloads)
+{
+  dom::parser parser;
+  // The parser does not count an innermost container that is empty, so one level more is let through here and counted later.
+  if (const simdjson::error_code error = parser.allocate(std::max<size_t>(text.size(), 64), kDeepest + 1))
+    return MakeParseError(error);
+  dom::element root;
+  simdjson::error_code error = parser.parse(text.data(), text.size(), false).get(root);
+  std::string widened;
+  if (error == simdjson::NUMBER_ERROR)
+    widened = WidenIntegers(text);
+  if (!widened.empty())
+    error = parser.parse(widened).get(root);
+  return error ? MakeParseError(error) : DocumentBuilder(block, payloads).Build(root);
 }
 
 }  // namespace
@@ -300,18 +266,19 @@ Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noex
 {
   try
   {
-    if (byteCount >= 3 && std::memcmp(text, "\xEF\xBB\xBF", 3) == 0)
-      return MAKE_ERROR(ErrorClass::kUnexpected, "The JSON text begins with a byte order mark."_s);
     const std::string_view whole(text, static_cast<size_t>(byteCount));
-    const CutText cut(whole);
-    const simdjson::padded_string shortened = cut.IsCut() ? simdjson::padded_string(cut.GetText()) : simdjson::padded_string();
-    dom::parser parser;
-    dom::element root;
-    const auto error = cut.IsCut() ? parser.parse(shortened).get(root)
-                                   : parser.parse(reinterpret_cast<const uint8_t*>(text), whole.size(), false).get(root);
-    if (error)
-      return MakeError(error);
-    return DocumentBuilder(block, cut).Build(root);
+    if (whole.starts_with("\xEF\xBB\xBF"))
+      return MakeParseError("it begins with a byte order mark");
+    JsonPayloads payloads(whole);
+    if (!payloads.IsPopulated())
+      return ParseText(whole, block, nullptr);
+    std::string shortened = payloads.GetShortenedText();
+    const size_t length = shortened.size();
+    shortened.append(static_cast<size_t>(kJsonPadding), '\0');
+    Result<Data> parsed = ParseText(std::string_view(shortened).substr(0, length), block, &payloads);
+    if (parsed.HasError() || payloads.WereFoundOnce())
+      return parsed;
+    return ParseText(whole, block, nullptr);
   }
   catch (...)
   {

@@ -1,11 +1,14 @@
 // JSON writing: ours, because 32-bit floats must come out in their own shortest form.
 
+#include <simdjson.h>
+
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <string>
+#include <string_view>
 
 #include "framework/check.h"
+#include "host/services/filereading.h"
 #include "host/services/headlessjson.h"
 
 namespace q7z
@@ -14,120 +17,253 @@ namespace q7z
 namespace
 {
 
-constexpr int kIndent = 2;
+constexpr size_t kIndent = 2;
+constexpr size_t kDeepest = 1024;
+constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
+
+/// Text that grows in a block, so that what is ready needs no copy. Throws bad_alloc.
+class GrowingText
+{
+public:
+  void Append(std::string_view text)
+  {
+    if (text.empty())
+      return;
+    std::memcpy(MakeRoom(text.size()), text.data(), text.size());
+    _used += text.size();
+  }
+  void Append(char byte)
+  {
+    *MakeRoom(1) = byte;
+    ++_used;
+  }
+  void AppendBlanks(size_t count)
+  {
+    if (count == 0)
+      return;
+    std::memset(MakeRoom(count), ' ', count);
+    _used += count;
+  }
+  /// The text so far. A block that is mostly empty is not kept.
+  Result<String> Finish() const noexcept
+  {
+    if (!_block)
+      return String();
+    const std::string_view text(_block.Get()->GetBytes(), _used);
+    if (_used < GetCapacity() / 2)
+      return String::Create(text);
+    return String(_block.Get(), text.data(), static_cast<Int>(_used));
+  }
+
+private:
+  size_t GetCapacity() const noexcept { return _block ? static_cast<size_t>(_block.Get()->GetByteCount()) : 0; }
+
+  Char* MakeRoom(size_t byteCount)
+  {
+    if (_used + byteCount > GetCapacity())
+      Grow(_used + byteCount);
+    return _block.Get()->GetBytes() + _used;
+  }
+
+  void Grow(size_t minimum)
+  {
+    const size_t grown = GetCapacity() * 2 + 256;
+    BlockOwner block(StringBlock::Create(static_cast<Int>(grown > minimum ? grown : minimum + minimum / 8)));
+    if (!block)
+      throw std::bad_alloc();
+    if (_used)
+      std::memcpy(block.Get()->GetBytes(), _block.Get()->GetBytes(), _used);
+    _block = std::move(block);
+  }
+
+  BlockOwner _block;
+  size_t _used = 0;
+};
+
+/// Whether a byte of a string is written in another form.
+bool NeedsEscape(char byte) noexcept
+{
+  return byte == '"' || byte == '\\' || static_cast<unsigned char>(byte) < 0x20;
+}
+
+/// The bytes at the start of text that are written as they are.
+size_t GetPlainLength(std::string_view text) noexcept
+{
+  constexpr size_t kBlock = 32;
+  size_t position = 0;
+  for (; position + kBlock <= text.size(); position += kBlock)
+  {
+    // Without a branch for each byte, so that the compiler can test many at once.
+    unsigned special = 0;
+    for (size_t i = 0; i < kBlock; ++i)
+      special |= static_cast<unsigned>(NeedsEscape(text[position + i]));
+    if (special)
+      break;
+  }
+  while (position < text.size() && !NeedsEscape(text[position]))
+    ++position;
+  return position;
+}
+
+/// The length of the character at the start of a text that is not empty; 0 when it is no valid UTF-8.
+size_t GetCharacterLength(std::string_view text) noexcept
+{
+  const unsigned char first = static_cast<unsigned char>(text[0]);
+  const size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  return length <= text.size() && simdjson::validate_utf8(text.data(), length) ? length : 0;
+}
 
 class JsonWriter
 {
 public:
   explicit JsonWriter(Bool formatted) noexcept : _formatted(formatted) {}
 
-  Result<void> WriteValue(const Data& value, int depth)
+  Result<void> WriteValue(const Data& value, size_t depth)
   {
     switch (value.GetKind())
     {
-      case DataKind::kNil: _text += "null"; return {};
-      case DataKind::kBool: _text += value.GetBool().GetValue() ? "true" : "false"; return {};
-      case DataKind::kInt: _text += std::to_string(value.GetInt().GetValue()); return {};
+      case DataKind::kNil: _text.Append("null"); return {};
+      case DataKind::kBool: _text.Append(value.GetBool().GetValue() ? "true" : "false"); return {};
+      case DataKind::kInt: WriteInt(value.GetInt().GetValue()); return {};
       case DataKind::kFloat: return WriteFloat(value.GetFloat().GetValue(), value.IsSinglePrecision());
       case DataKind::kString: WriteString(value.GetString().GetValue().GetView()); return {};
-      case DataKind::kArray: return WriteArray(value.GetArray().GetValue(), depth);
-      case DataKind::kDictionary: return WriteDictionary(value.GetDictionary().GetValue(), depth);
+      case DataKind::kArray: return WriteArray(value.GetArray().GetValue(), depth + 1);
+      case DataKind::kDictionary: return WriteDictionary(value.GetDictionary().GetValue(), depth + 1);
     }
     return {};
   }
 
-  const std::string& GetText() const noexcept { return _text; }
+  Result<String> Finish() const noexcept { return _text.Finish(); }
 
 private:
-  void BreakLine(int depth)
+  void BreakLine(size_t depth)
   {
     if (!_formatted)
       return;
-    _text += '\n';
-    _text.append(static_cast<size_t>(depth) * kIndent, ' ');
+    _text.Append('\n');
+    _text.AppendBlanks(depth * kIndent);
   }
 
-  Result<void> WriteArray(const DataArrayView& elements, int depth)
+  static Error MakeDepthError() noexcept
   {
-    _text += '[';
+    return MAKE_ERROR(ErrorClass::kIllegalArgument, "The JSON value nests deeper than 1,024."_s);
+  }
+
+  Result<void> WriteArray(const DataArrayView& elements, size_t depth)
+  {
+    if (depth > kDeepest)
+      return MakeDepthError();
+    _text.Append('[');
     for (const Data& element : elements)
     {
       if (&element != elements.begin())
-        _text += ',';
-      BreakLine(depth + 1);
-      RETURN_IF_ERROR(WriteValue(element, depth + 1));
+        _text.Append(',');
+      BreakLine(depth);
+      RETURN_IF_ERROR(WriteValue(element, depth));
     }
     if (!elements.IsEmpty())
-      BreakLine(depth);
-    _text += ']';
+      BreakLine(depth - 1);
+    _text.Append(']');
     return {};
   }
 
-  Result<void> WriteDictionary(const DataDictionary& dictionary, int depth)
+  Result<void> WriteDictionary(const DataDictionary& dictionary, size_t depth)
   {
-    _text += '{';
+    if (depth > kDeepest)
+      return MakeDepthError();
+    _text.Append('{');
     for (const DataMember& member : dictionary)
     {
       if (&member != dictionary.begin())
-        _text += ',';
-      BreakLine(depth + 1);
+        _text.Append(',');
+      BreakLine(depth);
       WriteString(member.key.GetName().GetView());
-      _text += _formatted ? ": " : ":";
-      RETURN_IF_ERROR(WriteValue(member.value, depth + 1));
+      _text.Append(_formatted ? ": " : ":");
+      RETURN_IF_ERROR(WriteValue(member.value, depth));
     }
     if (dictionary.IsPopulated())
-      BreakLine(depth);
-    _text += '}';
+      BreakLine(depth - 1);
+    _text.Append('}');
     return {};
+  }
+
+  void WriteInt(Int value)
+  {
+    char digits[24];
+    const std::to_chars_result result = std::to_chars(digits, digits + sizeof(digits), value);
+    _text.Append({digits, static_cast<size_t>(result.ptr - digits)});
   }
 
   Result<void> WriteFloat(Float value, Bool single)
   {
-    if (!std::isfinite(value))
+    // A number beyond the 32-bit ones is none of them, whatever its maker said.
+    const Float32 rounded = single ? static_cast<Float32>(value) : 0;
+    if (!std::isfinite(value) || !std::isfinite(rounded))
       return MAKE_ERROR(ErrorClass::kIllegalArgument, "JSON has no number that is not finite."_s);
-    char text[40];
-    const std::to_chars_result result = single ? std::to_chars(text, text + sizeof(text), static_cast<Float32>(value))
-                                               : std::to_chars(text, text + sizeof(text), value);
-    const std::string_view number(text, static_cast<size_t>(result.ptr - text));
-    _text += number;
+    char digits[40];
+    const std::to_chars_result result =
+      single ? std::to_chars(digits, digits + sizeof(digits), rounded) : std::to_chars(digits, digits + sizeof(digits), value);
+    const std::string_view number(digits, static_cast<size_t>(result.ptr - digits));
+    _text.Append(number);
     // A float always shows that it is one.
     if (number.find_first_of(".e") == std::string_view::npos)
-      _text += ".0";
+      _text.Append(".0");
     return {};
   }
 
   void WriteString(std::string_view text)
   {
-    _text += '"';
-    for (const char byte : text)
-    {
-      if (byte == '"' || byte == '\\')
-        (_text += '\\') += byte;
-      else if (static_cast<unsigned char>(byte) < 0x20)
-        WriteControl(byte);
-      else
-        _text += byte;
-    }
-    _text += '"';
+    _text.Append('"');
+    if (simdjson::validate_utf8(text.data(), text.size()))
+      WriteEscaped(text);
+    else
+      WriteRepaired(text);
+    _text.Append('"');
   }
 
-  void WriteControl(char byte)
+  void WriteEscaped(std::string_view text)
+  {
+    while (!text.empty())
+    {
+      const size_t plain = GetPlainLength(text);
+      _text.Append(text.substr(0, plain));
+      if (plain == text.size())
+        return;
+      WriteEscape(text[plain]);
+      text.remove_prefix(plain + 1);
+    }
+  }
+
+  /// For names of files, which may be any bytes.
+  void WriteRepaired(std::string_view text)
+  {
+    while (!text.empty())
+    {
+      const size_t length = GetCharacterLength(text);
+      WriteEscaped(length ? text.substr(0, length) : kReplacementCharacter);
+      text.remove_prefix(length ? length : 1);
+    }
+  }
+
+  void WriteEscape(char byte)
   {
     static constexpr char kDigits[] = "0123456789abcdef";
     switch (byte)
     {
-      case '\n': _text += "\\n"; return;
-      case '\r': _text += "\\r"; return;
-      case '\t': _text += "\\t"; return;
+      case '"': _text.Append("\\\""); return;
+      case '\\': _text.Append("\\\\"); return;
+      case '\n': _text.Append("\\n"); return;
+      case '\r': _text.Append("\\r"); return;
+      case '\t': _text.Append("\\t"); return;
       default:
-        _text += "\\u00";
-        _text += kDigits[byte >> 4];
-        _text += kDigits[byte & 15];
+        _text.Append("\\u00");
+        _text.Append(kDigits[byte >> 4]);
+        _text.Append(kDigits[byte & 15]);
     }
   }
 
   Bool _formatted;
-  std::string _text;
+  GrowingText _text;
 };
 
 }  // namespace
@@ -138,7 +274,7 @@ Result<String> WriteJson(const Data& value, Bool formatted) noexcept
   {
     JsonWriter writer(formatted);
     RETURN_IF_ERROR(writer.WriteValue(value, 0));
-    return String::Create(writer.GetText());
+    return writer.Finish();
   }
   catch (...)
   {

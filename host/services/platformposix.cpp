@@ -1,0 +1,261 @@
+// The operating system by POSIX.
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "host/services/platform.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+// What the system reads or writes in one call.
+constexpr Int kLargestCall = Int(1) << 30;
+constexpr mode_t kNewFileRights = 0666;  // less what the process masks
+constexpr int kTemporaryNameTries = 100;
+
+int GetOpenFlags(PlatformOpen mode) noexcept
+{
+  // Not to be held up by a pipe, which is refused once it is seen to be one.
+  constexpr int kCommon = O_CLOEXEC | O_NONBLOCK;
+  switch (mode)
+  {
+    case PlatformOpen::kRead: return kCommon | O_RDONLY;
+    case PlatformOpen::kReplace: return kCommon | O_WRONLY | O_CREAT | O_TRUNC;
+    case PlatformOpen::kContinue: return kCommon | O_WRONLY | O_CREAT;
+    case PlatformOpen::kNew: return kCommon | O_WRONLY | O_CREAT | O_EXCL;
+  }
+  return kCommon | O_RDONLY;
+}
+
+size_t GetCallSize(Int rest) noexcept
+{
+  return static_cast<size_t>(rest < kLargestCall ? rest : kLargestCall);
+}
+
+/// A name in folder that is likely to be free.
+std::string MakeTemporaryName(const std::string& folder)
+{
+  static std::atomic<unsigned> counter{0};
+  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+  return folder + "/.q7z-" + std::to_string(getpid()) + "-" + std::to_string(now) + "-" + std::to_string(counter++);
+}
+
+/// Opens a file of a new name in folder. @return the name; empty when none can be made.
+std::string OpenTemporary(const std::string& folder, PlatformFile& file)
+{
+  for (int i = 0; i < kTemporaryNameTries; ++i)
+  {
+    std::string name = MakeTemporaryName(folder);
+    if (file.Open(name.c_str(), PlatformOpen::kNew))
+      return name;
+    if (errno != EEXIST)
+      break;
+  }
+  return "";
+}
+
+std::string DescribeWriteFailure(const std::string& path, const std::string& reason)
+{
+  return "cannot write \"" + path + "\": " + reason;
+}
+
+/// Sends bytes to something that is no regular file.
+std::string WriteThrough(const std::string& path, const char* bytes, size_t byteCount)
+{
+  const int handle = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  bool written = handle >= 0;
+  while (written && byteCount > 0)
+  {
+    const ssize_t count = write(handle, bytes, byteCount);
+    if (count < 0 && errno == EINTR)
+      continue;
+    written = count > 0;
+    bytes += count;
+    byteCount -= static_cast<size_t>(count);
+  }
+  const std::string reason = written ? "" : GetSystemReason();
+  if (handle >= 0 && close(handle) != 0 && written)
+    return DescribeWriteFailure(path, GetSystemReason());
+  return written ? "" : DescribeWriteFailure(path, reason);
+}
+
+}  // namespace
+
+Bool PlatformFile::Open(const char* path, PlatformOpen mode) noexcept
+{
+  if (IsOpen())
+  {
+    errno = EBUSY;
+    return false;
+  }
+  _handle = open(path, GetOpenFlags(mode), kNewFileRights);
+  struct stat status = {};
+  if (!IsOpen() || fstat(_handle, &status) != 0)
+  {
+    Close();
+    return false;
+  }
+  if (!S_ISREG(status.st_mode))
+  {
+    Close();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return false;
+  }
+  _length = status.st_size;
+  if (mode == PlatformOpen::kRead)
+    posix_fadvise(_handle, 0, 0, POSIX_FADV_SEQUENTIAL);  // a hint
+  return true;
+}
+
+Int PlatformFile::ReadAt(Int position, void* target, Int byteCount) noexcept
+{
+  Int done = 0;
+  while (done < byteCount)
+  {
+    const ssize_t count = pread(_handle, static_cast<Byte*>(target) + done, GetCallSize(byteCount - done), position + done);
+    if (count < 0 && errno == EINTR)
+      continue;
+    if (count < 0)
+      return -1;
+    if (count == 0)
+      break;
+    done += count;
+  }
+  return done;
+}
+
+Bool PlatformFile::WriteAt(Int position, const void* source, Int byteCount) noexcept
+{
+  Int done = 0;
+  while (done < byteCount)
+  {
+    const ssize_t count =
+      pwrite(_handle, static_cast<const Byte*>(source) + done, GetCallSize(byteCount - done), position + done);
+    if (count < 0 && errno == EINTR)
+      continue;
+    if (count <= 0)
+      return false;
+    done += count;
+    if (position + done > _length)
+      _length = position + done;
+  }
+  return IsOpen();
+}
+
+Bool PlatformFile::Close() noexcept
+{
+  if (!IsOpen())
+    return true;
+  const int result = close(_handle);
+  _handle = -1;
+  return result == 0;
+}
+
+Bool PlatformFile::SyncAndClose() noexcept
+{
+  const bool synced = fsync(_handle) == 0;
+  const int reason = errno;
+  const bool closed = Close();
+  if (!synced)
+    errno = reason;
+  return synced && closed;
+}
+
+std::string GetSystemReason()
+{
+  return std::strerror(errno);
+}
+
+HostFileSystemType GetFileSystemType(const std::string& path)
+{
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0)
+    return HostFileSystemType::kNone;
+  if (S_ISREG(status.st_mode))
+    return HostFileSystemType::kFile;
+  return S_ISDIR(status.st_mode) ? HostFileSystemType::kFolder : HostFileSystemType::kOther;
+}
+
+std::string ResolvePath(const std::string& path)
+{
+  char* const resolved = realpath(path.c_str(), nullptr);
+  std::string text = resolved ? resolved : "";
+  std::free(resolved);
+  return text;
+}
+
+std::string GetFolderOf(const std::string& path)
+{
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount)
+{
+  const std::string resolved = ResolvePath(path);
+  const std::string& target = resolved.empty() ? path : resolved;
+  const HostFileSystemType type = GetFileSystemType(target);
+  if (type == HostFileSystemType::kFolder)
+    return "cannot write \"" + path + "\": it is a folder";
+  if (type == HostFileSystemType::kOther)
+    return WriteThrough(target, static_cast<const char*>(bytes), byteCount);
+
+  const std::string folder = GetFolderOf(target);
+  PlatformFile file;
+  const std::string temporary = OpenTemporary(folder, file);
+  if (temporary.empty())
+    return "cannot write in \"" + folder + "\": " + GetSystemReason();
+  // A file that is replaced keeps its rights, where the file system can keep them.
+  struct stat old = {};
+  if (stat(target.c_str(), &old) == 0)
+    chmod(temporary.c_str(), old.st_mode & 0777);
+  if (file.WriteAt(0, bytes, static_cast<Int>(byteCount)) && file.SyncAndClose() &&
+      std::rename(temporary.c_str(), target.c_str()) == 0)
+    return "";
+  const std::string reason = GetSystemReason();
+  unlink(temporary.c_str());
+  return DescribeWriteFailure(path, reason);
+}
+
+std::string MakeTemporaryFolder()
+{
+  const char* const parent = std::getenv("TMPDIR");
+  std::string folder = std::string(parent && *parent ? parent : "/tmp") + "/q7z-XXXXXX";
+  return mkdtemp(folder.data()) ? folder : "";
+}
+
+PlatformLibrary::~PlatformLibrary()
+{
+  if (_library)
+    dlclose(_library);
+}
+
+std::string PlatformLibrary::Load(const std::string& path)
+{
+  // A bare name would be looked for in the system's folders.
+  const std::string exact = path.find('/') == std::string::npos ? "./" + path : path;
+  _library = dlopen(exact.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (_library)
+    return "";
+  const char* const reason = dlerror();
+  return reason ? reason : "unknown reason";
+}
+
+void* PlatformLibrary::Find(const char* name) const noexcept
+{
+  return _library ? dlsym(_library, name) : nullptr;
+}
+
+}  // namespace q7z
