@@ -1,0 +1,522 @@
+// Files of the classic API, the URL service, what a load may read, and hashes of files.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+#include <vector>
+
+#include "host/services/headlessfiles.h"
+#include "host/services/headlesshash.h"
+#include "tests/host/servicesupport.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+
+namespace
+{
+
+class RecordedWarnings final : public FileWarnings
+{
+public:
+  std::vector<std::string> texts;
+  void AddWarning(const std::string& text) override { texts.push_back(text); }
+};
+
+class Files : public testing::Test
+{
+protected:
+  Files() : file(table.Alloc()) { EXPECT_TRUE(file); }
+  ~Files() override { table.Free(file); }
+
+  bool Open(const std::string& path, FILEOPEN mode = FILEOPEN::READ, BYTEORDER order = BYTEORDER::V_INTEL)
+  {
+    return table.Open(file, HostFilename(MakeString(path)), mode, FILEDIALOG::NONE, order, kFileType, kFileCreator);
+  }
+  bool Exists(const std::string& path) { return table.Exists(HostFilename(MakeString(path))); }
+
+  /// Up to count bytes, or "(failed)".
+  std::string Read(Int count)
+  {
+    std::string bytes(static_cast<size_t>(count), '?');
+    const Int read = table.ReadBytes(file, bytes.data(), count);
+    return read < 0 ? "(failed)" : bytes.substr(0, static_cast<size_t>(read));
+  }
+  bool Write(std::string_view bytes) { return table.WriteBytes(file, bytes.data(), static_cast<Int>(bytes.size())); }
+
+  TestFolder folder;
+  FilePolicy policy;
+  HeadlessFileTable table{policy};
+  HostFile* file;
+};
+
+TEST_F(Files, ReadFromThePosition)
+{
+  ASSERT_TRUE(Open(folder.Write("a", "0123456789")));
+  EXPECT_EQ(table.GetLength(file), 10);
+  EXPECT_EQ(table.GetPosition(file), 0);
+  EXPECT_EQ(Read(3), "012");
+  EXPECT_TRUE(table.Seek(file, 2));
+  EXPECT_EQ(table.GetPosition(file), 5);
+  EXPECT_EQ(Read(0), "");
+  EXPECT_EQ(Read(2), "56");
+  EXPECT_EQ(Read(100), "789");
+  EXPECT_EQ(Read(1), "");
+  EXPECT_EQ(table.GetPosition(file), 10);
+  EXPECT_TRUE(table.Close(file));
+}
+
+TEST_F(Files, SeekForwardAlone)
+{
+  ASSERT_TRUE(Open(folder.Write("a", "0123456789")));
+  EXPECT_FALSE(table.Seek(file, -1));
+  EXPECT_EQ(table.GetPosition(file), 0);
+  EXPECT_TRUE(table.Seek(file, 11));
+  EXPECT_EQ(Read(1), "");
+  EXPECT_TRUE(table.Seek(file, INT64_MAX - 11));
+  EXPECT_EQ(Read(1), "");
+  EXPECT_FALSE(table.Seek(file, 1));
+  EXPECT_EQ(table.GetPosition(file), INT64_MAX);
+}
+
+TEST_F(Files, ReadWordsInTheOrderOfTheirOpening)
+{
+  const std::string path = folder.Write("a", "\x01\x02\x03\x04\x05\x06\x07");
+  UInt32 word = 99;
+  ASSERT_TRUE(Open(path, FILEOPEN::READ, BYTEORDER::V_INTEL));
+  EXPECT_TRUE(table.ReadUInt32(file, &word));
+  EXPECT_EQ(word, 0x04030201u);
+  EXPECT_FALSE(table.ReadUInt32(file, &word));  // three bytes are left
+  EXPECT_EQ(word, 0x04030201u);
+  EXPECT_TRUE(table.Close(file));
+  ASSERT_TRUE(Open(path, FILEOPEN::READ, BYTEORDER::V_MOTOROLA));
+  EXPECT_TRUE(table.ReadUInt32(file, &word));
+  EXPECT_EQ(word, 0x01020304u);
+}
+
+TEST_F(Files, ReadBeyondFourGigabytes)
+{
+  const Int far = (Int(5) << 30) + 7;
+  const std::string path = folder.Write("a", "");
+  ASSERT_EQ(truncate(path.c_str(), far + 3), 0);  // a hole
+  ASSERT_TRUE(Open(path));
+  EXPECT_EQ(table.GetLength(file), far + 3);
+  EXPECT_TRUE(table.Seek(file, far));
+  EXPECT_EQ(Read(10), std::string(3, '\0'));
+}
+
+TEST_F(Files, WriteReplacesWhatWasThere)
+{
+  const std::string path = folder.Write("a", "0123456789");
+  ASSERT_TRUE(Open(path, FILEOPEN::WRITE));
+  EXPECT_EQ(table.GetLength(file), 0);
+  EXPECT_TRUE(Write("abc"));
+  EXPECT_TRUE(table.Seek(file, 2));
+  EXPECT_TRUE(Write("d"));
+  EXPECT_EQ(table.GetPosition(file), 6);
+  EXPECT_EQ(table.GetLength(file), 6);
+  EXPECT_TRUE(table.Close(file));
+  EXPECT_EQ(ReadText(path), std::string("abc\0\0d", 6));
+}
+
+TEST_F(Files, AppendGoesOnAtTheEnd)
+{
+  const std::string path = folder.Write("a", "012");
+  ASSERT_TRUE(Open(path, FILEOPEN::APPEND));
+  EXPECT_EQ(table.GetPosition(file), 3);
+  EXPECT_TRUE(Write("34"));
+  EXPECT_TRUE(Write(""));
+  EXPECT_TRUE(table.Close(file));
+  EXPECT_EQ(ReadText(path), "01234");
+  ASSERT_TRUE(Open((folder / "new").string(), FILEOPEN::APPEND));
+  EXPECT_TRUE(Write("5"));
+  EXPECT_TRUE(table.Close(file));
+  EXPECT_EQ(ReadText(folder / "new"), "5");
+}
+
+TEST_F(Files, RefuseWhatTheyWereNotOpenedFor)
+{
+  const std::string path = folder.Write("a", "0123");
+  ASSERT_TRUE(Open(path));
+  EXPECT_FALSE(Write("x"));
+  EXPECT_FALSE(Open(path));  // it is open
+  EXPECT_TRUE(table.Close(file));
+  ASSERT_TRUE(Open((folder / "b").string(), FILEOPEN::WRITE));
+  EXPECT_EQ(Read(1), "(failed)");
+  EXPECT_EQ(ReadText(path), "0123");
+}
+
+TEST_F(Files, DoNotReadWhatIsMissing)
+{
+  EXPECT_FALSE(Open((folder / "missing").string()));
+  EXPECT_FALSE(Exists((folder / "missing").string()));
+  EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
+  EXPECT_TRUE(Exists(folder.Write("there", "")));
+}
+
+TEST_F(Files, DoNothingWhileClosed)
+{
+  UInt32 word = 0;
+  EXPECT_EQ(Read(1), "(failed)");
+  EXPECT_FALSE(Write("x"));
+  EXPECT_FALSE(table.Seek(file, 1));
+  EXPECT_FALSE(table.ReadUInt32(file, &word));
+  EXPECT_TRUE(table.Close(file));
+}
+
+struct OpenRow
+{
+  const char* name;
+  const char* path;
+};
+
+class FileKinds : public Files, public testing::WithParamInterface<OpenRow>
+{};
+
+TEST_P(FileKinds, OtherThanRegularAreNotOpened)
+{
+  std::filesystem::create_directory(folder / "folder");
+  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+  ASSERT_EQ(symlink("/nowhere/at/all", (folder / "dangling").c_str()), 0);
+  const std::string path = (folder / GetParam().path).string();
+  EXPECT_FALSE(Open(path, FILEOPEN::READ));
+  EXPECT_FALSE(Open(path, FILEOPEN::WRITE));
+  EXPECT_FALSE(Open(path, FILEOPEN::APPEND));
+}
+
+const OpenRow kKinds[] = {
+  {"InMissingFolder", "missing/file"}, {"Folder", "folder"},          {"Pipe", "pipe"}, {"Device", "/dev/zero"},
+  {"DanglingLink", "dangling"},        {"BelowAFile", "/dev/null/x"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, FileKinds, testing::ValuesIn(kKinds), RowName());
+
+// What a load may read. The input is in/scene.gltf; every row names a side file from the input's folder.
+
+struct PolicyRow
+{
+  const char* name;
+  const char* path;  // from in/, or absolute
+  bool readable;
+  const char* warning;  // about what; null for none
+};
+
+const PolicyRow kPolicies[] = {
+  {"Beside", "a.bin", true, nullptr},
+  {"Below", "deep/b.bin", true, nullptr},
+  {"BelowAndBack", "deep/../a.bin", true, nullptr},
+  {"OutAndBackIn", "../in/a.bin", true, nullptr},
+  {"Input", "scene.gltf", true, nullptr},
+  {"LinkToInside", "inside.bin", true, nullptr},
+  {"LinkThatIsTheInput", "linked.gltf", true, nullptr},
+  {"Above", "../secret.bin", false, "../secret.bin"},
+  {"AboveByDetour", "deep/../../secret.bin", false, "deep/../../secret.bin"},
+  {"Absolute", "/etc/passwd", false, "/etc/passwd"},
+  {"LinkToOutside", "outside.bin", false, "outside.bin"},
+  {"LinkedFolder", "away/secret.bin", false, "away/secret.bin"},
+  // A folder whose name merely begins like the input's.
+  {"SimilarName", "../in2/c.bin", false, "../in2/c.bin"},
+  // What is not there is missing, not refused.
+  {"Missing", "missing.bin", false, nullptr},
+  {"MissingOutside", "../missing.bin", false, nullptr},
+};
+
+class Policy : public Files, public testing::WithParamInterface<PolicyRow>
+{
+protected:
+  Policy()
+  {
+    input = folder.Write("in/scene.gltf", "{}");
+    folder.Write("in/a.bin", "a");
+    folder.Write("in/deep/b.bin", "b");
+    folder.Write("secret.bin", "s");
+    folder.Write("in2/c.bin", "c");
+    std::filesystem::create_symlink(folder / "in/deep/b.bin", folder / "in/inside.bin");
+    std::filesystem::create_symlink("scene.gltf", folder / "in/linked.gltf");
+    std::filesystem::create_symlink("../secret.bin", folder / "in/outside.bin");
+    std::filesystem::create_directory_symlink(folder.Path(), folder / "in/away");
+  }
+  std::string Side(const std::string& path) const { return (folder / "in" / path).string(); }
+
+  std::string input;
+  RecordedWarnings warnings;
+};
+
+std::vector<std::string> ExpectedWarnings(const char* about)
+{
+  if (!about)
+    return {};
+  return {"\"" + std::string(about) + "\" lies outside the input's folder and is not read; --allow-outside permits it"};
+}
+
+TEST_P(Policy, DecidesOnResolvedPaths)
+{
+  policy.Restrict(input, &warnings);
+  const std::string path = Side(GetParam().path);
+  EXPECT_EQ(Exists(path), GetParam().readable);
+  EXPECT_EQ(Open(path), GetParam().readable);
+  EXPECT_EQ(warnings.texts, ExpectedWarnings(GetParam().warning));
+}
+
+TEST_P(Policy, HoldsForRelativeInputs)
+{
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder / "in");
+  policy.Restrict("scene.gltf", &warnings);
+  const std::string path = GetParam().path[0] == '/' ? GetParam().path : std::string("./") + GetParam().path;
+  EXPECT_EQ(Open(path), GetParam().readable);
+  EXPECT_EQ(warnings.texts, ExpectedWarnings(GetParam().warning));
+  std::filesystem::current_path(before);
+}
+
+TEST_P(Policy, AllowsAllWithoutALoad)
+{
+  policy.Restrict(input, &warnings);
+  policy.Lift();
+  EXPECT_EQ(Open(Side(GetParam().path)), std::filesystem::exists(Side(GetParam().path)));
+  EXPECT_TRUE(warnings.texts.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Policy, testing::ValuesIn(kPolicies), RowName());
+
+using PolicyOnce = Policy;
+
+TEST_F(PolicyOnce, WarnsOnceForAFileByAnyName)
+{
+  policy.Restrict(input, &warnings);
+  for (const char* const path : {"../secret.bin", "outside.bin", "../secret.bin", "away/secret.bin"})
+    EXPECT_FALSE(Exists(Side(path)));
+  EXPECT_EQ(warnings.texts, ExpectedWarnings("../secret.bin"));
+  policy.Restrict(input, &warnings);  // the next load
+  EXPECT_FALSE(Exists(Side("outside.bin")));
+  EXPECT_EQ(warnings.texts.size(), 2u);
+}
+
+// The input's folder is the one that its path names: there its side files are looked for.
+TEST_F(PolicyOnce, FollowsALinkToTheInputAlone)
+{
+  std::filesystem::create_directory(folder / "links");
+  std::filesystem::create_symlink(input, folder / "links/scene.gltf");
+  folder.Write("links/side.bin", "x");
+  policy.Restrict((folder / "links/scene.gltf").string(), &warnings);
+  EXPECT_TRUE(Open((folder / "links/scene.gltf").string()));
+  table.Close(file);
+  EXPECT_TRUE(Exists((folder / "links/side.bin").string()));
+  EXPECT_FALSE(Exists(Side("a.bin")));
+}
+
+TEST_F(PolicyOnce, ReadsNothingForAnInputThatIsNotThere)
+{
+  policy.Restrict((folder / "none/scene.gltf").string(), &warnings);
+  EXPECT_FALSE(Exists(Side("a.bin")));
+  EXPECT_FALSE(Exists("/etc/passwd"));
+}
+
+TEST_F(PolicyOnce, DoesNotHoldForWriting)
+{
+  policy.Restrict(input, &warnings);
+  EXPECT_TRUE(Open((folder / "out").string(), FILEOPEN::WRITE));
+}
+
+// The URL service.
+
+struct TypeRow
+{
+  const char* name;
+  const char* path;
+  HostFileSystemType type;
+};
+
+const TypeRow kTypes[] = {
+  {"File", "file", HostFileSystemType::kFile},         {"Folder", "folder", HostFileSystemType::kFolder},
+  {"Device", "/dev/null", HostFileSystemType::kOther}, {"Missing", "missing", HostFileSystemType::kNone},
+  {"LinkToFile", "link", HostFileSystemType::kFile},
+};
+
+class UrlType : public testing::TestWithParam<TypeRow>
+{};
+
+TEST_P(UrlType, IsTold)
+{
+  const TestFolder folder;
+  folder.Write("file", "");
+  folder.Write("folder/inside", "");
+  std::filesystem::create_symlink("file", folder / "link");
+  EXPECT_EQ(HeadlessUrlService().GetType(MakeUrl(folder.Path() / GetParam().path)), GetParam().type);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, UrlType, testing::ValuesIn(kTypes), RowName());
+
+TEST(UrlService, KnowsNoTypeElsewhere)
+{
+  for (const char* const text : {"relative.bin", "http://example.org/a", "data:,a"})
+    EXPECT_EQ(HeadlessUrlService().GetType(Url::FromReference(MakeString(text)).GetValue()), HostFileSystemType::kNone) << text;
+}
+
+/// The message of writing content, "" on success.
+std::string WriteWhole(const std::filesystem::path& path, std::string_view content)
+{
+  const Result<void> written =
+    HeadlessUrlService().Write(MakeUrl(path), reinterpret_cast<const Byte*>(content.data()), static_cast<Int>(content.size()));
+  if (!written.HasError())
+    return "";
+  EXPECT_EQ(written.GetError().GetClass(), ErrorClass::kIo);
+  return MessageOf(written);
+}
+
+mode_t RightsOf(const std::filesystem::path& path)
+{
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+TEST(UrlService, WritesNewFilesWithTheUsualRights)
+{
+  const TestFolder folder;
+  const mode_t mask = umask(027);
+  EXPECT_EQ(WriteWhole(folder / "new", "content"), "");
+  umask(mask);
+  EXPECT_EQ(ReadText(folder / "new"), "content");
+  EXPECT_EQ(RightsOf(folder / "new"), 0640u);
+  EXPECT_EQ(folder.CountEntries(), 1);  // no temporary file is left
+}
+
+TEST(UrlService, ReplacesAFileAndKeepsItsRights)
+{
+  const TestFolder folder;
+  folder.Write("old", "a longer old content");
+  ASSERT_EQ(chmod((folder / "old").c_str(), 0604), 0);
+  EXPECT_EQ(WriteWhole(folder / "old", ""), "");
+  EXPECT_EQ(ReadText(folder / "old"), "");
+  EXPECT_EQ(RightsOf(folder / "old"), 0604u);
+  EXPECT_EQ(folder.CountEntries(), 1);
+}
+
+TEST(UrlService, ReplacesWhatALinkLeadsTo)
+{
+  const TestFolder folder;
+  folder.Write("target", "old");
+  std::filesystem::create_symlink("target", folder / "link");
+  EXPECT_EQ(WriteWhole(folder / "link", "new"), "");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+  EXPECT_EQ(ReadText(folder / "target"), "new");
+}
+
+TEST(UrlService, WritesThroughToDevices)
+{
+  EXPECT_EQ(WriteWhole("/dev/null", "content"), "");
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+  EXPECT_EQ(WriteWhole("/dev/full", "content"), "cannot write \"/dev/full\": No space left on device");
+}
+
+TEST(UrlService, TellsWhyItCannotWrite)
+{
+  const TestFolder folder;
+  folder.Write("file", "kept");
+  folder.Write("folder/inside", "kept");
+  const std::string base = folder.Path().string();
+  EXPECT_EQ(WriteWhole(folder / "folder", "x"), "cannot write \"" + base + "/folder\": it is a folder");
+  EXPECT_EQ(WriteWhole(folder / "none/file", "x"), "cannot write in \"" + base + "/none\": No such file or directory");
+  EXPECT_EQ(WriteWhole(folder / "file/below", "x"), "cannot write in \"" + base + "/file\": Not a directory");
+  EXPECT_EQ(ReadText(folder / "file"), "kept");
+  EXPECT_EQ(ReadText(folder / "folder/inside"), "kept");
+  EXPECT_EQ(folder.CountEntries(), 2);
+}
+
+TEST(UrlService, KeepsTheOldFileWhenItsFolderCannotBeWritten)
+{
+  if (geteuid() == 0)
+    GTEST_SKIP() << "nothing is forbidden to this user";
+  const TestFolder folder;
+  folder.Write("sealed/file", "kept");
+  std::filesystem::permissions(folder / "sealed", std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  EXPECT_NE(WriteWhole(folder / "sealed/file", "new"), "");
+  std::filesystem::permissions(folder / "sealed", std::filesystem::perms::owner_all);
+  EXPECT_EQ(ReadText(folder / "sealed/file"), "kept");
+}
+
+TEST(UrlService, WritesLocalFilesAlone)
+{
+  const Byte byte = 0;
+  for (const char* const text : {"relative.bin", "http://example.org/a"})
+  {
+    const Url url = Url::FromReference(MakeString(text)).GetValue();
+    EXPECT_EQ(MessageOf(HeadlessUrlService().Write(url, &byte, 1)), "Only local files and folders can be written.") << text;
+    EXPECT_EQ(MessageOf(HeadlessUrlService().CreateFolder(url)), "Only local files and folders can be written.") << text;
+  }
+}
+
+TEST(UrlService, MakesFoldersWithTheirParents)
+{
+  const TestFolder folder;
+  HeadlessUrlService urls;
+  EXPECT_FALSE(urls.CreateFolder(MakeUrl(folder / "a/b/c")).HasError());
+  EXPECT_TRUE(std::filesystem::is_directory(folder / "a/b/c"));
+  EXPECT_FALSE(urls.CreateFolder(MakeUrl(folder / "a/b/c")).HasError());
+  folder.Write("file", "");
+  const Result<void> blocked = urls.CreateFolder(MakeUrl(folder / "file/below"));
+  ASSERT_TRUE(blocked.HasError());
+  EXPECT_EQ(blocked.GetError().GetClass(), ErrorClass::kIo);
+}
+
+TEST(UrlService, HasABaseFolder)
+{
+  const TestFolder folder;
+  std::filesystem::path temporary;
+  {
+    HeadlessUrlService urls;
+    urls.SetBaseFolder(folder.Path().string());
+    EXPECT_EQ(Text(urls.GetBaseFolder().GetValue().GetPath()), folder.Path().string());
+    urls.SetBaseFolder("");
+    const Result<Url> made = urls.GetBaseFolder();
+    ASSERT_FALSE(made.HasError()) << MessageOf(made);
+    temporary = Text(made.GetValue().GetPath());
+    EXPECT_TRUE(std::filesystem::is_directory(temporary));
+    EXPECT_EQ(RightsOf(temporary), 0700u);
+    EXPECT_EQ(Text(urls.GetBaseFolder().GetValue().GetPath()), temporary.string());
+    std::filesystem::create_directory(temporary / "tex");
+    std::ofstream(temporary / "tex/a.png") << "x";
+  }
+  EXPECT_FALSE(std::filesystem::exists(temporary));
+  EXPECT_TRUE(std::filesystem::exists(folder.Path()));
+}
+
+// Hashes. The values for texts are those that the algorithm's own test program gives.
+
+TEST(Hash, OfTexts)
+{
+  HeadlessHash hash;
+  EXPECT_EQ(Text(hash.HashText(""_s).GetValue()), "99aa06d3014798d86001c324468d497f");
+  EXPECT_EQ(Text(hash.HashText("KHR_materials_unlit"_s).GetValue()).size(), 32u);
+  EXPECT_NE(Text(hash.HashText("a"_s).GetValue()), Text(hash.HashText("b"_s).GetValue()));
+}
+
+// One block, several, and lengths at their border.
+TEST(Hash, OfAFileIsThatOfItsBytes)
+{
+  const TestFolder folder;
+  HeadlessHash hash;
+  for (const size_t length : {0u, 1u, 1000u, 262143u, 262144u, 262145u, 1000000u})
+  {
+    std::string bytes;
+    for (size_t i = 0; i < length; ++i)
+      bytes += static_cast<char>(i * i >> 3);
+    const Result<String> ofFile = hash.HashFile(MakeUrl(folder.Write("file", bytes)));
+    ASSERT_FALSE(ofFile.HasError()) << MessageOf(ofFile);
+    EXPECT_EQ(Text(ofFile.GetValue()), Text(hash.HashText(MakeString(bytes)).GetValue())) << length;
+  }
+}
+
+TEST(Hash, TellsWhatCannotBeRead)
+{
+  const TestFolder folder;
+  const std::string base = folder.Path().string();
+  const Result<String> missing = HeadlessHash().HashFile(MakeUrl(folder / "missing"));
+  EXPECT_EQ(MessageOf(missing), "Cannot read \"" + base + "/missing\": No such file or directory");
+  EXPECT_EQ(MessageOf(HeadlessHash().HashFile(MakeUrl(folder.Path()))), "Cannot read \"" + base + "\": Is a directory");
+}
+
+}  // namespace
+
+}  // namespace q7z::test
