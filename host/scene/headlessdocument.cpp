@@ -75,11 +75,8 @@ HeadlessDocument::~HeadlessDocument()
 {
   HeadlessObject::DestroyList(_firstObject);
   HeadlessObject::DestroyList(_firstKept);
-  while (HeadlessMaterial* const material = _firstMaterial)
-  {
-    material->Remove();
-    delete material;
-  }
+  for (HeadlessMaterial* material = _firstMaterial; material;)
+    delete std::exchange(material, material->_next);
 }
 
 void HeadlessDocument::InsertMaterial(HeadlessMaterial* material) noexcept

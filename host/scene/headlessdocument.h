@@ -81,7 +81,7 @@ public:
 
   const HostTime& GetTime() const noexcept { return _time; }
   void SetTime(const HostTime& time) noexcept;
-  /// Evaluates animation and expressions at the document's time.
+  /// Nothing is evaluated yet: tracks are kept, and objects stay as they are at every time.
   void ExecutePasses() noexcept {}
 
   /// The id of the active material node space.

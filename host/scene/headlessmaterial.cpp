@@ -132,7 +132,7 @@ Bool HeadlessMaterial::SetLayerShader(Int layerIndex, Int32 offset, HeadlessShad
     shader->_material = nullptr;
     return false;
   }
-  owner.release();
+  static_cast<void>(owner.release());  // the list owns it
   std::rotate(shaders.begin() + index, shaders.end() - 1, shaders.end());
   return true;
 }

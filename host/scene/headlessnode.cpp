@@ -155,11 +155,10 @@ void HeadlessTrackList::Remove(HeadlessTrack* track) noexcept
 
 void HeadlessTrackList::Clear() noexcept
 {
-  while (HeadlessTrack* const track = _first)
-  {
-    Remove(track);
-    delete track;
-  }
+  for (HeadlessTrack* track = _first; track;)
+    delete std::exchange(track, track->_next);
+  _first = _last = nullptr;
+  _finger.store(nullptr, std::memory_order_relaxed);
 }
 
 Bool HeadlessTrackList::CopyFrom(HeadlessNode* owner, const HeadlessTrackList& other) noexcept

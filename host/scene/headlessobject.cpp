@@ -34,11 +34,8 @@ Bool HeadlessObject::IsKnownType(Int32 type) noexcept
 
 HeadlessObject::~HeadlessObject()
 {
-  while (HeadlessTag* const tag = _firstTag)
-  {
-    tag->Remove();
-    delete tag;
-  }
+  for (HeadlessTag* tag = _firstTag; tag;)
+    delete std::exchange(tag, tag->_next);
 }
 
 // Transform.

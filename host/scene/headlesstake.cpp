@@ -82,7 +82,7 @@ Bool HeadlessTake::CopyFrom(const HeadlessTake& other) noexcept
     if (!over || !over->CopyCommonFrom(*source) || _overrides.Append(over.get()).HasError())
       return false;
     over->_target = source->_target;
-    over.release();
+    static_cast<void>(over.release());  // the list owns it
   }
   return RefreshTargets();
 }

@@ -28,7 +28,7 @@ struct KeyRotationMode
   friend Bool operator==(const KeyRotationMode&, const KeyRotationMode&) noexcept = default;
 };
 
-class HeadlessKey : public HeadlessNode
+class HeadlessKey final : public HeadlessNode
 {
 public:
   explicit HeadlessKey(const HostTime& time) noexcept : HeadlessNode(NodeKind::kKey, 0), _time(time) {}

@@ -1,6 +1,7 @@
 // Where objects stand: insertion, detaching, freeing, and what links read afterwards.
 
-#include <functional>
+#include <thread>
+#include <vector>
 
 #include "host/scene/headlessobject.h"
 #include "tests/host/scenefixture.h"
@@ -279,6 +280,28 @@ TEST_F(SceneHierarchy, LinksToWhatIsFreedReadAsNull)
   EXPECT_EQ(texture->GetMaterial(), nullptr);
   EXPECT_EQ(morphs->GetMorph(1)->GetObject(), nullptr);
   EXPECT_EQ(ToHeadless(take)->GetOverride(0)->GetTarget(), nullptr);
+}
+
+TEST_F(SceneHierarchy, LinksToOneNodeMayBeMadeFromSeveralThreads)
+{
+  HostObject* const target = Add("target");
+  std::vector<HostObject*> holders;
+  for (int i = 0; i < 200; ++i)
+    holders.push_back(Add("holder", nullptr, kInstanceObjectType));
+  const auto link = [&](size_t first)
+  {
+    for (size_t i = first; i < holders.size(); i += 2)
+      holders[i]->SetReference(target);
+  };
+  std::thread other(link, 1);
+  link(0);
+  other.join();
+  for (const HostObject* holder : holders)
+    EXPECT_EQ(holder->GetReference(), target);
+  target->Remove();
+  HostNode::Free(target);
+  for (const HostObject* holder : holders)
+    EXPECT_EQ(holder->GetReference(), nullptr);
 }
 
 TEST_F(SceneHierarchy, OnlyInstancesHaveAReference)

@@ -1,5 +1,8 @@
 // Tags and polygon data: lists, bulk arrays, selections, weights, morphs, phong, neighbours.
 
+#include <atomic>
+#include <thread>
+
 #include "host/scene/headlessalias.h"
 #include "host/scene/headlessposemorphtag.h"
 #include "host/scene/headlesstag.h"
@@ -294,6 +297,25 @@ TEST_F(SceneTag, BindPoseTakesTheGlobalMatrices)
 
   HostOwner<HostWeightTag> loose(static_cast<HostWeightTag*>(HostTag::Alloc(kWeightTagType)));
   EXPECT_FALSE(loose->SetBindPose(Document())) << "on no object";
+}
+
+TEST_F(SceneTag, WeightsMayBeReadFromSeveralThreads)
+{
+  constexpr Int32 kCount = 2000;
+  HostOwner<HostWeightTag> tag(static_cast<HostWeightTag*>(HostTag::Alloc(kWeightTagType)));
+  tag->AddJoint(Add("joint"));
+  for (Int32 i = kCount; i-- > 0;)
+    ASSERT_TRUE(tag->SetWeight(0, i, i));
+  std::atomic<Int32> wrong{0};
+  const auto read = [&]
+  {
+    for (Int32 i = 0; i < kCount; ++i)
+      wrong += tag->GetWeight(0, i) == i ? 0 : 1;
+  };
+  std::thread other(read);
+  read();
+  other.join();
+  EXPECT_EQ(wrong, 0);
 }
 
 // Pose morphs.
