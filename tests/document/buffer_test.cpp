@@ -330,6 +330,9 @@ INSTANTIATE_TEST_SUITE_P(
                              kBeyondDeclared},
                   ElementRow{"OffsetsBeyond64Bits", R"({"buffer":0,"byteLength":16,"byteOffset":9223372036854775807})", 1, 4, 0,
                              -1, kBeyondDeclared},
+                  // Wrapped, the sum would be -2 and the third element lie inside.
+                  ElementRow{"OffsetsWrapped", R"({"buffer":0,"byteLength":16,"byteOffset":9223372036854775807})", INT64_MAX, 4,
+                             2, -1, kBeyondDeclared},
                   ElementRow{"OffsetsBelow64Bits", R"({"buffer":0,"byteLength":16,"byteOffset":-9223372036854775808})", -1, 4, 0,
                              -1, kBeyondDeclared},
                   ElementRow{"ElementBeyond64Bits", R"({"buffer":0,"byteLength":9223372036854775807,"byteStride":4294967295})", 0,

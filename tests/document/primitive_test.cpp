@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Classification, SortsAttributesIntoFamiliesAndSetsByNumber)
 {
   GltfData data = ReadMesh(Mesh(R"("attributes":{"TEXCOORD_10":0,"POSITION":0,"TEXCOORD_2":1,"NORMAL":1,"COLOR_1":2,"COLOR_0":3,
-      "JOINTS_0":0,"WEIGHTS_0":1,"WEIGHTS_1":2,"TANGENT":99,"_BATCHID":99,"POSITION_0":99,"COLOR_":99,"COLOR_x":99,"color_3":99})"));
+      "JOINTS_0":0,"WEIGHTS_0":1,"WEIGHTS_1":2,"TANGENT":99,"_BATCHID":99,"POSITION_0":99,"COLOR_":99,"COLOR_x":99,"COLOR_4294967296":99,"color_3":99})"));
   GltfMesh& mesh = *data.meshes.Find(0);
   ASSERT_EQ(ErrorText(mesh.Resolve(&data)), "");
   const PrimitiveAccessors& accessors = mesh.GetPrimitives()[0].GetAccessors();
