@@ -149,42 +149,42 @@ Result<void> GltfAccessor::ReadComponents(Int idx, T (&values)[count]) const noe
 
 Result<UInt32> GltfAccessor::GetUInt32(Int idx) const noexcept
 {
-  UInt32 values[1];
+  UInt32 values[1] = {};
   RETURN_IF_ERROR(ReadComponents(idx, values));
   return values[0];
 }
 
 Result<GltfAccessor::UInt32x4> GltfAccessor::GetUInt32x4(Int idx) const noexcept
 {
-  UInt32x4 result;
+  UInt32x4 result = {};
   RETURN_IF_ERROR(ReadComponents(idx, result.values));
   return result;
 }
 
 Result<Float> GltfAccessor::GetFloat(Int idx) const noexcept
 {
-  Float values[1];
+  Float values[1] = {};
   RETURN_IF_ERROR(ReadComponents(idx, values));
   return values[0];
 }
 
 Result<Vector2> GltfAccessor::GetVector2(Int idx) const noexcept
 {
-  Float values[2];
+  Float values[2] = {};
   RETURN_IF_ERROR(ReadComponents(idx, values));
   return Vector2{values[0], values[1]};
 }
 
 Result<Vector> GltfAccessor::GetVector3(Int idx) const noexcept
 {
-  Float values[3];
+  Float values[3] = {};
   RETURN_IF_ERROR(ReadComponents(idx, values));
   return Vector{values[0], values[1], values[2]};
 }
 
 Result<Vector4> GltfAccessor::GetVector4(Int idx) const noexcept
 {
-  Float values[4];
+  Float values[4] = {};
   RETURN_IF_ERROR(ReadComponents(idx, values));
   return Vector4{values[0], values[1], values[2], values[3]};
 }
@@ -192,7 +192,7 @@ Result<Vector4> GltfAccessor::GetVector4(Int idx) const noexcept
 Result<HostMatrix> GltfAccessor::GetMatrix(Int idx) const noexcept
 {
   CHECK_STATE(!IsNonIndexed());
-  Float values[16];
+  Float values[16] = {};
   RETURN_IF_ERROR(ReadComponents(idx, values));
   const auto column = [&](int i) { return Vector{values[4 * i], values[4 * i + 1], values[4 * i + 2]}; };
   return HostMatrix{.offset = column(3), .axisX = column(0), .axisY = column(1), .axisZ = column(2)};
