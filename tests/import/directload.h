@@ -91,10 +91,12 @@ public:
     return _loader->Load(Node(), Name(path, job), document, flags, &error);
   }
 
+  /// Views the path, so that a load whose memory is to run out takes none here.
   static HostFilename Name(const std::string& path, HostBackgroundJob* job = nullptr)
   {
     return HostFilename(String(path.data(), static_cast<Int>(path.size())), job);
   }
+  static HostFilename Name(std::string&&, HostBackgroundJob* = nullptr) = delete;
 
 private:
   std::unique_ptr<HostSceneLoader> _loader;

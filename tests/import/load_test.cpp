@@ -271,7 +271,7 @@ TEST_F(ImportArguments, MaterialsAloneLoadAll)
 TEST_F(ImportArguments, MissingOnesEndTheLoad)
 {
   const TestFile file("gltf", ToBytes(R"({"scenes":[{}]})"));
-  const HostFilename name = DirectLoad::Name("/a/b.GLB");
+  const HostFilename name("/a/b.GLB"_s);
   DirectLoad load;
   String error;
   HostDocument* const document = Host().Document();
@@ -406,7 +406,7 @@ TEST_F(ImportReport, TakesTheSuffixWhenThereWasNoLoad)
 {
   DirectLoad load;
   String error;
-  load.Loader().Load(nullptr, DirectLoad::Name("/a/b.suffix"), Host().Document(), kLoadObjects, &error);
+  load.Loader().Load(nullptr, HostFilename("/a/b.suffix"_s), Host().Document(), kLoadObjects, &error);
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"extension=suffix", "error=unknown_error"}));
 }
 

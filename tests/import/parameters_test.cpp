@@ -165,6 +165,9 @@ TEST_P(ImportEnabling, FollowsTheOtherParameters)
 
 INSTANTIATE_TEST_SUITE_P(Rows, ImportEnabling, testing::ValuesIn(kEnablingCases), RowName());
 
+class AnyDescription final : public HostDescription
+{};
+
 class FixedDescriptions final : public HostDescriptionTable
 {
 public:
@@ -191,13 +194,14 @@ class ImportDescription : public ImportTest
 protected:
   ImportDescription() { Host().Host().GetTables().description = &_descriptions; }
   FixedDescriptions _descriptions;
+  AnyDescription _description;
 };
 
 TEST_F(ImportDescription, IsLoadedByNameAndMarked)
 {
   DirectLoad load;
   Int32 flags = 16;
-  EXPECT_TRUE(load.Loader().GetDescription(load.Node(), nullptr, flags));
+  EXPECT_TRUE(load.Loader().GetDescription(load.Node(), &_description, flags));
   EXPECT_EQ(_descriptions.loaded, "fgltfimporter");
   EXPECT_EQ(_descriptions.flagsAtBase, 18);
 }
@@ -207,7 +211,7 @@ TEST_F(ImportDescription, MissingIsToldToDevelopers)
   _descriptions.broken = true;
   DirectLoad load;
   Int32 flags = 16;
-  EXPECT_FALSE(load.Loader().GetDescription(load.Node(), nullptr, flags));
+  EXPECT_FALSE(load.Loader().GetDescription(load.Node(), &_description, flags));
   EXPECT_EQ(flags, 16);
   ASSERT_FALSE(Host().Diagnostics().empty());
   EXPECT_THAT(Host().Diagnostics().back(),
