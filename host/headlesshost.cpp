@@ -258,6 +258,7 @@ void HeadlessHost::State::Assemble(const HostSettings& settings)
 }
 
 std::unique_ptr<HeadlessHost> HeadlessHost::Create(const HostSettings& settings, std::string& error)
+try
 {
   const std::string& path = settings.pluginPath;
   PlatformLibrary library;
@@ -280,9 +281,15 @@ std::unique_ptr<HeadlessHost> HeadlessHost::Create(const HostSettings& settings,
     host->_state->library = std::move(library);
   return host;
 }
+catch (const std::bad_alloc&)
+{
+  error = kOutOfMemoryText;
+  return nullptr;
+}
 
 std::unique_ptr<HeadlessHost> HeadlessHost::CreateWithModule(const HostSettings& settings, const ModuleHooks& hooks,
                                                              std::string& error)
+try
 {
   auto state = std::make_unique<State>(settings.threads);
   state->hooks = hooks;
@@ -293,6 +300,11 @@ std::unique_ptr<HeadlessHost> HeadlessHost::CreateWithModule(const HostSettings&
   if (!error.empty())
     return nullptr;
   return host;
+}
+catch (const std::bad_alloc&)
+{
+  error = kOutOfMemoryText;
+  return nullptr;
 }
 
 HeadlessHost::HeadlessHost(std::unique_ptr<State> state) noexcept : _state(std::move(state))

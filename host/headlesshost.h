@@ -85,7 +85,8 @@ struct SaveReport
 class HeadlessHost
 {
 public:
-  /// Loads and starts the plug-in. @return null, with error telling what failed and where, when that is not possible.
+  /// Loads and starts the plug-in. @return null, with error telling what failed and where, when that is not possible. Does not
+  /// throw.
   static std::unique_ptr<HeadlessHost> Create(const HostSettings& settings, std::string& error);
   /// The same for a module that is linked into this program.
   static std::unique_ptr<HeadlessHost> CreateWithModule(const HostSettings& settings, const ModuleHooks& hooks,

@@ -200,9 +200,17 @@ Bool HeadlessFileTable::Exists(const HostFilename& name) noexcept
 
 HeadlessUrlService::~HeadlessUrlService()
 {
-  std::error_code error;  // what cannot be removed stays for the system's own cleaning
-  if (!_temporaryFolder.empty())
+  if (_temporaryFolder.empty())
+    return;
+  try
+  {
+    std::error_code error;
     std::filesystem::remove_all(_temporaryFolder, error);
+  }
+  catch (...)
+  {
+    return;  // without memory it stays for the system's own cleaning
+  }
 }
 
 HostFileSystemType HeadlessUrlService::GetType(const Url& url) noexcept

@@ -18,10 +18,10 @@ constexpr Int32 kSaverId = 1041129;
 class FakeLoader final : public HostSceneLoader
 {
 public:
-  ~FakeLoader() override { GetFakeModule().calls.push_back("~loader"); }
+  ~FakeLoader() override { GetFakeModule().Record("~loader"); }
   Bool Init(HostNode* node) noexcept override
   {
-    GetFakeModule().calls.push_back("init");
+    GetFakeModule().Record("init");
     HostContainer* const options = GetFakeModule().tables->node->GetContainer(node);
     return GetFakeModule().initSucceeds && GetFakeModule().tables->container->Set(options, 1, HostValue(Int32(11))) &&
            GetFakeModule().tables->container->Set(options, 2, HostValue(Int32(22)));
@@ -30,13 +30,13 @@ public:
   Bool GetEnabling(HostNode*, const HostDescId&) noexcept override { return true; }
   Bool Identify(HostNode*, const HostFilename& name, const Byte* probe, Int32 probeSize) noexcept override
   {
-    GetFakeModule().calls.push_back("identify " +
-                                    std::string(reinterpret_cast<const char*>(probe), static_cast<size_t>(probeSize)));
-    return Text(name.GetPath()).ends_with(GetFakeModule().suffix);
+    if (GetFakeModule().recordsCalls)
+      GetFakeModule().Record("identify ", std::string(reinterpret_cast<const char*>(probe), static_cast<size_t>(probeSize)));
+    return name.GetPath().GetView().ends_with(GetFakeModule().suffix);
   }
   Int32 Load(HostNode* node, const HostFilename& name, HostDocument*, Int32 flags, String* error) noexcept override
   {
-    GetFakeModule().calls.push_back("load " + std::to_string(flags));
+    GetFakeModule().Record("load ", std::to_string(flags));
     HostContainer* const options = GetFakeModule().tables->node->GetContainer(node);
     return GetFakeModule().onLoad ? GetFakeModule().onLoad(name, options, error) : 0;
   }
@@ -85,6 +85,12 @@ std::unique_ptr<HeadlessHost> FakeModule::Start(std::string& error, HostSettings
   return HeadlessHost::CreateWithModule(settings, Hooks(), error);
 }
 
+void FakeModule::Record(const char* call, const std::string& detail)
+{
+  if (recordsCalls)
+    calls.push_back(call + detail);
+}
+
 bool FakeModule::Register()
 {
   HostRegistrationTable& registration = *tables->registration;
@@ -96,9 +102,14 @@ bool FakeModule::Register()
                                    "fgltfimporter"_s,
                                    String(),
                                    []() -> HostPluginInstance*
-                                   { return GetFakeModule().makesInstances ? new FakeLoader : nullptr; }};
-  const HostPluginRecord saver =
-    {kSceneSaverKind, kSaverId, name, 0, "Fgltfexporter"_s, "gltf"_s, []() -> HostPluginInstance* { return new FakeSaver; }};
+                                   { return GetFakeModule().makesInstances ? new (std::nothrow) FakeLoader : nullptr; }};
+  const HostPluginRecord saver = {kSceneSaverKind,
+                                  kSaverId,
+                                  name,
+                                  0,
+                                  "Fgltfexporter"_s,
+                                  "gltf"_s,
+                                  []() -> HostPluginInstance* { return new (std::nothrow) FakeSaver; }};
   return registration.RegisterDescription(loader.id, loader.description) && registration.RegisterPlugin(loader) &&
          (!registersSaver ||
           (registration.RegisterDescription(saver.id, saver.description) && registration.RegisterPlugin(saver)));
@@ -115,7 +126,7 @@ Int32 FakeModule::Answer(Int32 message, void* argument1, void* argument2, void* 
     // What must stand before the first message.
     EXPECT_TRUE(self.hook.services);
     self.tables = static_cast<const HostTables*>(argument1);
-    self.path = Text(static_cast<const HostFilename*>(argument3)->GetPath());
+    self.path = static_cast<const HostFilename*>(argument3)->GetPath().GetView();
   }
   if (message == kResourceMessage)
   {

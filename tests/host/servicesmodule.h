@@ -33,6 +33,7 @@ public:
   }
 
   std::vector<std::string> calls;  // messages, and what was called of the loader and the saver
+  bool recordsCalls = true;
   int refusedMessage = 0;
   bool registersSaver = false;
   bool makesInstances = true;
@@ -48,6 +49,8 @@ public:
   YieldFunction yield = nullptr;
   bool firstSwitch = false;
   bool secondSwitch = false;
+
+  void Record(const char* call, const std::string& detail = "");
 
 private:
   static Int32 Answer(Int32 message, void* argument1, void* argument2, void* argument3);

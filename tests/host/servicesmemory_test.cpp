@@ -1,0 +1,226 @@
+// Memory that runs out: each request of a service or of the facade fails once, and every time the answer says so, nothing throws,
+// and the next try succeeds.
+
+#include <cstdlib>
+
+#include "host/services/base64.h"
+#include "host/services/headlessfiles.h"
+#include "host/services/headlesshash.h"
+#include "host/services/headlessjob.h"
+#include "host/services/headlessjobs.h"
+#include "host/services/headlessjson.h"
+#include "tests/host/servicesmodule.h"
+#include "tests/support/failingmemory.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+
+namespace
+{
+
+/// What a service needs to work on; made before memory runs out.
+struct Material
+{
+  TestFolder folder;
+  std::string json =
+    R"({"asset":{"version":"2.0","long name to be copied":[1,2.5,true,null,18446744073709551616]},"uri":"data:;base64,)" +
+    std::string(5000, 'A') + "\"}";
+  Url file = MakeUrl(folder.Write("a.json", json));
+  Url target = MakeUrl(folder / "b/out");
+  String base64 = MakeString(std::string(200, 'A'));
+  DataDictionary dictionary = [this]
+  {
+    Result<BaseArray<Data>> values = HeadlessJson().ParseFile(file);
+    return values.GetValue()[0].GetDictionary().GetValue();
+  }();
+};
+
+/// One try. @return the error, empty on success.
+using Try = Error (*)(Material& material);
+
+template <typename T>
+Error ErrorOf(const Result<T>& result)
+{
+  return result.HasError() ? result.GetError() : Error();
+}
+
+struct SweepRow
+{
+  const char* name;
+  Try work;
+};
+
+const SweepRow kSweeps[] = {
+  {"JsonFile", [](Material& m) { return ErrorOf(HeadlessJson().ParseFile(m.file)); }},
+  {"JsonBytes",
+   [](Material& m)
+   {
+     BaseArray<Byte> bytes;
+     const Result<void> copied =
+       bytes.AppendCopies(reinterpret_cast<const Byte*>(m.json.data()), static_cast<Int>(m.json.size()));
+     return copied.HasError() ? copied.GetError() : ErrorOf(HeadlessJson().ParseBytes(std::move(bytes)));
+   }},
+  {"JsonWriting", [](Material& m) { return ErrorOf(HeadlessJson().Write(m.dictionary, true)); }},
+  {"Base64Decoding", [](Material& m) { return ErrorOf(HeadlessBase64Decoder().Decode(m.base64)); }},
+  {"Base64Encoding",
+   [](Material& m)
+   {
+     return ErrorOf(HeadlessBase64Encoder().Encode(m.base64, reinterpret_cast<const Byte*>(m.json.data()),
+                                                   static_cast<Int>(m.json.size())));
+   }},
+  {"HashOfText", [](Material& m) { return ErrorOf(HeadlessHash().HashText(m.base64)); }},
+  {"HashOfFile", [](Material& m) { return ErrorOf(HeadlessHash().HashFile(m.file)); }},
+  {"Folder", [](Material& m) { return ErrorOf(HeadlessUrlService().CreateFolder(m.target.GetDirectory().GetValue())); }},
+  {"WholeFile",
+   [](Material& m)
+   {
+     return ErrorOf(HeadlessUrlService().Write(m.file, reinterpret_cast<const Byte*>(m.json.data()),
+                                               static_cast<Int>(m.json.size())));
+   }},
+};
+
+class OutOfMemory : public testing::TestWithParam<SweepRow>
+{};
+
+TEST_P(OutOfMemory, IsAnError)
+{
+  Material material;
+  for (Int failAt = 1;; ++failAt)
+  {
+    FailAllocation(failAt);
+    const Error error = GetParam().work(material);
+    const Int failed = StopFailingAllocations();
+    if (!failed)
+    {
+      EXPECT_FALSE(error) << Text(error.GetMessage());
+      EXPECT_GT(failAt, 1) << "the work asks for no memory";
+      return;
+    }
+    ASSERT_TRUE(error) << "request " << failAt;
+    EXPECT_EQ(error.GetClass(), ErrorClass::kOutOfMemory) << "request " << failAt << ": " << Text(error.GetMessage());
+    ASSERT_EQ(ReadText(material.folder / "a.json"), material.json) << "request " << failAt;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, OutOfMemory, testing::ValuesIn(kSweeps), RowName());
+
+// Without memory to remove it the folder stays behind, so it is made where the test cleans up.
+TEST(TemporaryFolderOutOfMemory, IsAnErrorAndNeverThrows)
+{
+  const TestFolder folder;
+  ASSERT_EQ(setenv("TMPDIR", folder.Path().c_str(), 1), 0);
+  Int failed = 1;
+  for (Int failAt = 1; failed > 0; ++failAt)
+  {
+    FailAllocation(failAt);
+    {
+      HeadlessUrlService urls;
+      const Result<Url> base = urls.GetBaseFolder();
+      EXPECT_TRUE(!base.HasError() || base.GetError().GetClass() == ErrorClass::kOutOfMemory) << MessageOf(base);
+    }
+    failed = StopFailingAllocations();
+  }
+  unsetenv("TMPDIR");
+}
+
+TEST(FacadeOutOfMemory, StartsNotOrWholly)
+{
+  for (Int failAt = 1;; ++failAt)
+  {
+    FakeModule module;
+    module.calls.reserve(16);
+    HostSettings settings;
+    settings.pluginPath = "folder/fake.so";
+    settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
+    std::string error;
+    FailAllocation(failAt);
+    std::unique_ptr<HeadlessHost> host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error);
+    const Int failed = StopFailingAllocations();
+    EXPECT_EQ(host == nullptr, !error.empty()) << failAt;
+    EXPECT_EQ(host == nullptr, failed > 0) << failAt;
+    host.reset();
+    if (!module.calls.empty())
+    {
+      EXPECT_EQ(module.calls.back(), "3") << failAt;
+    }
+    if (!failed)
+      return;
+  }
+}
+
+TEST(FacadeOutOfMemory, LoadsAndTellsItByTheStatus)
+{
+  TestFolder folder;
+  FakeModule module;
+  module.calls.reserve(2000);
+  module.recordsCalls = false;
+  std::string error;
+  const std::unique_ptr<HeadlessHost> host = module.Start(error);
+  ASSERT_TRUE(host) << error;
+  HeadlessOwner<HeadlessDocument> document = host->NewDocument();
+  DataDictionary event;
+  ASSERT_FALSE(event.Set(DataKey("error"), "none"_s).HasError());
+  module.onLoad = [&](const HostFilename& name, HostContainer*, String*)
+  {
+    // A file that is refused, with its warning; what is lost of it is told.
+    EXPECT_FALSE(module.tables->file->Exists(HostFilename("/etc/passwd"_s)));
+    name.GetBackgroundJob()->AddStage(1, "a stage with a title that needs memory"_s);
+    return module.Find<HostUsageReport>()->Send("event"_s, event).HasError() ? -1 : 0;
+  };
+  LoadRequest request;
+  request.path = folder.Write("a.gltf", "");
+  for (Int failAt = 1;; ++failAt)
+  {
+    HeadlessJob job;
+    FailAllocation(failAt);
+    const LoadReport report = host->Load(request, *document, job);
+    const Int failed = StopFailingAllocations();
+    EXPECT_TRUE(report.status == "none" || report.status == "out_of_memory") << failAt << " " << report.status;
+    if (!failed)
+    {
+      EXPECT_EQ(report.status, "none");
+      EXPECT_EQ(job.GetMessages().size(), 1u);
+      return;
+    }
+  }
+}
+
+TEST(JobOutOfMemory, TellsThatMessagesWereLost)
+{
+  HeadlessJob job;
+  const std::string text(100, 'x');
+  FailAllocation(1, 1000);
+  job.AddMessage(HostMessageClass::kWarning, String(text.data(), 100));
+  const Int32 stage = job.AddStage(0.5, String(text.data(), 100));
+  EXPECT_GT(StopFailingAllocations(), 0);
+  EXPECT_TRUE(job.HasLostMessages());
+  EXPECT_TRUE(job.GetMessages().empty());
+  EXPECT_EQ(stage, -1);
+  job.SetProgress(stage, 1);  // of the stage that nobody sees
+  EXPECT_EQ(job.GetProgress(), 0);
+}
+
+// Our own request alone: what the library of threads asks for while it starts is beyond us.
+TEST(JobsOutOfMemory, IsAnError)
+{
+  HeadlessJobs jobs(1);
+  Int visited = 0;
+  auto body = [&](Int first, Int end) -> Result<void>
+  {
+    visited += end - first;
+    return {};
+  };
+  FailAllocation(1);
+  const Result<void> failed = ParallelFor(jobs, 100, 10, body);
+  EXPECT_EQ(StopFailingAllocations(), 1);
+  ASSERT_TRUE(failed.HasError());
+  EXPECT_EQ(failed.GetError().GetClass(), ErrorClass::kOutOfMemory);
+  EXPECT_EQ(visited, 0);
+  EXPECT_FALSE(ParallelFor(jobs, 100, 10, body).HasError());
+  EXPECT_EQ(visited, 100);
+}
+
+}  // namespace
+
+}  // namespace q7z::test
