@@ -467,6 +467,8 @@ TEST_F(SceneClone, DocumentIsWholeAndOutlivesItsSource)
   Document()->SetParameter(2000, HostValue("made by"_s));
   Document()->SetTime({7, 30});
   Scene().SetHasRenderData(false);
+  Scene().SetNodeSpace("other"_s);
+  Scene().SetFolder("/scenes"_s);
   const std::string tree = Tree();
 
   HeadlessDocument& copy = Clone();
@@ -487,6 +489,8 @@ TEST_F(SceneClone, DocumentIsWholeAndOutlivesItsSource)
   EXPECT_EQ(Parameter(ToHost(&copy), 2000), HostValue("made by"_s));
   EXPECT_EQ(copy.GetTime(), (HostTime{7, 30}));
   EXPECT_EQ(copy.GetRenderData(), nullptr);
+  EXPECT_EQ(Text(copy.GetNodeSpace()), "other");
+  EXPECT_EQ(Text(copy.GetFolder()), "/scenes");
   EXPECT_EQ(copy.GetTakeData().GetTakeCount(), 1);
 }
 

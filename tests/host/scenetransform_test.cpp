@@ -127,10 +127,12 @@ TEST_F(SceneTransform, ValuesOfAnotherKindAreRefused)
 
 TEST_F(SceneTransform, GlobalMatrixUnderAScaledParent)
 {
-  HostObject* const parent = Add("parent");
+  HostObject* const top = Add("top");
+  HostObject* const parent = Add("parent", top);
   HostObject* const child = Add("child", parent);
+  top->SetLocalMatrix({{100, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
   parent->SetLocalMatrix({{10, 0, 0}, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}});
-  const HostMatrix wanted{{12, 4, 6}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  const HostMatrix wanted{{112, 4, 6}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
   child->SetGlobalMatrix(wanted);
   EXPECT_EQ(child->GetLocalMatrix(), (HostMatrix{{1, 2, 3}, {0.5, 0, 0}, {0, 0.5, 0}, {0, 0, 0.5}}));
   EXPECT_EQ(child->GetGlobalMatrix(), wanted);
