@@ -66,7 +66,7 @@ TEST(AppPlugin, WithoutItsFolderOfTextsSaysSo)
 {
   const PluginCopy copy;
   fs::remove_all(copy.folder / "resources");
-  ExpectFailure(copy.Run(), 3, "the folder resources must lie beside it");
+  ExpectFailure(copy.Run(), 3, "Cannot read \"" + copy.folder / "resources/strings_en.txt" + "\": No such file or directory");
 }
 
 TEST(AppPlugin, WithBrokenTextsSaysSo)
@@ -83,7 +83,7 @@ TEST(AppPlugin, WithoutItsDescriptionSaysSo)
 {
   const PluginCopy copy;
   fs::remove(copy.folder / "resources/fgltfimporter.txt");
-  ExpectFailure(copy.Run(), 3, "the folder resources");
+  ExpectFailure(copy.Run(), 3, "Cannot read \"" + copy.folder / "resources/fgltfimporter.txt" + "\": No such file or directory");
 }
 
 /// Configuration variables of the module.
