@@ -1,10 +1,5 @@
-// The tree of a document, for people. The walk over objects needs no recursion: what is open above is kept as one flag a level.
-
 #include "host/scenefile/inspect.h"
 
-#include <cmath>
-#include <cstdio>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -12,7 +7,8 @@
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
 #include "host/scene/headlessweighttag.h"
-#include "host/scenefile/utf8.h"
+#include "host/scenefile/inspecttext.h"
+#include "host/scenefile/textureurl.h"
 
 namespace q7z
 {
@@ -20,189 +16,211 @@ namespace q7z
 namespace
 {
 
-// Deeper levels are not drawn further to the right.
-constexpr size_t kDeepestLevel = 60;
-
-struct Totals
+/// Lines of a tree. What lies deeper than can be shown stands at the same place with its level before it.
+class TreeLines
 {
-  Int objects = 0;
-  Int instances = 0;
-  Int points = 0;
-  Int polygons = 0;
-  Int tags = 0;
-  Int tracks = 0;
+public:
+  TreeLines(Bool isUtf8, ByteSink& sink) : _bytes(sink), _isUtf8(isUtf8) {}
+
+  void PutPlain(std::string_view text)
+  {
+    _bytes.Add(text);
+    _bytes.Add('\n');
+  }
+
+  void Put(Bool isLast, std::string_view text)
+  {
+    _bytes.Add(_prefix);
+    _bytes.Add(isLast ? (_isUtf8 ? "└─ " : "`- ") : (_isUtf8 ? "├─ " : "|- "));
+    if (_level > kDeepestShown)
+      _bytes.Add("[level " + std::to_string(_level) + "] ");
+    PutPlain(text);
+  }
+
+  /// What follows stands under the line that was put last with the same isLast.
+  void Enter(Bool isLast)
+  {
+    if (++_level > kDeepestShown)
+      return;
+    _lengths.push_back(_prefix.size());
+    _prefix += isLast ? "   " : _isUtf8 ? "│  " : "|  ";
+  }
+  void Leave()
+  {
+    if (_level-- > kDeepestShown)
+      return;
+    _prefix.resize(_lengths.back());
+    _lengths.pop_back();
+  }
+
+  Result<void> Finish() { return _bytes.Finish(); }
+
+private:
+  static constexpr Int kDeepestShown = 40;
+
+  BufferedBytes _bytes;
+  Bool _isUtf8;
+  Int _level = 0;
+  std::string _prefix;
+  std::vector<size_t> _lengths;  // of the prefix, before each level
 };
-
-const char* FindObjectTypeName(Int32 type)
-{
-  switch (type)
-  {
-    case kPolygonObjectType: return "polygons";
-    case kNullObjectType: return "group";
-    case kCameraObjectType:
-    case kRenderCameraObjectType: return "camera";
-    case kJointObjectType: return "joint";
-    case kSkinDeformerType: return "skin";
-    case kInstanceObjectType:
-    case kSecondInstanceObjectType: return "instance";
-    default: return nullptr;
-  }
-}
-
-const char* FindTagTypeName(Int32 type)
-{
-  switch (type)
-  {
-    case kNormalTagType: return "normals";
-    case kUvwTagType: return "uvws";
-    case kVertexColorTagType: return "colours";
-    case kPolygonSelectionTagType: return "selection";
-    case kTextureTagType: return "texture";
-    case kPhongTagType: return "phong";
-    case kWeightTagType: return "weights";
-    case kPoseMorphTagType: return "morphs";
-    default: return nullptr;
-  }
-}
-
-std::string NameOfType(const char* name, Int32 type)
-{
-  return name ? name : "type " + std::to_string(type);
-}
-
-std::string FormatNumber(Float value)
-{
-  char text[32];
-  std::snprintf(text, sizeof(text), "%.6g", value);
-  return text;
-}
-
-/// What rounding leaves of a whole number is not shown.
-Float Round(Float value)
-{
-  const Float rounded = std::nearbyint(value * 1e4) / 1e4;
-  return std::isfinite(rounded) ? rounded : value;
-}
-
-std::string FormatVector(const Vector& v)
-{
-  return "(" + FormatNumber(Round(v.x)) + ", " + FormatNumber(Round(v.y)) + ", " + FormatNumber(Round(v.z)) + ")";
-}
-
-std::string FormatCount(Int count, const char* what)
-{
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
-/// Texts as a terminal may show them: control characters and broken bytes as \xNN, and all that is beyond ASCII when asked for.
-std::string Escape(const String& text, Bool asciiOnly)
-{
-  std::string out;
-  std::string_view rest = text.GetView();
-  while (!rest.empty())
-  {
-    const size_t length = GetUtf8Length(rest);
-    const std::string_view sequence = rest.substr(0, length ? length : 1);
-    if (length == 0 || IsControlSequence(sequence) || (asciiOnly && length > 1))
-    {
-      for (const char byte : sequence)
-      {
-        char code[5];
-        std::snprintf(code, sizeof(code), "\\x%02X", static_cast<unsigned char>(byte));
-        out += code;
-      }
-    }
-    else
-      out += sequence;
-    rest.remove_prefix(sequence.size());
-  }
-  return out;
-}
-
-/// A node as a link: its name, or what stands for none.
-std::string Escape(const HeadlessNode* node, Bool asciiOnly)
-{
-  return node ? Escape(node->GetName(), asciiOnly) : "nothing";
-}
 
 class TreePrinter
 {
 public:
   TreePrinter(const HeadlessDocument& document, const TreeSettings& settings, ByteSink& sink)
-      : _document(document), _settings(settings), _sink(sink)
+      : _document(document), _isUtf8(settings.isUtf8), _lines(settings.isUtf8, sink)
   {}
 
   Result<void> Print()
   {
+    _lines.PutPlain(DescribeDocument());
+    PrintTexts();
     PrintLayers();
     PrintMaterials();
     PrintObjects();
     PrintTakes();
-    Line(FormatCount(_totals.objects, "object") + ", " + FormatCount(_totals.instances, "instance") + ", " +
-         FormatCount(_totals.points, "point") + ", " + FormatCount(_totals.polygons, "polygon") + ", " +
-         FormatCount(_totals.tags, "tag") + ", " + FormatCount(_totals.tracks, "track"));
-    return _error ? Result<void>(_error) : Result<void>();
+    _lines.PutPlain(DescribeTotals());
+    return _lines.Finish();
   }
 
 private:
-  void Line(const std::string& text)
+  std::string Quote(const String& text) const { return '"' + EscapeText(text.GetView(), _isUtf8) + '"'; }
+
+  // The document.
+
+  std::string DescribeDocument() const
   {
-    if (_error)
-      return;
-    const Result<void> written = _sink.Write(text + "\n");
-    if (written.HasError())
-      _error = written.GetError();
+    const HeadlessContainer& parameters = _document.GetParameters();
+    const HostValue* const unitValue = _document.GetSettings().Find(kDocumentUnitSetting);
+    const HostUnitScale unit = unitValue ? unitValue->GetUnit() : HostUnitScale();
+    const auto seconds = [&](Int32 id)
+    {
+      const HostValue* const value = parameters.Find(id);
+      return FormatNumber(value ? value->GetTime().GetSeconds() : 0) + " s";
+    };
+    const HostValue* const rate = parameters.Find(kDocumentRateParameter);
+    std::string text = "document " + Quote(_document.GetName()) + ": " + FormatNumber(rate ? rate->GetFloat() : 0) + " fps, " +
+                       seconds(kDocumentStartParameter) + " to " + seconds(kDocumentEndParameter) + ", " +
+                       FormatNumber(unit.factor) + ' ' + GetUnitName(unit.unitCode);
+    if (const Float time = _document.GetTime().GetSeconds(); time != 0)
+      text += ", at " + FormatNumber(time) + " s";
+    return text;
   }
 
-  std::string Text(const String& text) const { return Escape(text, !_settings.isUtf8); }
-  std::string Link(const HeadlessNode* node) const { return Escape(node, !_settings.isUtf8); }
+  void PrintTexts()
+  {
+    static constexpr struct
+    {
+      Int32 id;
+      const char* name;
+    } kTexts[] = {{kDocumentGeneratorParameter, "generator"},
+                  {kDocumentAuthorParameter, "author"},
+                  {kDocumentCopyrightParameter, "copyright"}};
+    for (const auto& entry : kTexts)
+    {
+      const HostValue* const value = _document.GetParameters().Find(entry.id);
+      if (value && value->GetString().IsPopulated())
+        _lines.Put(false, std::string(entry.name) + ' ' + Quote(value->GetString()));
+    }
+  }
 
   void PrintLayers()
   {
     const HeadlessLayer& root = _document.GetLayerRoot();
-    for (Int i = 0; i < root.GetLayerCount(); ++i)
-      Line("layer " + Text(root.GetLayer(i)->GetName()));
+    const Int count = root.GetLayerCount();
+    if (count == 0)
+      return;
+    _lines.Put(false, FormatCount(count, "layer"));
+    _lines.Enter(false);
+    for (Int i = 0; i < count; ++i)
+      _lines.Put(i + 1 == count, Quote(root.GetLayer(i)->GetName()));
+    _lines.Leave();
   }
+
+  std::string DescribeTotals() const
+  {
+    std::string text = FormatCount(_objectCount, "object") + ", " + FormatCount(_pointCount, "point") + ", " +
+                       FormatCount(_polygonCount, "polygon") + ", " + FormatCount(_tagCount, "tag") + ", " +
+                       FormatCount(_trackCount, "track") + ", " + FormatCount(_keyCount, "key") + ", ";
+    return text + FormatCount(_materialCount, "material") + ", " + FormatCount(_document.GetTakeData().GetTakeCount(), "take");
+  }
+
+  // Materials.
 
   void PrintMaterials()
   {
     for (const HeadlessMaterial* material = _document.GetFirstMaterial(); material; material = material->GetNext())
+      ++_materialCount;
+    if (_materialCount == 0)
+      return;
+    _lines.Put(false, FormatCount(_materialCount, "material"));
+    _lines.Enter(false);
+    for (const HeadlessMaterial* material = _document.GetFirstMaterial(); material; material = material->GetNext())
+      PrintMaterial(*material, !material->GetNext());
+    _lines.Leave();
+  }
+
+  void PrintMaterial(const HeadlessMaterial& material, Bool isLast)
+  {
+    const NodeMaterialRecord* const record = material.GetRecord();
+    std::string text = (record ? "node material " : "material ") + Quote(material.GetName());
+    if (record)
+      text += ": " + EscapeText(record->data.materialTypeId.GetView(), _isUtf8);
+    _lines.Put(isLast, text);
+    _lines.Enter(isLast);
+    PutAll(record ? DescribeRecord(*record) : DescribeChannels(material));
+    _lines.Leave();
+  }
+
+  void PutAll(const std::vector<std::string>& texts)
+  {
+    for (const std::string& text : texts)
+      _lines.Put(&text == &texts.back(), text);
+  }
+
+  std::vector<std::string> DescribeRecord(const NodeMaterialRecord& record) const
+  {
+    std::vector<std::string> texts;
+    std::string factors;
+    for (const auto& entry : record.data.parameters)
     {
-      Line("material " + Text(material->GetName()) + (material->IsNodeBased() ? " [nodes]" : ""));
-      if (const NodeMaterialRecord* const record = material->GetRecord())
-        PrintRecord(*record);
+      factors += (factors.empty() ? "" : ", ") + EscapeText(entry.GetKey().GetView(), _isUtf8) + ' ' +
+                 DescribeData(entry.GetValue().value, _isUtf8);
     }
-  }
-
-  void PrintRecord(const NodeMaterialRecord& record)
-  {
-    for (const auto& parameter : record.data.parameters)
-      Line("  " + Text(parameter.GetKey()) + " " + FormatData(parameter.GetValue().value));
-    for (const auto& texture : record.data.textures)
-      Line("  " + Text(texture.GetKey()) + " " + Text(texture.GetValue().url.GetPath()));
-  }
-
-  std::string FormatData(const Data& data) const
-  {
-    switch (data.GetKind())
+    if (!factors.empty())
+      texts.push_back(std::move(factors));
+    for (const auto& entry : record.data.textures)
     {
-      case DataKind::kBool: return data.GetBool().GetValue() ? "true" : "false";
-      case DataKind::kInt: return std::to_string(data.GetInt().GetValue());
-      case DataKind::kFloat: return FormatNumber(data.GetFloat().GetValue());
-      case DataKind::kString: return Text(data.GetString().GetValue());
-      case DataKind::kArray: return FormatRow(data.GetArray().GetValue());
-      case DataKind::kNil:
-      case DataKind::kDictionary: break;
+      const std::string file = MakeTextureText(entry.GetValue().url, _document.GetFolder().GetView());
+      texts.push_back(EscapeText(entry.GetKey().GetView(), _isUtf8) + " <- " + EscapeText(file, _isUtf8));
     }
-    return "";
+    return texts;
   }
 
-  std::string FormatRow(const DataArrayView& row) const
+  std::vector<std::string> DescribeChannels(const HeadlessMaterial& material) const
   {
-    std::string text;
-    for (const Data& element : row)
-      text += (text.empty() ? "(" : ", ") + FormatData(element);
-    return text + ")";
+    std::vector<std::string> texts;
+    for (const MaterialChannel& channel : material.GetChannels())
+    {
+      texts.push_back("channel " + std::to_string(channel.number) + (channel.on ? ": on" : ": off") +
+                      DescribeShader(channel.shader));
+    }
+    for (const ReflectanceLayer& layer : material.GetLayers())
+    {
+      std::string text = "reflectance layer " + std::to_string(layer.firstId);
+      for (const LayerShader& entry : layer.shaders)
+        text += ", shader " + std::to_string(entry.offset) + DescribeShader(entry.shader);
+      texts.push_back(std::move(text));
+    }
+    return texts;
+  }
+
+  std::string DescribeShader(const HeadlessShader* shader) const
+  {
+    constexpr Int32 kShaderFile = 1002;
+    const HostValue* const file = shader ? shader->GetParameters().Find(kShaderFile) : nullptr;
+    return file ? " <- " + EscapeText(file->GetString().GetView(), _isUtf8) : std::string();
   }
 
   // Objects.
@@ -210,188 +228,226 @@ private:
   void PrintObjects()
   {
     const HeadlessObject* object = _document.GetFirstObject();
+    if (!object)
+      return;
+    _lines.Put(false, "objects");
+    _lines.Enter(false);
+    // The walk needs no more memory for a deep hierarchy than the lines do.
     while (object)
     {
-      PrintObject(*object);
-      if (object->GetDown())
+      const Bool isLast = !object->GetNext();
+      PrintObject(*object, isLast);
+      if (const HeadlessObject* const child = object->GetDown())
       {
-        _hasNext.push_back(object->GetNext() != nullptr);
-        object = object->GetDown();
+        _lines.Enter(isLast);
+        object = child;
         continue;
       }
       while (object && !object->GetNext())
       {
+        _lines.Leave();
         object = object->GetUp();
-        if (object)
-          _hasNext.pop_back();
       }
-      object = object ? object->GetNext() : nullptr;
+      if (object)
+        object = object->GetNext();
     }
   }
 
-  /// The lines in front of an object or, with continued, of what belongs to one.
-  std::string GetIndent(const HeadlessObject& object, Bool continued) const
+  void PrintObject(const HeadlessObject& object, Bool isLast)
   {
-    const std::string bar = _settings.isUtf8 ? "\u2502  " : "|  ";
-    const std::string blank = "   ";
-    std::string indent;
-    for (size_t i = 1; i < _hasNext.size() && i < kDeepestLevel; ++i)
-      indent += _hasNext[i] ? bar : blank;
-    const Bool isNested = !_hasNext.empty();
-    if (continued)
-      return indent + (!isNested ? "" : object.GetNext() ? bar : blank) + (object.GetDown() ? bar : blank);
-    if (!isNested)
-      return "";
-    if (_settings.isUtf8)
-      return indent + (object.GetNext() ? "\u251c\u2500 " : "\u2514\u2500 ");
-    return indent + (object.GetNext() ? "|- " : "`- ");
-  }
-
-  void PrintObject(const HeadlessObject& object)
-  {
-    ++_totals.objects;
-    Line(GetIndent(object, false) + Text(object.GetName()) + DescribeObject(object));
-    const std::string indent = GetIndent(object, true);
-    PrintTracks(object, indent);
+    ++_objectCount;
+    _lines.Put(isLast, DescribeObject(object));
+    _lines.Enter(isLast);
+    const Bool hasChildren = object.GetDown() != nullptr;
+    const HeadlessTrackList& tracks = *object.GetTracks();
     for (const HeadlessTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext())
-    {
-      ++_totals.tags;
-      Line(indent + "# " + DescribeTag(*tag));
-      PrintTracks(*tag, indent + "  ");
-    }
+      PrintTag(*tag, !tag->GetNext() && tracks.IsEmpty() && !hasChildren);
+    PrintTracks(tracks, !hasChildren);
+    _lines.Leave();
   }
 
   std::string DescribeObject(const HeadlessObject& object)
   {
-    std::string text = "  [" + NameOfType(FindObjectTypeName(object.GetType()), object.GetType()) + "]";
+    std::string text = GetObjectTypeName(object.GetType()) + ' ' + Quote(object.GetName());
+    if (object.IsInstance())
+      text += " -> " + (object.GetReference() ? Quote(object.GetReference()->GetName()) : "nothing");
+    std::string details;
     if (const HeadlessPolygonObject* const polygonObject = object.AsPolygonObject())
     {
-      _totals.points += polygonObject->GetPointCount();
-      _totals.polygons += polygonObject->GetPolygonCount();
-      text += " " + FormatCount(polygonObject->GetPointCount(), "point") + ", " +
-              FormatCount(polygonObject->GetPolygonCount(), "polygon");
+      _pointCount += polygonObject->GetPointCount();
+      _polygonCount += polygonObject->GetPolygonCount();
+      details += ", " + FormatCount(polygonObject->GetPointCount(), "point") + ", " +
+                 FormatCount(polygonObject->GetPolygonCount(), "polygon");
     }
-    if (object.IsInstance())
-    {
-      ++_totals.instances;
-      text += " -> " + Link(object.GetReference());
-    }
-    return text + DescribeTransform(object) + DescribeState(object);
+    details += DescribeTransform(object) + DescribeVisibility(object);
+    if (const HeadlessLayer* const layer = object.GetLayer())
+      details += ", layer " + Quote(layer->GetName());
+    return details.empty() ? text : text + ": " + details.substr(2);
   }
 
   static std::string DescribeTransform(const HeadlessObject& object)
   {
     const TransformVectors vectors = object.GetVectors();
     std::string text;
-    if (!(vectors.position == Vector()))
-      text += " at " + FormatVector(vectors.position);
-    if (!(vectors.rotation == Vector()))
-      text += " turned " + FormatVector(vectors.rotation * (180 / 3.141592653589793));
+    if (const std::string position = FormatVector(vectors.position); position != "(0, 0, 0)")
+      text += ", position " + position;
+    if (const std::string rotation = FormatAngles(vectors.rotation); rotation != "(0, 0, 0) deg")
+      text += ", rotation " + rotation;
     if (const std::string scale = FormatVector(vectors.scale); scale != "(1, 1, 1)")
-      text += " scaled " + scale;
+      text += ", scale " + scale;
+    if (!(object.GetBase() == BaseTransform()))
+      text += ", base transform";
     return text;
   }
 
-  std::string DescribeState(const HeadlessObject& object) const
+  static std::string DescribeVisibility(const HeadlessObject& object)
   {
-    std::string text;
-    const bool editorHidden = object.GetVisibility(kEditorVisibility) == kHiddenMode;
-    const bool renderHidden = object.GetVisibility(kRenderVisibility) == kHiddenMode;
-    if (editorHidden || renderHidden)
-      text += editorHidden && renderHidden ? " hidden" : editorHidden ? " hidden in the editor" : " hidden in renders";
-    if (object.GetLayer())
-      text += " on layer " + Link(object.GetLayer());
-    return text;
+    const Bool inEditor = object.GetVisibility(kEditorVisibility) == kHiddenMode;
+    const Bool inRender = object.GetVisibility(kRenderVisibility) == kHiddenMode;
+    if (inEditor && inRender)
+      return ", hidden";
+    return inEditor ? ", hidden in editor" : inRender ? ", hidden in render" : "";
   }
 
-  // Tags and tracks.
-
-  std::string DescribeTag(const HeadlessTag& tag) const
+  void PrintTracks(const HeadlessTrackList& tracks, Bool areLast)
   {
-    std::string text = NameOfType(FindTagTypeName(tag.GetType()), tag.GetType());
+    for (const HeadlessTrack* track = tracks.GetFirst(); track; track = track->GetNext())
+    {
+      ++_trackCount;
+      _keyCount += track->GetCurve() ? track->GetCurve()->GetKeyCount() : 0;
+      _lines.Put(areLast && !track->GetNext(), "track " + GetTrackName(track->GetId()) + ": " + DescribeCurve(*track));
+    }
+  }
+
+  // Tags.
+
+  void PrintTag(const HeadlessTag& tag, Bool isLast)
+  {
+    ++_tagCount;
+    std::string text = GetTagTypeName(tag.GetType());
     if (tag.GetName().IsPopulated())
-      text += " " + Text(tag.GetName());
-    return text + DescribeTagData(tag);
+      text += ' ' + Quote(tag.GetName());
+    const std::string details = DescribeTag(tag);
+    _lines.Put(isLast, details.empty() ? text : text + ": " + details.substr(2));
+    _lines.Enter(isLast);
+    if (tag.GetType() == kPoseMorphTagType)
+      PrintMorphs(static_cast<const HeadlessPoseMorphTag&>(tag));
+    PrintTracks(*tag.GetTracks(), true);
+    _lines.Leave();
   }
 
-  std::string DescribeTagData(const HeadlessTag& tag) const
+  /// Details, each behind a comma and a blank.
+  std::string DescribeTag(const HeadlessTag& tag) const
   {
     switch (tag.GetType())
     {
       case kNormalTagType:
-      case kUvwTagType: return ": " + FormatCount(static_cast<const HeadlessCornerTag&>(tag).GetPolygonCount(), "polygon");
+      case kUvwTagType:
+      {
+        const auto& corners = static_cast<const HeadlessCornerTag&>(tag);
+        return ", " + FormatCount(corners.GetPolygonCount(), "polygon") + (corners.IsDouble() ? ", 64 bit" : "");
+      }
       case kVertexColorTagType:
       {
         const auto& colors = static_cast<const HeadlessVertexColorTag&>(tag);
-        return ": " + FormatCount(colors.GetCount(), colors.IsPerPoint() ? "point" : "polygon");
+        return ", " + FormatCount(colors.GetCount(), colors.IsPerPoint() ? "point" : "polygon");
       }
       case kPolygonSelectionTagType:
-        return ": " + FormatCount(static_cast<const HeadlessSelectionTag&>(tag).GetSelection().GetCount(), "polygon");
-      case kTextureTagType: return ": " + Link(static_cast<const HeadlessTextureTag&>(tag).GetMaterial());
-      case kPhongTagType:
-        return ": " +
-               FormatNumber(static_cast<const HeadlessPhongTag&>(tag).GetSettings().angleRadians * 180 / 3.141592653589793) +
-               (_settings.isUtf8 ? "\u00b0" : " degrees");
-      case kWeightTagType: return ": " + FormatCount(static_cast<const HeadlessWeightTag&>(tag).GetJointCount(), "joint");
-      case kPoseMorphTagType: return ": " + FormatCount(static_cast<const HeadlessPoseMorphTag&>(tag).GetMorphCount(), "morph");
-      default: return "";
+        return ", " + FormatCount(static_cast<const HeadlessSelectionTag&>(tag).GetSelection().GetCount(), "polygon");
+      case kTextureTagType:
+      {
+        const HeadlessMaterial* const material = static_cast<const HeadlessTextureTag&>(tag).GetMaterial();
+        return ", " + (material ? "material " + Quote(material->GetName()) : std::string("no material"));
+      }
+      case kPhongTagType: return DescribePhong(static_cast<const HeadlessPhongTag&>(tag).GetSettings());
+      case kWeightTagType: return DescribeWeights(static_cast<const HeadlessWeightTag&>(tag));
+      case kPoseMorphTagType: return ", " + FormatCount(static_cast<const HeadlessPoseMorphTag&>(tag).GetMorphCount(), "morph");
+      default: return tag.GetParameters().IsEmpty() ? "" : ", " + FormatCount(tag.GetParameters().GetCount(), "parameter");
     }
   }
 
-  void PrintTracks(const HeadlessNode& node, const std::string& indent)
+  static std::string DescribePhong(const PhongSettings& settings)
   {
-    const HeadlessTrackList* const tracks = node.GetTracks();
-    for (const HeadlessTrack* track = tracks ? tracks->GetFirst() : nullptr; track; track = track->GetNext())
+    if (!settings.on)
+      return ", off";
+    return settings.limit ? ", up to " + FormatAngle(settings.angleRadians) : ", on";
+  }
+
+  static std::string DescribeWeights(const HeadlessWeightTag& tag)
+  {
+    Int weightCount = 0;
+    for (Int32 i = 0; i < tag.GetJointCount(); ++i)
+      weightCount += tag.GetWeights(i).GetCount();
+    return ", " + FormatCount(tag.GetJointCount(), "joint") + ", " + FormatCount(weightCount, "weight") +
+           (tag.HasBindPose() ? ", bind pose" : "");
+  }
+
+  void PrintMorphs(const HeadlessPoseMorphTag& tag)
+  {
+    for (Int32 i = 0; i < tag.GetMorphCount(); ++i)
     {
-      ++_totals.tracks;
-      Line(indent + "~ track " + DescribeTrack(*track));
+      const HeadlessMorph& morph = *tag.GetMorph(i);
+      std::string text = "morph " + std::to_string(i) + ' ' + Quote(morph.GetName());
+      if (const HeadlessPointNode* const points = morph.GetPointNode())
+        text += ": " + FormatCount(points->GetPoints().GetCount(), "point");
+      else
+        text += morph.GetObject() ? " -> " + Quote(morph.GetObject()->GetName()) : " -> nothing";
+      if (morph.GetStrength() != 0)
+        text += ", strength " + FormatNumber(morph.GetStrength());
+      _lines.Put(tag.GetTracks()->IsEmpty() && i + 1 == tag.GetMorphCount(), text);
     }
   }
 
-  static std::string DescribeTrack(const HeadlessTrack& track)
-  {
-    std::string text;
-    for (Int32 i = 0; i < track.GetId().GetDepth(); ++i)
-      text += (i ? "." : "") + std::to_string(track.GetId()[i].id);
-    const HeadlessCurve* const curve = track.GetCurve();
-    if (!curve || curve->GetKeyCount() == 0)
-      return text + ": no keys";
-    const HeadlessKey& first = *curve->GetKey(0);
-    const HeadlessKey& last = *curve->GetKey(curve->GetKeyCount() - 1);
-    return text + ": " + FormatCount(curve->GetKeyCount(), "key") + " from " + FormatNumber(first.GetTime().GetSeconds()) +
-           " to " + FormatNumber(last.GetTime().GetSeconds()) + " s, " + NameOfInterpolation(first.GetInterpolation());
-  }
-
-  static const char* NameOfInterpolation(InterpolationMode mode)
-  {
-    return mode == InterpolationMode::Spline ? "spline" : mode == InterpolationMode::Step ? "step" : "linear";
-  }
+  // Takes.
 
   void PrintTakes()
   {
     const HeadlessTakeData& takes = _document.GetTakeData();
-    if (takes.GetTakeCount() == 1)
-      return;
+    _lines.Put(true, FormatCount(takes.GetTakeCount(), "take"));
+    _lines.Enter(true);
     for (Int i = 0; i < takes.GetTakeCount(); ++i)
-    {
-      const HeadlessTake& take = *takes.GetTake(i);
-      Line("take " + Text(take.GetName()) + (take.IsMain() ? " [main]" : "") +
-           (&take == takes.GetCurrentTake() ? " current" : ""));
-      for (Int k = 0; k < take.GetOverrideCount(); ++k)
-      {
-        const HeadlessOverride& over = *take.GetOverride(k);
-        Line("  sets " + Link(over.GetTarget()));
-        PrintTracks(over, "    ");
-      }
-    }
+      PrintTake(*takes.GetTake(i), i + 1 == takes.GetTakeCount());
+    _lines.Leave();
+  }
+
+  void PrintTake(const HeadlessTake& take, Bool isLast)
+  {
+    std::string text = Quote(take.GetName());
+    if (take.IsMain())
+      text += ", main";
+    if (&take == _document.GetTakeData().GetCurrentTake())
+      text += ", current";
+    if (take.GetOverrideCount() > 0)
+      text += ": " + FormatCount(take.GetOverrideCount(), "override");
+    _lines.Put(isLast, text);
+    _lines.Enter(isLast);
+    for (Int i = 0; i < take.GetOverrideCount(); ++i)
+      PrintOverride(*take.GetOverride(i), i + 1 == take.GetOverrideCount());
+    _lines.Leave();
+  }
+
+  void PrintOverride(const HeadlessOverride& over, Bool isLast)
+  {
+    const HeadlessNamedNode* const target = over.GetTarget();
+    std::string text = "for " + (target ? Quote(target->GetName()) : "nothing");
+    if (!over.GetParameters().IsEmpty())
+      text += ": " + FormatCount(over.GetParameters().GetCount(), "value");
+    _lines.Put(isLast, text);
+    _lines.Enter(isLast);
+    PrintTracks(*over.GetTracks(), true);
+    _lines.Leave();
   }
 
   const HeadlessDocument& _document;
-  TreeSettings _settings;
-  ByteSink& _sink;
-  Error _error;
-  Totals _totals;
-  std::vector<bool> _hasNext;  // of the objects above: whether another sibling follows
+  Bool _isUtf8;
+  TreeLines _lines;
+  Int _objectCount = 0;
+  Int _pointCount = 0;
+  Int _polygonCount = 0;
+  Int _tagCount = 0;
+  Int _trackCount = 0;
+  Int _keyCount = 0;
+  Int _materialCount = 0;
 };
 
 }  // namespace
@@ -400,7 +456,8 @@ Result<void> PrintTree(const HeadlessDocument& document, const TreeSettings& set
 {
   try
   {
-    return TreePrinter(document, settings, sink).Print();
+    TreePrinter printer(document, settings, sink);
+    return printer.Print();
   }
   catch (...)
   {
@@ -410,15 +467,17 @@ Result<void> PrintTree(const HeadlessDocument& document, const TreeSettings& set
 
 Bool IsUtf8Locale(const char* lcAll, const char* lcCtype, const char* lang) noexcept
 {
-  for (const char* const value : {lcAll, lcCtype, lang})
+  for (const char* const variable : {lcAll, lcCtype, lang})
   {
-    if (!value || !*value)
+    const std::string_view value = variable ? variable : "";
+    if (value.empty())
       continue;
-    const std::string_view locale = value;
-    const size_t dot = locale.find('.');
-    const std::string_view codeset = dot == std::string_view::npos ? "" : locale.substr(dot + 1);
-    return codeset.starts_with("UTF-8") || codeset.starts_with("utf8") || codeset.starts_with("utf-8") ||
-           codeset.starts_with("UTF8");
+    for (const std::string_view name : {"UTF-8", "utf-8", "UTF8", "utf8"})
+    {
+      if (value.find(name) != std::string_view::npos)
+        return true;
+    }
+    return false;
   }
   return false;
 }
