@@ -158,6 +158,38 @@ TEST_F(ImportSharedSkin, OneNodeSaysNothing)
   EXPECT_EQ(CountLines("More than one node"), 0);
 }
 
+// Refuses the mark of joints until told otherwise.
+class RefusingParameters final : public HostParameterTable
+{
+public:
+  explicit RefusingParameters(HostParameterTable* base) noexcept : _base(base) {}
+  Int refusals = 0;  // how many are left
+  Bool Get(const HostNode* node, const HostDescId& id, HostValue& value, Int32 flags) noexcept override
+  {
+    return _base->Get(node, id, value, flags);
+  }
+  Bool Set(HostNode* node, const HostDescId& id, const HostValue& value, Int32 flags) noexcept override
+  {
+    if (node->GetType() == kJointObjectType && id == HostDescId(929) && refusals-- > 0)
+      return false;
+    return _base->Set(node, id, value, flags);
+  }
+
+private:
+  HostParameterTable* _base;
+};
+
+TEST_F(ImportSharedSkin, JointThatFailedServesTheNextVisit)
+{
+  RefusingParameters parameters(Host().Host().GetTables().parameter);
+  parameters.refusals = 1;
+  Host().Host().GetTables().parameter = &parameters;
+  EXPECT_EQ(Load(R"("scenes":[{"nodes":[0,1]},{"nodes":[0]}],"skins":[{"joints":[0]}],"nodes":[{"name":"J"},{"name":"A"}])"),
+            "none");
+  EXPECT_EQ(Outline(), "Scene 1![J^], Scene 0[A]");
+  EXPECT_EQ(FailedNodes(), std::vector<int>{0});
+}
+
 // Weights are not read yet, so the tag comes from a table that puts one on every polygon object; what it is told shows what the
 // joints looked like at that moment.
 class WeightedObjects final : public HostObjectTable
@@ -230,16 +262,21 @@ protected:
     Host().Host().GetTables().weight = &_weights;
   }
 
-  // A at (1, 0, 0) wears the skin of J at (5, 5, 5) and its child K at (0, 1, 0).
+  // A at (1, 0, 0), turned by a quarter about Z, wears the skin of J at (5, 5, 5) and its child K at (0, 1, 0).
   std::string LoadSkin(const std::vector<float>& inverseBindMatrices)
   {
     GltfJson file = SomeMeshes();
     const int matrices = file.Floats(inverseBindMatrices, "MAT4");
-    return Load(R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","mesh":0,"skin":0,"translation":[1,0,0]},
-                   {"name":"J","translation":[5,5,5],"children":[2]},{"name":"K","translation":[0,1,0]}],
+    return Load(R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","mesh":0,"skin":0,"translation":[1,0,0],
+                   "rotation":[0,0,0.7071067811865476,0.7071067811865476]},{"name":"J","translation":[5,5,5],"children":[2]},{"name":"K","translation":[0,1,0]}],
                    "skins":[{"joints":[1,2],"inverseBindMatrices":)" +
                   std::to_string(matrices) + "}]",
                 file);
+  }
+
+  static void ExpectNear(const Vector& actual, const Vector& expected)
+  {
+    EXPECT_LT((actual - expected).GetLength(), 1e-12) << actual.x << " " << actual.y << " " << actual.z;
   }
 
   HostObject* Joint() { return Host().Document()->GetFirstObject()->GetDown()->GetNext(); }
@@ -257,10 +294,11 @@ TEST_F(ImportBinding, JointsAreBoundWhereTheirMatricesPutThem)
   EXPECT_EQ(LoadSkin(kTwoMatrices), "none");
   ASSERT_EQ(_weights.poses.size(), 2u);
   EXPECT_EQ(_weights.poses[0].first, "J");
-  EXPECT_EQ(_weights.poses[0].second.offset, (Vector{1, 2, -1}));  // Z is mirrored: (1, 0, 0) - (0, -2, 1)
-  EXPECT_EQ(_weights.poses[0].second.axisX, (Vector{1, 0, 0}));
+  // Z is mirrored and the matrices are inverted: (0, 2, -1) and (0, 3, 0) as A sees them.
+  ExpectNear(_weights.poses[0].second.offset, {-1, 0, -1});
+  ExpectNear(_weights.poses[0].second.axisX, {0, 1, 0});
   EXPECT_EQ(_weights.poses[1].first, "K");
-  EXPECT_EQ(_weights.poses[1].second.offset, (Vector{1, 3, 0}));
+  ExpectNear(_weights.poses[1].second.offset, {-2, 0, 0});
 }
 
 TEST_F(ImportBinding, JointsGetTheirOwnPlacesBack)
