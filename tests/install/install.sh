@@ -21,8 +21,8 @@ case $3 in
   program)
     cp "$source/samples/scene.glb" "$work/scene.glb"
     wanted "inspect tells the same as in the build" "$("$build/bin/q7z" inspect scene.glb)" "$(moved/bin/q7z inspect scene.glb)"
-    moved/bin/q7z convert scene.glb out.gltf
-    [ -s out.gltf ] || { echo "convert wrote nothing"; exit 1; }
+    moved/bin/q7z import scene.glb out.q7z.json
+    [ -s out.q7z.json ] || { echo "import wrote nothing"; exit 1; }
     # Without the module there is nothing to run, and the path that was tried is named.
     rm moved/lib/q7z/io_gltf.so
     status=0
