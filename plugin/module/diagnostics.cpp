@@ -20,17 +20,21 @@ String GetFileName(const Char* path) noexcept
   return whole.GetPart(whole.FindLast('/') + 1, whole.GetByteCount());
 }
 
+Result<String> AppendCause(const String& text, const Error& cause) noexcept
+{
+  ASSIGN_OR_RETURN(const String line, String::FromInt(cause.GetLine()));
+  return String::Join({text, ", caused by: "_s, cause.GetMessage().Trim(), " ("_s, GetFileName(cause.GetFile()), ":"_s, line,
+                       ")"_s});
+}
+
 Result<String> DescribeError(const String& what, const Error& error) noexcept
 {
-  String text = what;
-  String separator = ": "_s;
-  Int32 causes = 0;
-  for (Error current = error; current && causes < kMaximumCauses; current = current.GetCause(), ++causes)
+  ASSIGN_OR_RETURN(String text, String::Join({what, ": "_s, error.GetMessage().Trim()}));
+  Error cause = error.GetCause();
+  for (Int32 i = 0; cause && i < kMaximumCauses; ++i)
   {
-    ASSIGN_OR_RETURN(const String line, String::FromInt(current.GetLine()));
-    ASSIGN_OR_RETURN(text, String::Join({text, separator, current.GetMessage().Trim(), " ("_s, GetFileName(current.GetFile()),
-                                         ":"_s, line, ")"_s}));
-    separator = ", caused by: "_s;
+    ASSIGN_OR_RETURN(text, AppendCause(text, cause));
+    cause = cause.GetCause();
   }
   return text;
 }
@@ -40,7 +44,8 @@ Result<String> DescribeError(const String& what, const Error& error) noexcept
 void PrintError(const String& what, const Error& error) noexcept
 {
   const Result<String> text = DescribeError(what, error);
-  HOST_DIAGNOSTIC(text.HasError() ? what : text.GetValue());
+  g_hostTables->console->Diagnostic(HostDiagnosticLevel::kDiagnostic, text.HasError() ? what : text.GetValue(), error.GetFile(),
+                                    error.GetLine());
 }
 
 }  // namespace q7z

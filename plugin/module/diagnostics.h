@@ -8,7 +8,9 @@
 namespace q7z
 {
 
-/// Prints "what: message (file:line), caused by: ..." as one line. Falls back to what alone without memory.
+/// Prints "what: message, caused by: message (file:line), ..." as one line, under the place that raised the error. Prints what alone
+/// without memory.
+/// @param error  not empty.
 void PrintError(const String& what, const Error& error) noexcept;
 
 }  // namespace q7z
