@@ -12,6 +12,7 @@
 #include <filesystem>
 
 #include "app/exitcode.h"
+#include "host/services/filereading.h"
 #include "host/services/platform.h"
 
 namespace q7z::app

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "framework/check.h"
+#include "host/services/wholefile.h"
 
 namespace q7z
 {
@@ -42,6 +43,16 @@ Result<BlockOwner> ReadFileIntoBlock(const String& path, Int padding) noexcept
   {
     return Error::OutOfMemory();
   }
+}
+
+std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount)
+{
+  WholeFile file;
+  const std::string failure = file.Open(path);
+  if (!failure.empty())
+    return failure;
+  std::fwrite(bytes, 1, byteCount, file.GetStream());  // what fails here fails the commit
+  return file.Commit();
 }
 
 Error MakeIoError(const std::string& text) noexcept

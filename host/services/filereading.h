@@ -1,6 +1,6 @@
 #pragma once
 
-// Reading whole files into blocks that texts can share, and what else of the file system the host's other parts use.
+// Whole files: read into blocks that texts can share, and written at once.
 
 #include <string>
 #include <utility>
@@ -37,6 +37,9 @@ private:
 
 /// The whole file followed by padding bytes of 0. An I/O error names the path and the reason.
 Result<BlockOwner> ReadFileIntoBlock(const String& path, Int padding) noexcept;
+
+/// Writes a whole file, as WholeFile does. @return an empty text, or what went wrong.
+std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount);
 
 /// An error of the class io.
 Error MakeIoError(const std::string& text) noexcept;

@@ -1,10 +1,12 @@
 #pragma once
 
-// What the host asks of the operating system: files at a position, paths, whole files that appear at once, loadable libraries.
+// What the host asks of the operating system: files at a position, paths, what whole files are made of, loadable libraries.
 // One source for each system stands behind it (platformposix.cpp). Values that belong to one thread; the functions may be called
 // from any.
 
+#include <cstdio>
 #include <string>
+#include <utility>
 
 #include "plugin/module/hostservices.h"
 
@@ -16,7 +18,6 @@ enum class PlatformOpen
   kRead,
   kReplace,   ///< makes the file or empties it
   kContinue,  ///< makes the file or leaves what it holds
-  kNew,       ///< makes the file; fails when there is one
 };
 
 /// An open regular file; anything else is not opened. Closed with its object.
@@ -39,8 +40,6 @@ public:
   Bool WriteAt(Int position, const void* source, Int byteCount) noexcept;
   /// @return false when what was written could not be kept. True without an open file.
   Bool Close() noexcept;
-  /// The same, after the bytes have reached the device.
-  Bool SyncAndClose() noexcept;
 
 private:
   int _handle = -1;
@@ -58,10 +57,16 @@ std::string ResolvePath(const std::string& path);
 /// Everything in front of the last component; "." for a bare name.
 std::string GetFolderOf(const std::string& path);
 
-/// Writes a whole file: beside its target under a temporary name, flushed, synced and renamed. An existing target survives every
-/// failure. A link stays, and what it leads to is replaced; a device or a pipe is written to. @return an empty text, or what went
-/// wrong.
-std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount);
+/// A new file in folder, under a name of its own that `name` receives, with the usual rights. @return null when none can be made.
+std::FILE* OpenTemporaryStream(const std::string& folder, std::string& name);
+
+/// Hands everything to the device that was written to a stream. @return false when some of it could not be kept.
+bool SyncStream(std::FILE* stream) noexcept;
+
+/// Puts a file in the place of another on the same file system, at once, with the rights of the one that goes.
+bool ReplaceFile(const std::string& source, const std::string& target) noexcept;
+
+void RemoveFile(const std::string& path) noexcept;
 
 /// A new folder for this process alone; empty when none can be made (GetSystemReason tells why).
 std::string MakeTemporaryFolder();

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "host/services/platform.h"
 
@@ -34,7 +35,6 @@ int GetOpenFlags(PlatformOpen mode) noexcept
     case PlatformOpen::kRead: return kCommon | O_RDONLY;
     case PlatformOpen::kReplace: return kCommon | O_WRONLY | O_CREAT | O_TRUNC;
     case PlatformOpen::kContinue: return kCommon | O_WRONLY | O_CREAT;
-    case PlatformOpen::kNew: return kCommon | O_WRONLY | O_CREAT | O_EXCL;
   }
   return kCommon | O_RDONLY;
 }
@@ -50,45 +50,6 @@ std::string MakeTemporaryName(const std::string& folder)
   static std::atomic<unsigned> counter{0};
   const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
   return folder + "/.q7z-" + std::to_string(getpid()) + "-" + std::to_string(now) + "-" + std::to_string(counter++);
-}
-
-/// Opens a file of a new name in folder. @return the name; empty when none can be made.
-std::string OpenTemporary(const std::string& folder, PlatformFile& file)
-{
-  for (int i = 0; i < kTemporaryNameTries; ++i)
-  {
-    std::string name = MakeTemporaryName(folder);
-    if (file.Open(name.c_str(), PlatformOpen::kNew))
-      return name;
-    if (errno != EEXIST)
-      break;
-  }
-  return "";
-}
-
-std::string DescribeWriteFailure(const std::string& path, const std::string& reason)
-{
-  return "cannot write \"" + path + "\": " + reason;
-}
-
-/// Sends bytes to something that is no regular file.
-std::string WriteThrough(const std::string& path, const char* bytes, size_t byteCount)
-{
-  const int handle = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  bool written = handle >= 0;
-  while (written && byteCount > 0)
-  {
-    const ssize_t count = write(handle, bytes, byteCount);
-    if (count < 0 && errno == EINTR)
-      continue;
-    written = count > 0;
-    bytes += count;
-    byteCount -= static_cast<size_t>(count);
-  }
-  const std::string reason = written ? "" : GetSystemReason();
-  if (handle >= 0 && close(handle) != 0 && written)
-    return DescribeWriteFailure(path, GetSystemReason());
-  return written ? "" : DescribeWriteFailure(path, reason);
 }
 
 }  // namespace
@@ -163,16 +124,6 @@ Bool PlatformFile::Close() noexcept
   return result == 0;
 }
 
-Bool PlatformFile::SyncAndClose() noexcept
-{
-  const bool synced = fsync(_handle) == 0;
-  const int reason = errno;
-  const bool closed = Close();
-  if (!synced)
-    errno = reason;
-  return synced && closed;
-}
-
 std::string GetSystemReason()
 {
   return std::strerror(errno);
@@ -190,10 +141,8 @@ HostFileSystemType GetFileSystemType(const std::string& path)
 
 std::string ResolvePath(const std::string& path)
 {
-  char* const resolved = realpath(path.c_str(), nullptr);
-  std::string text = resolved ? resolved : "";
-  std::free(resolved);
-  return text;
+  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
+  return resolved ? resolved.get() : "";
 }
 
 std::string GetFolderOf(const std::string& path)
@@ -202,31 +151,41 @@ std::string GetFolderOf(const std::string& path)
   return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount)
+std::FILE* OpenTemporaryStream(const std::string& folder, std::string& name)
 {
-  const std::string resolved = ResolvePath(path);
-  const std::string& target = resolved.empty() ? path : resolved;
-  const HostFileSystemType type = GetFileSystemType(target);
-  if (type == HostFileSystemType::kFolder)
-    return "cannot write \"" + path + "\": it is a folder";
-  if (type == HostFileSystemType::kOther)
-    return WriteThrough(target, static_cast<const char*>(bytes), byteCount);
+  int handle = -1;
+  for (int i = 0; handle < 0 && i < kTemporaryNameTries; ++i)
+  {
+    name = MakeTemporaryName(folder);
+    handle = open(name.c_str(), O_WRONLY | O_CLOEXEC | O_CREAT | O_EXCL, kNewFileRights);
+    if (handle < 0 && errno != EEXIST)
+      return nullptr;
+  }
+  std::FILE* const stream = handle < 0 ? nullptr : fdopen(handle, "wb");
+  if (handle >= 0 && !stream)
+  {
+    close(handle);
+    RemoveFile(name);
+  }
+  return stream;
+}
 
-  const std::string folder = GetFolderOf(target);
-  PlatformFile file;
-  const std::string temporary = OpenTemporary(folder, file);
-  if (temporary.empty())
-    return "cannot write in \"" + folder + "\": " + GetSystemReason();
-  // A file that is replaced keeps its rights, where the file system can keep them.
+bool SyncStream(std::FILE* stream) noexcept
+{
+  return std::fflush(stream) == 0 && !std::ferror(stream) && fsync(fileno(stream)) == 0;
+}
+
+bool ReplaceFile(const std::string& source, const std::string& target) noexcept
+{
   struct stat old = {};
   if (stat(target.c_str(), &old) == 0)
-    chmod(temporary.c_str(), old.st_mode & 0777);
-  if (file.WriteAt(0, bytes, static_cast<Int>(byteCount)) && file.SyncAndClose() &&
-      std::rename(temporary.c_str(), target.c_str()) == 0)
-    return "";
-  const std::string reason = GetSystemReason();
-  unlink(temporary.c_str());
-  return DescribeWriteFailure(path, reason);
+    chmod(source.c_str(), old.st_mode & 0777);  // where the file system can keep them
+  return std::rename(source.c_str(), target.c_str()) == 0;
+}
+
+void RemoveFile(const std::string& path) noexcept
+{
+  unlink(path.c_str());
 }
 
 std::string MakeTemporaryFolder()

@@ -1,7 +1,8 @@
 #pragma once
 
 // WholeFile: an output file that appears whole or not at all. It is written as a stream beside its target under a temporary name;
-// Commit flushes, syncs and renames it. Until then, and after any failure, the target is as it was.
+// Commit flushes, syncs and renames it. Until then, and after any failure, the target is as it was. A target that is a link stays
+// one, and what it leads to is replaced; a device or a pipe, which cannot be replaced, is written to as it is.
 
 #include <cstdio>
 #include <string>
@@ -18,7 +19,7 @@ public:
   /// Without a Commit nothing remains.
   ~WholeFile();
 
-  /// @return an empty text, or why no file can be made beside the target.
+  /// @return an empty text, or why the target cannot be written.
   std::string Open(const std::string& target);
   /// The stream to write to; null until Open has succeeded.
   std::FILE* GetStream() const noexcept { return _stream; }
@@ -27,10 +28,13 @@ public:
 
 private:
   void Discard() noexcept;
+  bool CloseStream() noexcept;
+  std::string Describe(const std::string& reason) const;
 
   std::FILE* _stream = nullptr;
-  std::string _temporary;
-  std::string _target;
+  std::string _named;      // the target as the caller names it
+  std::string _target;     // without links
+  std::string _temporary;  // empty for a target that is written to as it is
 };
 
 }  // namespace q7z

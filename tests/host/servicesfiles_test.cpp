@@ -8,6 +8,7 @@
 
 #include "host/services/headlessfiles.h"
 #include "host/services/headlesshash.h"
+#include "host/services/wholefile.h"
 #include "tests/host/servicesupport.h"
 #include "tests/support/rowname.h"
 
@@ -417,11 +418,35 @@ TEST(UrlService, TellsWhyItCannotWrite)
   folder.Write("folder/inside", "kept");
   const std::string base = folder.Path().string();
   EXPECT_EQ(WriteWhole(folder / "folder", "x"), "cannot write \"" + base + "/folder\": it is a folder");
-  EXPECT_EQ(WriteWhole(folder / "none/file", "x"), "cannot write in \"" + base + "/none\": No such file or directory");
-  EXPECT_EQ(WriteWhole(folder / "file/below", "x"), "cannot write in \"" + base + "/file\": Not a directory");
+  EXPECT_EQ(WriteWhole(folder / "none/file", "x"), "cannot write \"" + base + "/none/file\": No such file or directory");
+  EXPECT_EQ(WriteWhole(folder / "file/below", "x"), "cannot write \"" + base + "/file/below\": Not a directory");
   EXPECT_EQ(ReadText(folder / "file"), "kept");
   EXPECT_EQ(ReadText(folder / "folder/inside"), "kept");
   EXPECT_EQ(folder.CountEntries(), 2);
+}
+
+// The stream form, which the writers of long outputs use.
+TEST(WholeFile, LeavesTheTargetUntilItIsCommitted)
+{
+  const TestFolder folder;
+  const std::string path = folder.Write("file", "old");
+  {
+    WholeFile file;
+    EXPECT_EQ(file.Commit(), "nothing was written");
+    ASSERT_EQ(file.Open(path), "");
+    EXPECT_GT(std::fputs("new content", file.GetStream()), 0);
+    EXPECT_EQ(ReadText(path), "old");
+    EXPECT_EQ(folder.CountEntries(), 2);
+  }
+  EXPECT_EQ(ReadText(path), "old");
+  EXPECT_EQ(folder.CountEntries(), 1);
+  WholeFile file;
+  ASSERT_EQ(file.Open(path), "");
+  EXPECT_GT(std::fputs("new content", file.GetStream()), 0);
+  EXPECT_EQ(file.Commit(), "");
+  EXPECT_FALSE(file.GetStream());
+  EXPECT_EQ(ReadText(path), "new content");
+  EXPECT_EQ(folder.CountEntries(), 1);
 }
 
 TEST(UrlService, KeepsTheOldFileWhenItsFolderCannotBeWritten)

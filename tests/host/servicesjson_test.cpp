@@ -33,14 +33,16 @@ std::string Show(const Data& value)
     case DataKind::kArray:
     {
       std::string text = "[";
-      for (const Data& element : value.GetArray().GetValue())
+      const DataArrayView elements = value.GetArray().GetValue();
+      for (const Data& element : elements)
         text += (text.size() > 1 ? " " : "") + Show(element);
       return text + "]";
     }
     case DataKind::kDictionary: break;
   }
   std::string text = "{";
-  for (const DataMember& member : value.GetDictionary().GetValue())
+  const DataDictionary members = value.GetDictionary().GetValue();
+  for (const DataMember& member : members)
     text += (text.size() > 1 ? " " : "") + Text(member.key.GetName()) + ":" + Show(member.value);
   return text + "}";
 }
