@@ -42,6 +42,11 @@ public:
   /// The accessor that stands under -1 and means "no indices": element i is i.
   static GltfAccessor MakeNonIndexed() noexcept;
 
+  GltfAccessor() noexcept = default;
+  /// An accessor to be written: without elements, at offset 0.
+  /// @param type  one of the format's types, such as "VEC3".
+  GltfAccessor(String type, UInt32 componentType) noexcept;
+
   Result<void> ReadFromJson(const DataDictionary& element) noexcept;
 
   Bool IsNonIndexed() const noexcept { return _nonIndexed; }
@@ -78,7 +83,24 @@ public:
   /// this answers false the typed reads tell, element by element, what is wrong.
   Bool GetElements(GltfElements& elements) const noexcept;
 
+  // Writing. Components are those of the accessor's own type: unsigned 16- and 32-bit integers, or 32-bit floats.
+
+  const String& GetType() const noexcept { return _type; }
+  Int GetByteOffset() const noexcept { return _byteOffset; }
+  void SetByteOffset(Int byteOffset) noexcept { _byteOffset = byteOffset; }
+  void SetComponentType(UInt32 componentType) noexcept;
+
+  /// Appends count tightly packed elements to the buffer and to its view, and counts and bounds them.
+  Result<void> AppendElements(GltfBuffer& buffer, GltfBufferView& view, const void* elements, Int count) noexcept;
+  /// Counts and bounds elements that stand in a buffer already, stride bytes apart. Components that are not finite do not count
+  /// towards the bounds.
+  Result<void> TrackElements(const Byte* first, Int count, Int stride) noexcept;
+  /// The bounds as they are written: 0 for a component without a finite value.
+  Result<Data> MakeMin() const noexcept { return MakeBound(_min); }
+  Result<Data> MakeMax() const noexcept { return MakeBound(_max); }
+
 private:
+  Result<Data> MakeBound(const BaseArray<Data>& bound) const noexcept;
   Result<void> ReadElementBytes(Int idx, Byte* bytes) const noexcept;
   template <typename T, int count>
   Result<void> ReadComponents(Int idx, T (&values)[count]) const noexcept;

@@ -13,6 +13,10 @@ namespace q7z
 Int GetBufferDataPrefixLength(const String& uri) noexcept;
 Int GetImageDataPrefixLength(const String& uri) noexcept;
 
+/// Targets of views.
+inline constexpr UInt32 kVertexTarget = 34962;
+inline constexpr UInt32 kIndexTarget = 34963;
+
 class GltfBuffer
 {
 public:
@@ -38,6 +42,17 @@ public:
   Int GetByteLength() const noexcept { return _byteLength; }
   const BaseArray<Byte>& GetBytes() const noexcept { return _buffer; }
 
+  // Writing. What is appended counts in the declared length, which starts at 0.
+
+  /// Room for byteCount bytes at the end, of undefined content until they are written. Valid until the buffer grows again.
+  Result<Byte*> AppendRoom(Int byteCount) noexcept;
+  Result<void> AppendBytes(const void* bytes, Int byteCount) noexcept;
+  /// Fills up to a multiple of 4 with blanks.
+  Result<void> Align() noexcept;
+  /// The same without a change of the declared length.
+  Result<void> PadToWords() noexcept;
+  void SetUri(String uri) noexcept { _uri = std::move(uri); }
+
 private:
   Result<void> DecodeDataUri(Int prefixLength) noexcept;
   Result<void> ReadSideFile(const Url& documentUrl) noexcept;
@@ -50,6 +65,10 @@ private:
 class GltfBufferView
 {
 public:
+  GltfBufferView() noexcept = default;
+  /// A view to be written; all but the target is 0.
+  explicit GltfBufferView(UInt32 target) noexcept : _target(target) {}
+
   Result<void> ReadFromJson(const DataDictionary& element) noexcept;
 
   /// Copies element idx of an accessor at accessorByteOffset whose elements have byteCount bytes.
@@ -65,6 +84,11 @@ public:
   UInt32 GetByteStride() const noexcept { return _byteStride; }
   UInt32 GetTarget() const noexcept { return _target; }
   void SetBuffer(const GltfBuffer* buffer) noexcept { _buffer = buffer; }
+
+  // Writing.
+  void AddByteOffset(Int byteCount) noexcept { _byteOffset += byteCount; }
+  void AddByteLength(Int byteCount) noexcept { _byteLength += byteCount; }
+  void SetByteStride(UInt32 byteStride) noexcept { _byteStride = byteStride; }
 
 private:
   Int GetStride(Int byteCount) const noexcept;

@@ -1,0 +1,182 @@
+// The writing side of the records of buffers and accessors.
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+#include "framework/check.h"
+#include "plugin/document/gltfaccessor.h"
+#include "plugin/document/gltfutilities.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+constexpr Byte kPad = 32;  // a blank, in binary data as in text
+
+/// Takes the smaller / larger of what is there and value. Nil stands for nothing yet.
+void MergeBound(Data& bound, Data value, Bool isSmaller) noexcept
+{
+  if (value.IsNil())
+    return;
+  if (bound.IsNil())
+  {
+    bound = std::move(value);
+    return;
+  }
+  // Kinds never mix within an accessor, and 32-bit numbers of either kind are exact as 64-bit floats.
+  const Float present = bound.GetFloat().GetValue();
+  const Float candidate = value.GetFloat().GetValue();
+  if (isSmaller ? candidate < present : candidate > present)
+    bound = std::move(value);
+}
+
+template <typename T>
+T LoadComponent(const Byte* element, Int component) noexcept
+{
+  T value;
+  std::memcpy(&value, element + component * static_cast<Int>(sizeof(T)), sizeof(T));
+  return value;
+}
+
+template <typename T>
+struct ComponentBounds
+{
+  T min;
+  T max;
+  Bool isSet = false;
+};
+
+/// The bounds of one component of all elements. Comparisons with a NaN are false; infinities are left out.
+template <typename T>
+ComponentBounds<T> FindBounds(const Byte* first, Int count, Int stride, Int component) noexcept
+{
+  ComponentBounds<T> bounds{std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(), false};
+  for (Int i = 0; i < count; ++i)
+  {
+    const T value = LoadComponent<T>(first + i * stride, component);
+    if (!(value >= std::numeric_limits<T>::lowest() && value <= std::numeric_limits<T>::max()))
+      continue;
+    bounds.min = value < bounds.min ? value : bounds.min;
+    bounds.max = value > bounds.max ? value : bounds.max;
+    bounds.isSet = true;
+  }
+  return bounds;
+}
+
+template <typename T>
+Data ToData(T value) noexcept
+{
+  if constexpr (std::is_same_v<T, Float32>)
+    return Data(value);
+  else
+    return Data(static_cast<UInt32>(value));
+}
+
+template <typename T>
+void MergeBounds(const Byte* first, Int count, Int stride, BaseArray<Data>& min, BaseArray<Data>& max) noexcept
+{
+  for (Int component = 0; component < min.GetCount(); ++component)
+  {
+    const ComponentBounds<T> bounds = FindBounds<T>(first, count, stride, component);
+    if (!bounds.isSet)
+      continue;
+    MergeBound(min[component], ToData(bounds.min), true);
+    MergeBound(max[component], ToData(bounds.max), false);
+  }
+}
+
+}  // namespace
+
+Result<Byte*> GltfBuffer::AppendRoom(Int byteCount) noexcept
+{
+  const Int count = _buffer.GetCount();
+  const Int capacity = _buffer.GetCapacity();
+  if (byteCount < 0 || byteCount > INT64_MAX / 4 - capacity)
+    return Error::OutOfMemory();
+  if (byteCount > capacity - count)
+  {
+    // By half again, so that appending costs constant time on average; the first bytes get just what they need.
+    const Int grown = capacity ? (capacity + byteCount) / 2 * 3 : std::max(byteCount, Int(1));
+    RETURN_IF_ERROR(_buffer.Reserve((grown + 15) / 16 * 16));
+  }
+  RETURN_IF_ERROR(_buffer.ResizeForOverwrite(count + byteCount));
+  _byteLength += byteCount;
+  return _buffer.begin() + count;
+}
+
+Result<void> GltfBuffer::AppendBytes(const void* bytes, Int byteCount) noexcept
+{
+  ASSIGN_OR_RETURN(Byte * room, AppendRoom(byteCount));
+  if (byteCount > 0)
+    std::memcpy(room, bytes, static_cast<size_t>(byteCount));
+  return {};
+}
+
+Result<void> GltfBuffer::Align() noexcept
+{
+  const Int padCount = -_buffer.GetCount() & 3;
+  ASSIGN_OR_RETURN(Byte * room, AppendRoom(padCount));
+  std::fill_n(room, padCount, kPad);
+  return {};
+}
+
+Result<void> GltfBuffer::PadToWords() noexcept
+{
+  const Int byteLength = _byteLength;
+  RETURN_IF_ERROR(Align());
+  _byteLength = byteLength;
+  return {};
+}
+
+GltfAccessor::GltfAccessor(String type, UInt32 componentType) noexcept : _type(std::move(type))
+{
+  SetComponentType(componentType);
+}
+
+void GltfAccessor::SetComponentType(UInt32 componentType) noexcept
+{
+  _componentType = componentType;
+  _elementByteCount = GetComponentCount() * components::GetSize(componentType);
+}
+
+Result<void> GltfAccessor::AppendElements(GltfBuffer& buffer, GltfBufferView& view, const void* elements, Int count) noexcept
+{
+  const Int byteCount = count * _elementByteCount;
+  ASSIGN_OR_RETURN(Byte * room, buffer.AppendRoom(byteCount));
+  if (byteCount > 0)
+    std::memcpy(room, elements, static_cast<size_t>(byteCount));
+  view.AddByteLength(byteCount);
+  return TrackElements(room, count, _elementByteCount);
+}
+
+Result<void> GltfAccessor::TrackElements(const Byte* first, Int count, Int stride) noexcept
+{
+  if (_min.IsEmpty())
+  {
+    RETURN_IF_ERROR(_min.Resize(GetComponentCount()));
+    RETURN_IF_ERROR(_max.Resize(GetComponentCount()));
+  }
+  _count += count;
+  switch (_componentType)
+  {
+    case kUnsignedShort: MergeBounds<UInt16>(first, count, stride, _min, _max); break;
+    case kUnsignedInt: MergeBounds<UInt32>(first, count, stride, _min, _max); break;
+    default: MergeBounds<Float32>(first, count, stride, _min, _max); break;
+  }
+  return {};
+}
+
+Result<Data> GltfAccessor::MakeBound(const BaseArray<Data>& bound) const noexcept
+{
+  BaseArray<Data> values;
+  RETURN_IF_ERROR(values.Reserve(bound.GetCount()));
+  for (const Data& value : bound)
+    RETURN_IF_ERROR(values.Append(value.IsNil() ? Data(Float32(0)) : value));
+  return Data::CreateArray(std::move(values));
+}
+
+}  // namespace q7z
