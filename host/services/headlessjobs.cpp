@@ -1,47 +1,67 @@
 #include "host/services/headlessjobs.h"
 
-#include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
-#include <tbb/task_arena.h>
-
 #include <atomic>
-#include <mutex>
 
 namespace q7z
 {
 
-struct HeadlessJobs::Arena
-{
-  explicit Arena(int threads) : arena(threads > 0 ? threads : tbb::task_arena::automatic) {}
-  tbb::task_arena arena;
-};
-
 namespace
 {
 
-/// The first error of a loop; what has not begun when it is set is left out.
-class FirstError
+// What the caller of a loop wrote before it is seen in the loop, and what the pieces wrote is seen behind it. The threads order this
+// themselves; written down here, it is also seen by tools that watch our code alone. One word for all loops: a release is a read and
+// a write, so that every later acquire sees all of them.
+std::atomic<UInt> g_order{0};
+
+void Release() noexcept
+{
+  g_order.fetch_add(1, std::memory_order_release);
+}
+void Acquire() noexcept
+{
+  g_order.load(std::memory_order_acquire);
+}
+
+/// One loop: what runs, and the first error; what has not begun when that is set is left out.
+class Loop
 {
 public:
-  void Set(const Error& error)
+  Loop(HostJobs::RangeFunction function, void* context) noexcept : _function(function), _context(context) {}
+
+  void RunRange(Int first, Int end) noexcept
+  {
+    if (_failed.load(std::memory_order_relaxed))
+      return;
+    const Result<void> result = _function(_context, first, end);
+    if (result.HasError())
+      SetError(result.GetError());
+  }
+
+  /// Behind the loop only.
+  Result<void> GetResult() const noexcept { return _error ? Result<void>(_error) : Result<void>(); }
+
+private:
+  void SetError(const Error& error) noexcept
   {
     const std::lock_guard lock(_mutex);
     if (!_error)
       _error = error;
     _failed.store(true, std::memory_order_relaxed);
   }
-  bool HasFailed() const { return _failed.load(std::memory_order_relaxed); }
-  Error Get()
-  {
-    const std::lock_guard lock(_mutex);
-    return _error;
-  }
 
-private:
+  HostJobs::RangeFunction _function;
+  void* _context;
   std::mutex _mutex;
   Error _error;
   std::atomic<bool> _failed{false};
 };
+
+void RunLoopRange(void* context, Int first, Int end)
+{
+  Acquire();
+  static_cast<Loop*>(context)->RunRange(first, end);
+  Release();
+}
 
 }  // namespace
 
@@ -49,12 +69,12 @@ HeadlessJobs::HeadlessJobs(int threads) noexcept : _threads(threads)
 {}
 HeadlessJobs::~HeadlessJobs() = default;
 
-HeadlessJobs::Arena& HeadlessJobs::FindOrMakeArena()
+ParallelLoop& HeadlessJobs::FindOrMakeLoop()
 {
   const std::lock_guard lock(_mutex);
-  if (!_arena)
-    _arena = std::make_unique<Arena>(_threads);
-  return *_arena;
+  if (!_loop)
+    _loop = std::make_unique<ParallelLoop>(_threads);
+  return *_loop;
 }
 
 Result<void> HeadlessJobs::ParallelFor(Int count, Int grain, RangeFunction function, void* context) noexcept
@@ -63,31 +83,11 @@ Result<void> HeadlessJobs::ParallelFor(Int count, Int grain, RangeFunction funct
     return {};
   try
   {
-    Arena& arena = FindOrMakeArena();
-    FirstError first;
-    // What the caller wrote before the loop is seen in it, and what the pieces wrote is seen behind it. oneTBB orders this itself;
-    // written down here, it is also seen by tools that watch our code alone.
-    std::atomic<Int> order{0};
-    order.store(1, std::memory_order_release);
-    const auto body = [&](const tbb::blocked_range<Int>& range)
-    {
-      if (first.HasFailed())
-        return;
-      order.load(std::memory_order_acquire);
-      const Result<void> result = function(context, range.begin(), range.end());
-      if (result.HasError())
-        first.Set(result.GetError());
-      order.fetch_add(1, std::memory_order_release);
-    };
-    arena.arena.execute(
-      [&]
-      {
-        const tbb::blocked_range<Int> all(0, count, static_cast<size_t>(grain > 0 ? grain : 1));
-        tbb::parallel_for(all, body, tbb::simple_partitioner());
-      });
-    order.load(std::memory_order_acquire);
-    const Error error = first.Get();
-    return error ? Result<void>(error) : Result<void>();
+    Loop loop(function, context);
+    Release();
+    FindOrMakeLoop().Run(count, grain > 0 ? grain : 1, &RunLoopRange, &loop);
+    Acquire();
+    return loop.GetResult();
   }
   catch (...)
   {

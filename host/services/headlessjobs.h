@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 
+#include "host/services/parallelloop.h"
 #include "plugin/module/hostservices.h"
 
 namespace q7z
@@ -20,12 +21,11 @@ public:
   Result<void> ParallelFor(Int count, Int grain, RangeFunction function, void* context) noexcept override;
 
 private:
-  struct Arena;
-  Arena& FindOrMakeArena();
+  ParallelLoop& FindOrMakeLoop();
 
   int _threads;
   std::mutex _mutex;
-  std::unique_ptr<Arena> _arena;  // made under _mutex
+  std::unique_ptr<ParallelLoop> _loop;  // made under _mutex
 };
 
 }  // namespace q7z
