@@ -22,6 +22,10 @@ namespace
 
 namespace dom = simdjson::dom;
 
+// The library makes its parser on first use, and ends the process when there is no memory for it. Asked for before main, that
+// happens while nothing is at stake.
+[[maybe_unused]] const std::string& g_parserName = simdjson::get_active_implementation()->name();
+
 // Longer texts are not packed.
 constexpr Int kLongestPacked = Int(4) << 10;
 constexpr Int kLargestPoolBlock = Int(64) << 10;
