@@ -1,8 +1,13 @@
 #include "host/scenefile/jsontree.h"
 
+// The checks that simdjson makes in builds without optimization take memory of their own, whose absence it does not notice, and
+// stop the program where a text nests deeper than their fixed number of levels. No other source uses what they change.
+#define SIMDJSON_DEVELOPMENT_CHECKS 0
 #include <simdjson.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -230,15 +235,11 @@ private:
   Result<void> BuildArray(ondemand::value& value, JsonNode& node)
   {
     ondemand::array array;
-    size_t count = 0;
-    auto error = value.get_array().get(array);
-    if (!error)
-      error = array.count_elements().get(count);
-    if (error)
+    if (const auto error = value.get_array().get(array))
       return Broken(error);
     RETURN_IF_ERROR(Enter());
     const size_t first = _nodes.size();
-    Packer packer;
+    Packer packer(_numbers);
     for (auto result : array)
     {
       ondemand::value element;
@@ -248,14 +249,14 @@ private:
       _asksSingle = packer.IsSingle();
       JsonNode built;
       RETURN_IF_ERROR(BuildValue(element, built));
-      if (!packer.Add(_arena, count, built))
+      if (!packer.Add(built))
       {
         packer.Unpack(_nodes);
         _nodes.push_back(built);
       }
     }
     _path.pop_back();
-    packer.IsUsed() ? packer.Finish(node) : FinishArray(first, node);
+    packer.IsUsed() ? FinishNumbers(packer, node) : FinishArray(first, node);
     return {};
   }
 
@@ -277,30 +278,26 @@ private:
     node.elements = Keep(_nodes, first);
   }
 
-  /// Numbers of one kind that an array begins with, packed as long as nothing else comes.
+  /// Numbers of one kind that an array begins with, packed at the end of numbers as long as nothing else comes. They are not
+  /// counted first: that would read all that stands in an array once for every array around it.
   class Packer
   {
   public:
-    Bool IsUsed() const noexcept { return _count > 0 && !_isUnpacked; }
+    explicit Packer(std::vector<Int>& numbers) : _numbers(numbers), _first(numbers.size()) {}
+
+    Bool IsUsed() const noexcept { return _kind != JsonKind::kNull && !_isUnpacked; }
     Bool IsSingle() const noexcept { return _isSingle; }
+    JsonKind GetKind() const noexcept { return _kind; }
+    size_t GetFirst() const noexcept { return _first; }
 
     /// @return false when the element cannot be packed with the others.
-    Bool Add(DataArena& arena, size_t count, const JsonNode& element)
+    Bool Add(const JsonNode& element)
     {
-      if (_isUnpacked || !element.IsNumber() || (_count > 0 && element.kind != _kind))
+      if (_isUnpacked || !element.IsNumber() || (IsUsed() && element.kind != _kind))
         return false;
-      if (_count == 0)
-      {
-        _kind = element.kind;
-        _ints = Allocate<Int>(arena, count);  // as large as a Float
-        _floats = reinterpret_cast<Float*>(_ints);
-      }
-      if (_kind == JsonKind::kInt)
-        _ints[_count] = element.whole;
-      else
-        _floats[_count] = element.number;
+      _numbers.push_back(element.kind == JsonKind::kInt ? element.whole : std::bit_cast<Int>(element.number));
+      _kind = element.kind;
       _isSingle = _isSingle && element.isSingle;
-      ++_count;
       return true;
     }
 
@@ -310,37 +307,45 @@ private:
       if (_isUnpacked)
         return;
       _isUnpacked = true;
-      for (size_t i = 0; i < _count; ++i)
+      for (size_t i = _first; i < _numbers.size(); ++i)
       {
         JsonNode node;
         node.kind = _kind;
         node.isSingle = _isSingle;
         if (_kind == JsonKind::kInt)
-          node.whole = _ints[i];
+          node.whole = _numbers[i];
         else
-          node.number = _floats[i];
+          node.number = std::bit_cast<Float>(_numbers[i]);
         nodes.push_back(node);
       }
-    }
-
-    void Finish(JsonNode& node) const noexcept
-    {
-      node.kind = _kind == JsonKind::kInt ? JsonKind::kInts : JsonKind::kFloats;
-      node.isSingle = _isSingle;
-      node.count = static_cast<Int>(_count);
-      node.ints = _ints;
-      if (_kind != JsonKind::kInt)
-        node.floats = _floats;
+      _numbers.resize(_first);
     }
 
   private:
+    std::vector<Int>& _numbers;
+    size_t _first;
     JsonKind _kind = JsonKind::kNull;
     Bool _isSingle = true;
     Bool _isUnpacked = false;
-    size_t _count = 0;
-    Int* _ints = nullptr;
-    Float* _floats = nullptr;
   };
+
+  void FinishNumbers(const Packer& packer, JsonNode& node)
+  {
+    const size_t count = _numbers.size() - packer.GetFirst();
+    node.isSingle = packer.IsSingle();
+    node.count = static_cast<Int>(count);
+    if (packer.GetKind() == JsonKind::kInt)
+    {
+      node.kind = JsonKind::kInts;
+      node.ints = Keep(_numbers, packer.GetFirst());
+      return;
+    }
+    node.kind = JsonKind::kFloats;
+    Float* const floats = Allocate<Float>(_arena, count);
+    std::memcpy(floats, _numbers.data() + packer.GetFirst(), count * sizeof(Float));
+    _numbers.resize(packer.GetFirst());
+    node.floats = floats;
+  }
 
   Result<void> Enter()
   {
@@ -365,6 +370,7 @@ private:
   std::vector<Step> _path;
   std::vector<JsonMember> _members;  // of the objects that are open
   std::vector<JsonNode> _nodes;      // of the arrays that are open
+  std::vector<Int> _numbers;         // the same, packed; of floats their bits
   std::vector<std::string_view> _names;
   Bool _asksSingle = true;  // whether anybody asks if the next number is single
 };
@@ -392,6 +398,24 @@ JsonTree::JsonTree() : _memory(std::make_unique<Memory>())
 
 JsonTree::~JsonTree() = default;
 
+namespace
+{
+
+/// Takes the memory for a text and begins with it.
+simdjson::error_code Begin(ondemand::parser& parser, std::string_view text, ondemand::document& document) noexcept
+{
+  if (const auto error = parser.allocate(std::max<size_t>(text.size(), 64), parser.max_depth()))  // 64: never nothing
+    return error;
+  // The parser does not tell when the memory for strings was not to be had. It tries once more when it begins, and this makes the
+  // second try fail with an error instead of leaving null there again.
+  parser.set_max_capacity(0);
+  const simdjson::padded_string_view padded(text, text.size() + static_cast<size_t>(kJsonPadding));
+  const auto error = parser.iterate(padded).get(document);
+  return error == simdjson::CAPACITY ? simdjson::MEMALLOC : error;
+}
+
+}  // namespace
+
 Result<std::unique_ptr<JsonTree>> JsonTree::Parse(std::string_view text)
 {
   if (text.starts_with("\xEF\xBB\xBF"))
@@ -401,8 +425,7 @@ Result<std::unique_ptr<JsonTree>> JsonTree::Parse(std::string_view text)
     return Error::OutOfMemory();
   TreeBuilder builder(*tree->_memory->arena);
   ondemand::document document;
-  const simdjson::padded_string_view padded(text, text.size() + static_cast<size_t>(kJsonPadding));
-  if (const auto error = tree->_memory->parser.iterate(padded).get(document))
+  if (const auto error = Begin(tree->_memory->parser, text, document))
     return builder.Broken(error);
   RETURN_IF_ERROR(builder.BuildRoot(document, tree->_root));
   return tree;
