@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 namespace q7z
 {
@@ -60,7 +59,7 @@ char* WriteMarkedFloatText(char* target, Float number) noexcept
 Bool IsSingleText(std::string_view text, Float number) noexcept
 {
   constexpr size_t kLongestSingleText = 15;  // such as -1.17549435e-38
-  if (text.size() > kLongestSingleText || std::fabs(number) > std::numeric_limits<Float32>::max())
+  if (text.size() > kLongestSingleText || std::fabs(number) > kLargestSingle)
     return false;
   char single[kNumberTextBytes];
   const char* const end = WriteSingleText(single, static_cast<Float32>(number));

@@ -18,6 +18,9 @@ namespace q7z
 /// Room that the text of any number needs.
 inline constexpr size_t kNumberTextBytes = 48;
 
+/// What the shortest text of the largest 32-bit number reads as: a little more than that number, to which it is narrowed again.
+inline constexpr Float kLargestSingle = 3.4028235e+38;
+
 /// The text of a finite number. @return its end.
 char* WriteFloatText(char* target, Float number) noexcept;
 

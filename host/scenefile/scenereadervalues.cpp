@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
 
+#include "host/scenefile/numbertext.h"
 #include "host/scenefile/scenereader.h"
 
 namespace q7z
@@ -251,7 +251,7 @@ Result<void> SceneReader::ReadSingles(const JsonNode& array, Float32* target)
     if (!element.IsNumber())
       return MakeElementKindError(array, i, "a number");
     const Float number = element.GetNumber();
-    if (std::isfinite(number) && std::fabs(number) > std::numeric_limits<Float32>::max())
+    if (std::isfinite(number) && std::fabs(number) > kLargestSingle)
       return _tree.MakeError(array, i, "too large for 32 bits");
     target[i] = static_cast<Float32>(number);
   }
