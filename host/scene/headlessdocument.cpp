@@ -3,6 +3,7 @@
 #include <new>
 
 #include "framework/result.h"
+#include "host/scene/evaluation.h"
 #include "host/scene/headlesstrack.h"
 
 namespace q7z
@@ -93,6 +94,11 @@ void HeadlessDocument::SetTime(const HostTime& time) noexcept
 {
   _time = time;
   ExecutePasses();
+}
+
+void HeadlessDocument::ExecutePasses() noexcept
+{
+  EvaluateTracks(*this);
 }
 
 Bool HeadlessDocument::SetNodeSpace(const String& nodeSpace) noexcept

@@ -80,9 +80,10 @@ public:
   void SetHasRenderData(Bool has) noexcept { _hasRenderData = has; }
 
   const HostTime& GetTime() const noexcept { return _time; }
+  /// Evaluates the tracks at the time.
   void SetTime(const HostTime& time) noexcept;
-  /// Nothing is evaluated yet: tracks are kept, and objects stay as they are at every time.
-  void ExecutePasses() noexcept {}
+  /// Evaluates them once more, for what was changed since the time was set.
+  void ExecutePasses() noexcept;
 
   /// The id of the active material node space.
   const String& GetNodeSpace() const noexcept { return _nodeSpace; }

@@ -454,6 +454,7 @@ TEST_F(SceneClone, DocumentIsWholeAndOutlivesItsSource)
   Add("c", a);
   Add("d", b);
   Add("e");
+  Document()->SetTime({7, 30});  // before there is a track that would build the matrix anew
   HostMatrix matrix;
   matrix.offset = {1, 2, 3};
   matrix.axisY = {1, 1, 1};
@@ -465,7 +466,6 @@ TEST_F(SceneClone, DocumentIsWholeAndOutlivesItsSource)
   track->InsertInto(b);
   track->GetCurve(true)->AddKey({1, 2})->SetValue(nullptr, 6);
   Document()->SetParameter(2000, HostValue("made by"_s));
-  Document()->SetTime({7, 30});
   Scene().SetHasRenderData(false);
   Scene().SetNodeSpace("other"_s);
   Scene().SetFolder("/scenes"_s);

@@ -1,0 +1,195 @@
+#include "host/scene/evaluation.h"
+
+#include "host/scene/headlesstag.h"
+#include "host/scene/headlesstrack.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+/// The components of an object's transform that tracks set. Nothing is read or written without such a track.
+class TransformChange
+{
+public:
+  explicit TransformChange(HeadlessNode& node) noexcept
+      : _object(node.GetKind() == NodeKind::kObject ? static_cast<HeadlessObject*>(&node) : nullptr)
+  {}
+
+  /// @return false for an id that is no component of the transform.
+  Bool Set(const HostDescId& id, Float value) noexcept
+  {
+    if (!_object || id.GetDepth() != 2 || id[1].id < kComponentX || id[1].id > kComponentZ)
+      return false;
+    Vector* const vector = FindVector(id[0].id);
+    if (!vector)
+      return false;
+    if (!_isRead)
+      _vectors = _object->GetVectors();
+    _isRead = true;
+    (*vector)[id[1].id - kComponentX] = value;
+    return true;
+  }
+
+  void Apply() noexcept
+  {
+    if (_isRead)
+      _object->SetVectors(_vectors);
+  }
+
+private:
+  Vector* FindVector(Int32 parameter) noexcept
+  {
+    switch (parameter)
+    {
+      case kPositionParameter: return &_vectors.position;
+      case kRotationParameter: return &_vectors.rotation;
+      case kScaleParameter: return &_vectors.scale;
+      default: return nullptr;
+    }
+  }
+
+  HeadlessObject* _object;  // null for a node that is none
+  TransformVectors _vectors;
+  Bool _isRead = false;
+};
+
+// Point tracks.
+
+/// The keys on both sides of a time; one key twice at its time and outside the curve.
+struct KeyPair
+{
+  const HeadlessKey* left;
+  const HeadlessKey* right;
+  Float place;  ///< of the time between them, 0 to 1
+};
+
+/// @param curve  with at least one key.
+KeyPair FindKeys(const HeadlessCurve& curve, Float seconds) noexcept
+{
+  Int low = 0;  // of the first key that is later
+  for (Int high = curve.GetKeyCount(); low < high;)
+  {
+    const Int middle = (low + high) / 2;
+    if (curve.GetKey(middle)->GetTime().GetSeconds() <= seconds)
+      low = middle + 1;
+    else
+      high = middle;
+  }
+  const HeadlessKey* const left = curve.GetKey(low > 0 ? low - 1 : 0);
+  const HeadlessKey* const right = curve.GetKey(low < curve.GetKeyCount() ? low : low - 1);
+  const Float start = left->GetTime().GetSeconds();
+  const Float span = right->GetTime().GetSeconds() - start;
+  return {left, right, span > 0 ? (seconds - start) / span : 0};
+}
+
+/// A spline's tangents are of its value; the points that its keys store move evenly.
+void EvaluatePoints(const HeadlessCurve& curve, Float seconds, HeadlessPolygonObject& object) noexcept
+{
+  const KeyPair keys = FindKeys(curve, seconds);
+  const HostArray<Vector>& from = keys.left->GetPoints();
+  const HostArray<Vector>& to = keys.right->GetPoints();
+  const Int count = object.GetPointCount();
+  if (from.GetCount() != count)
+    return;
+  const Bool holds = keys.left->GetInterpolation() == InterpolationMode::Step || to.GetCount() != count || keys.place == 0;
+  if (holds)
+  {
+    object.SetGeometry(from, object.GetPolygons());
+    return;
+  }
+  Vector* const points = object.GetPointsW();
+  for (Int i = 0; points && i < count; ++i)
+    points[i] = from.GetR()[i] + (to.GetR()[i] - from.GetR()[i]) * keys.place;
+}
+
+HeadlessPolygonObject* AsPolygonObject(HeadlessNode& node) noexcept
+{
+  return node.GetKind() == NodeKind::kObject ? static_cast<HeadlessObject&>(node).AsPolygonObject() : nullptr;
+}
+
+// Nodes.
+
+void EvaluateTrack(const HeadlessTrack& track, const HostTime& time, HeadlessNode& node, TransformChange& transform) noexcept
+{
+  const HeadlessCurve* const curve = track.GetCurve();
+  const HostDescId& id = track.GetId();
+  if (!curve || curve->GetKeyCount() == 0)
+    return;
+  if (id == HostDescId(kPointTrackParameter))
+  {
+    if (HeadlessPolygonObject* const object = AsPolygonObject(node))
+      EvaluatePoints(*curve, time.GetSeconds(), *object);
+    return;
+  }
+  const Float value = curve->GetValue(time);
+  if (!transform.Set(id, value))
+    node.SetParameter(id, value);
+}
+
+void ApplyValues(const HeadlessOverride& over, HeadlessNode& node) noexcept
+{
+  const HeadlessContainer& values = over.GetParameters();
+  for (Int i = 0; i < values.GetCount(); ++i)
+  {
+    const HeadlessContainer::EntryView entry = values.GetEntry(i);
+    if (entry.value)
+      node.SetParameter(entry.id, *entry.value);
+  }
+}
+
+/// Whether the override says what the parameter is, itself or as part of a vector.
+Bool IsOverridden(const HeadlessOverride& over, const HostDescId& id) noexcept
+{
+  const HeadlessContainer& values = over.GetParameters();
+  const Bool hasValue = values.Find(id) || (id.GetDepth() > 1 && values.Find(id[0].id));
+  return hasValue || over.GetTracks()->Find(id);
+}
+
+/// @param own   the node's own tracks that count, or null for none.
+/// @param over  the current take's override of the node, or null.
+void EvaluateNode(HeadlessNode& node, const HeadlessTrackList* own, const HeadlessOverride* over, const HostTime& time) noexcept
+{
+  TransformChange transform(node);
+  if (over)
+    ApplyValues(*over, node);
+  for (const HeadlessTrack* track = own ? own->GetFirst() : nullptr; track; track = track->GetNext())
+  {
+    if (!over || !IsOverridden(*over, track->GetId()))
+      EvaluateTrack(*track, time, node, transform);
+  }
+  for (const HeadlessTrack* track = over ? over->GetTracks()->GetFirst() : nullptr; track; track = track->GetNext())
+    EvaluateTrack(*track, time, node, transform);
+  transform.Apply();
+}
+
+const HeadlessOverride* FindOverride(const HeadlessTake& take, const HeadlessNamedNode& node) noexcept
+{
+  const Bool mayHaveOne = take.GetOverrideCount() > 0 && node.HasAnchor();
+  return mayHaveOne ? take.FindOverride(&node) : nullptr;
+}
+
+}  // namespace
+
+void EvaluateTracks(HeadlessDocument& document) noexcept
+{
+  const HeadlessTake& take = *document.GetTakeData().GetCurrentTake();
+  const HostTime time = document.GetTime();
+  for (HeadlessObject* object = document.GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
+  {
+    EvaluateNode(*object, object->GetTracks(), FindOverride(take, *object), time);
+    for (HeadlessTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext())
+      EvaluateNode(*tag, tag->GetTracks(), FindOverride(take, *tag), time);
+  }
+  for (Int i = 0; i < take.GetOverrideCount(); ++i)
+  {
+    const HeadlessOverride& over = *take.GetOverride(i);
+    HeadlessNamedNode* const target = over.GetTarget();
+    const Bool isInWalk = target && (target->GetKind() == NodeKind::kObject || target->GetKind() == NodeKind::kTag);
+    if (target && !isInWalk)
+      EvaluateNode(*target, nullptr, &over, time);
+  }
+}
+
+}  // namespace q7z

@@ -1,0 +1,330 @@
+// The time of a document: what its tracks set.
+
+#include "host/scenefile/scenefile.h"
+#include "tests/evaluation/evaluationfixture.h"
+#include "tests/support/failingmemory.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+using Points = std::vector<Vector>;
+
+class Tracks : public EvaluationTest
+{};
+
+// Values over time.
+
+struct CurveRow
+{
+  const char* name;
+  InterpolationMode mode;
+  Float seconds;
+  Float expected;
+};
+
+class TrackValue : public EvaluationTest, public testing::WithParamInterface<CurveRow>
+{};
+
+// Keys: 10 at 0 s, 20 at 1 s, 0 at 3 s. Splines have tangents a third of the way to the neighbour without a value, so that
+// between two keys a fraction s of the time gives the fraction 3 s^2 - 2 s^3 of the way.
+TEST_P(TrackValue, IsThatOfTheTime)
+{
+  HeadlessObject& object = AddObject("a");
+  HeadlessCurve& curve = AddTrack(object, kPositionX, {{0, 10}, {1, 20}, {3, 0}}, GetParam().mode);
+  ASSERT_TRUE(curve.GetKey(0)->SetRightTangent({1, 3}, 0));
+  ASSERT_TRUE(curve.GetKey(1)->SetLeftTangent({-1, 3}, 0));
+  ASSERT_TRUE(curve.GetKey(1)->SetRightTangent({2, 3}, 0));
+  ASSERT_TRUE(curve.GetKey(2)->SetLeftTangent({-2, 3}, 0));
+  GoTo(GetParam().seconds);
+  EXPECT_NEAR(object.GetLocalMatrix().offset.x, GetParam().expected, 1e-12);
+  EXPECT_NEAR(object.GetVectors().position.x, GetParam().expected, 1e-12);
+}
+
+constexpr CurveRow kCurveRows[] = {
+  {"LinearBefore", InterpolationMode::Linear, -1, 10},
+  {"LinearAtTheFirst", InterpolationMode::Linear, 0, 10},
+  {"LinearBetween", InterpolationMode::Linear, 0.25, 12.5},
+  {"LinearAtAKey", InterpolationMode::Linear, 1, 20},
+  {"LinearFalling", InterpolationMode::Linear, 2.5, 5},
+  {"LinearAtTheLast", InterpolationMode::Linear, 3, 0},
+  {"LinearBehind", InterpolationMode::Linear, 5, 0},
+  {"StepBefore", InterpolationMode::Step, -1, 10},
+  {"StepHolds", InterpolationMode::Step, 0.999, 10},
+  {"StepAtAKey", InterpolationMode::Step, 1, 20},
+  {"StepHoldsToTheLast", InterpolationMode::Step, 2.999, 20},
+  {"StepBehind", InterpolationMode::Step, 4, 0},
+  {"SplineBefore", InterpolationMode::Spline, -1, 10},
+  {"SplineAtAQuarter", InterpolationMode::Spline, 0.25, 10 + 10 * 0.15625},
+  {"SplineAtTheMiddle", InterpolationMode::Spline, 0.5, 15},
+  {"SplineFalling", InterpolationMode::Spline, 1.5, 20 - 20 * 0.15625},
+  {"SplineBehind", InterpolationMode::Spline, 9, 0},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, TrackValue, testing::ValuesIn(kCurveRows), RowName());
+
+// Tangents of two seconds on a segment of one are cut to it: at s = 1/4 time is 3 (3/4)^2 (1/4) + (1/4)^3 = 7/16, and the value
+// 3 (3/4) (1/4)^2 + (1/4)^3 = 5/32.
+TEST_F(Tracks, LongTangentsDoNotTurnTimeBack)
+{
+  HeadlessObject& object = AddObject("a");
+  HeadlessCurve& curve = AddTrack(object, kPositionX, {{0, 0}, {1, 1}}, InterpolationMode::Spline);
+  ASSERT_TRUE(curve.GetKey(0)->SetRightTangent({2, 1}, 0));
+  ASSERT_TRUE(curve.GetKey(1)->SetLeftTangent({-2, 1}, 0));
+  GoTo(7.0 / 16);
+  EXPECT_NEAR(object.GetVectors().position.x, 5.0 / 32, 1e-12);
+}
+
+// What is set.
+
+TEST_F(Tracks, TransformComponentsBuildTheMatrixAnew)
+{
+  HeadlessObject& object = AddObject("a");
+  HostMatrix sheared = Offset({1, 2, 3});
+  sheared.axisY = {1, 1, 0};
+  object.SetLocalMatrix(sheared);
+  object.SetVectorsAndMatrix({{1, 2, 3}, {0, 0, 0}, {1, 1, 1}}, sheared);
+  AddObject("still").SetLocalMatrix(sheared);
+  AddTrack(object, kPositionY, {{0, 5}});
+  AddTrack(object, HostDescId(kScaleParameter, kComponentZ), {{0, 1}, {2, 5}});
+  AddTrack(object, HostDescId(kRotationParameter, kComponentX), {{0, 0}});
+  GoTo(1);
+  const HostMatrix expected{{1, 5, 3}, {1, 0, 0}, {0, 1, 0}, {0, 0, 3}};
+  EXPECT_EQ(object.GetLocalMatrix(), expected) << "components without a track stay, shear goes";
+  EXPECT_EQ(object.GetNext()->GetLocalMatrix(), sheared) << "without tracks a matrix stays as it was given";
+}
+
+TEST_F(Tracks, BaseTransformStandsUnderTheAnimatedOne)
+{
+  HeadlessObject& object = AddObject("a");
+  ASSERT_TRUE(object.SetBase({Offset({100, 0, 0}), {2, 2, 2}}));
+  AddTrack(object, kPositionX, {{0, 5}});
+  GoTo(0);
+  const HostMatrix expected{{105, 0, 0}, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}};
+  EXPECT_EQ(object.GetLocalMatrix(), expected);
+}
+
+TEST_F(Tracks, OtherParametersAreSetAsNumbers)
+{
+  HeadlessObject& object = AddObject("a");
+  HeadlessTag& tag = *HeadlessTag::Create(kPoseMorphTagType);
+  tag.InsertInto(&object);
+  auto& morphs = static_cast<HeadlessPoseMorphTag&>(tag);
+  ASSERT_TRUE(morphs.AddMorph() && morphs.AddMorph());
+  object.SetParameter(700, Vector{1, 2, 3});
+  AddTrack(tag, HeadlessPoseMorphTag::GetStrengthId(1), {{0, 0}, {2, 1}});
+  AddTrack(tag, HostDescId(1031), {{0, 0.5}});
+  AddTrack(object, HostDescId(800), {{0, 0}, {1, 8}});
+  AddTrack(object, HostDescId(700, kComponentY), {{0, 20}});
+  AddTrack(object, HostDescId(900), {});
+  AddTrack(object, HostDescId(kPositionParameter), {{0, 20}});
+  GoTo(0.5);
+  EXPECT_EQ(morphs.GetMorph(1)->GetStrength(), 0.25);
+  EXPECT_EQ(morphs.GetMorph(0)->GetStrength(), 0);
+  EXPECT_EQ(tag.GetParameters().Find(1031)->GetFloat(), 0.5);
+  EXPECT_EQ(object.GetParameters().Find(800)->GetFloat(), 4);
+  EXPECT_EQ(object.GetParameters().Find(700)->GetVector(), (Vector{1, 20, 3}));
+  EXPECT_EQ(object.GetParameters().Find(900), nullptr) << "a track without keys says nothing";
+  EXPECT_EQ(object.GetVectors().position, Vector()) << "a number is no vector";
+}
+
+TEST_F(Tracks, ReachEveryObjectOfADeepHierarchy)
+{
+  HeadlessObject* parent = nullptr;
+  HeadlessObject* last = nullptr;
+  for (Int i = 0; i < 100000; ++i)
+  {
+    last = HeadlessObject::Create(kNullObjectType);
+    if (parent)
+      last->InsertUnder(parent);
+    else
+      Scene().InsertObjectLast(last);
+    parent = last;
+  }
+  AddTrack(*last, kPositionX, {{0, 7}});
+  GoTo(0);
+  EXPECT_EQ(last->GetVectors().position.x, 7);
+}
+
+TEST_F(Tracks, PassesEvaluateWithoutAnotherTime)
+{
+  HeadlessObject& object = AddObject("a");
+  GoTo(1);
+  AddTrack(object, kPositionX, {{0, 0}, {2, 2}});
+  EXPECT_EQ(object.GetVectors().position.x, 0);
+  Document()->ExecutePasses();
+  EXPECT_EQ(object.GetVectors().position.x, 1);
+}
+
+// Point tracks.
+
+class PointTracks : public EvaluationTest
+{
+protected:
+  /// A key of the object's point track.
+  static HeadlessKey& AddPointKey(HeadlessObject& object, Float seconds, std::initializer_list<Vector> points)
+  {
+    HeadlessTrack* track = object.GetTracks()->Find(HostDescId(kPointTrackParameter));
+    if (!track)
+      AddTrack(object, HostDescId(kPointTrackParameter), {});
+    track = object.GetTracks()->Find(HostDescId(kPointTrackParameter));
+    HeadlessKey& key = *track->GetCurve()->AddKey({seconds, 1}, nullptr);
+    key.SetPoints(MakeArray(points));
+    return key;
+  }
+};
+
+TEST_F(PointTracks, MoveBetweenTheKeys)
+{
+  HeadlessPolygonObject& object = AddPoints({{9, 9, 9}, {9, 9, 9}});
+  const HeadlessKey& first = AddPointKey(object, 1, {{0, 0, 0}, {0, 4, 0}});
+  AddPointKey(object, 3, {{2, 0, 0}, {0, 4, 8}});
+  AddPointKey(object, 4, {{2, 2, 2}, {0, 0, 0}});
+  GoTo(0);
+  EXPECT_EQ(PointsOf(object), (Points{{0, 0, 0}, {0, 4, 0}}));
+  GoTo(1.5);
+  EXPECT_EQ(PointsOf(object), (Points{{0.5, 0, 0}, {0, 4, 2}}));
+  GoTo(3);
+  EXPECT_EQ(PointsOf(object), (Points{{2, 0, 0}, {0, 4, 8}}));
+  GoTo(9);
+  EXPECT_EQ(PointsOf(object), (Points{{2, 2, 2}, {0, 0, 0}}));
+  EXPECT_EQ(first.GetPoints().GetR()[1], (Vector{0, 4, 0})) << "the keys keep their points";
+}
+
+TEST_F(PointTracks, HoldAtStepsAndOtherCounts)
+{
+  HeadlessPolygonObject& object = AddPoints({{9, 9, 9}});
+  AddPointKey(object, 0, {{1, 1, 1}}).SetInterpolation(InterpolationMode::Step);
+  AddPointKey(object, 1, {{2, 2, 2}});
+  AddPointKey(object, 2, {{3, 3, 3}, {4, 4, 4}});
+  AddPointKey(object, 3, {});
+  AddPointKey(object, 4, {{5, 5, 5}});
+  GoTo(0.5);
+  EXPECT_EQ(PointsOf(object), (Points{{1, 1, 1}})) << "a step holds";
+  GoTo(1.5);
+  EXPECT_EQ(PointsOf(object), (Points{{2, 2, 2}})) << "no way to two points";
+  GoTo(2.5);
+  EXPECT_EQ(PointsOf(object), (Points{{2, 2, 2}})) << "two points are not the object's";
+  GoTo(3.5);
+  EXPECT_EQ(PointsOf(object), (Points{{2, 2, 2}})) << "nor are none";
+  GoTo(4);
+  EXPECT_EQ(PointsOf(object), (Points{{5, 5, 5}}));
+}
+
+TEST_F(PointTracks, WithoutMemoryThePointsStay)
+{
+  HeadlessPolygonObject& object = AddPoints({{9, 9, 9}});
+  AddPointKey(object, 0, {{1, 1, 1}});
+  AddPointKey(object, 2, {{3, 3, 3}});
+  AddTrack(AddObject("behind"), kPositionX, {{0, 0}, {2, 2}});
+  GoTo(0);
+  FailAllocation(1);
+  GoTo(1);
+  EXPECT_EQ(StopFailingAllocations(), 1);
+  EXPECT_EQ(PointsOf(object), (Points{{1, 1, 1}}));
+  EXPECT_EQ(object.GetNext()->GetVectors().position.x, 1) << "the others go on";
+}
+
+// Takes.
+
+class TakeTracks : public EvaluationTest
+{
+protected:
+  HeadlessOverride& Override(HeadlessNode& node) { return *_take.FindOrAddOverride(&node); }
+
+  HeadlessObject& _object = AddObject("a");
+  HeadlessTake& _take = *Scene().GetTakeData().AddTake("t"_s);
+};
+
+TEST_F(TakeTracks, CountWhileTheTakeIsCurrent)
+{
+  AddTrack(_object, kPositionX, {{0, 1}});
+  AddTrack(_object, kPositionY, {{0, 2}});
+  AddTrack(Override(_object), kPositionX, {{0, 0}, {1, 10}});
+  GoTo(0.5);
+  EXPECT_EQ(_object.GetVectors().position, (Vector{1, 2, 0}));
+  Scene().GetTakeData().SetCurrentTake(&_take);
+  GoTo(0.5);
+  EXPECT_EQ(_object.GetVectors().position, (Vector{5, 2, 0})) << "what the take does not override keeps its track";
+  Scene().GetTakeData().SetCurrentTake(Scene().GetTakeData().GetMainTake());
+  GoTo(0.5);
+  EXPECT_EQ(_object.GetVectors().position, (Vector{1, 2, 0}));
+}
+
+struct PrecedenceRow
+{
+  const char* name;
+  HostDescId valueId;  ///< of the override's value; without levels for none
+  HostValue value;
+  Bool hasTrack;  ///< the override has a track of position X, of 30
+  Float expected;
+};
+
+class TakePrecedence : public TakeTracks, public testing::WithParamInterface<PrecedenceRow>
+{};
+
+TEST_P(TakePrecedence, OfPositionX)
+{
+  AddTrack(_object, kPositionX, {{0, 10}});
+  HeadlessOverride& over = Override(_object);
+  const Bool hasValue = GetParam().valueId.GetDepth() > 0;
+  ASSERT_TRUE(!hasValue || over.GetParameters().Set(GetParam().valueId, GetParam().value));
+  if (GetParam().hasTrack)
+    AddTrack(over, kPositionX, {{0, 30}});
+  Scene().GetTakeData().SetCurrentTake(&_take);
+  GoTo(0);
+  EXPECT_EQ(_object.GetLocalMatrix().offset.x, GetParam().expected);
+}
+
+const PrecedenceRow kPrecedenceRows[] = {
+  {"EmptyOverride", {}, {}, false, 10},
+  {"ValueOverTrack", kPositionX, HostValue(20.0), false, 20},
+  {"VectorOverTrack", HostDescId(kPositionParameter), HostValue(Vector{25, 0, 0}), false, 25},
+  {"TrackOverValue", kPositionX, HostValue(20.0), true, 30},
+  {"TrackOverVector", HostDescId(kPositionParameter), HostValue(Vector{25, 0, 0}), true, 30},
+  {"ValueOfAnotherComponent", kPositionY, HostValue(20.0), false, 10},
+  {"ValueOfAnotherKind", HostDescId(kRotationParameter), HostValue(Vector{0, 0, 0}), true, 30},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, TakePrecedence, testing::ValuesIn(kPrecedenceRows), RowName());
+
+TEST_F(TakeTracks, ReachTagsMaterialsAndNothingThatIsGone)
+{
+  HeadlessTag& tag = *HeadlessTag::Create(kTextureTagType);
+  tag.InsertInto(&_object);
+  HeadlessMaterial* const material = HeadlessMaterial::Create();
+  Scene().InsertMaterial(material);
+  HeadlessOwner<HeadlessObject> gone(HeadlessObject::Create(kNullObjectType));
+  ASSERT_TRUE(Override(*gone).GetParameters().Set(5, 1.5));
+  ASSERT_TRUE(Override(tag).GetParameters().Set(5, 2.5));
+  AddTrack(Override(*material), HostDescId(5), {{0, 3.5}});
+  gone.reset();
+  Scene().GetTakeData().SetCurrentTake(&_take);
+  GoTo(0);
+  EXPECT_EQ(tag.GetParameters().Find(5)->GetFloat(), 2.5);
+  EXPECT_EQ(material->GetParameters().Find(5)->GetFloat(), 3.5);
+}
+
+// Scene documents.
+
+// The object stands where it was put by hand, away from its track: a document is read as it was written.
+TEST_F(Tracks, ReadingADocumentEvaluatesNothing)
+{
+  HeadlessObject& object = AddObject("a");
+  AddTrack(object, kPositionX, {{0, 0}, {2, 2}});
+  GoTo(1);
+  object.SetVectors({{50, 0, 0}, {}, {1, 1, 1}});
+  StringSink written;
+  ASSERT_FALSE(WriteSceneDocument(Scene(), "", written).HasError());
+  HeadlessOwner<HeadlessDocument> read = ReadSceneDocument(written.GetText(), "").GetValue();
+  EXPECT_EQ(read->GetFirstObject()->GetVectors().position.x, 50);
+  EXPECT_EQ(read->GetTime(), (HostTime{1, 1}));
+  StringSink again;
+  ASSERT_FALSE(WriteSceneDocument(*read, "", again).HasError());
+  EXPECT_EQ(again.GetText(), written.GetText());
+  read->ExecutePasses();
+  EXPECT_EQ(read->GetFirstObject()->GetVectors().position.x, 1);
+}
+
+}  // namespace
+}  // namespace q7z::test
