@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "host/modeling/modelingtable.h"
 #include "host/scene/scenetables.h"
 #include "host/services/base64.h"
 #include "host/services/filereading.h"
@@ -170,6 +171,7 @@ struct HeadlessHost::State
   bool attached = false;
 
   HeadlessSceneState scene;
+  ModelingTable modeling;
   FilePolicy policy;
   JobWarnings warnings;
   HeadlessFileTable files{policy};
@@ -239,6 +241,7 @@ void HeadlessHost::State::Assemble(const HostSettings& settings)
 
   tables.version = kMinimumHostVersion;
   FillSceneTables(tables, scene);
+  tables.modeling = &modeling;
   tables.registration = &registrations;
   tables.resource = &resources;
   tables.description = &descriptions;

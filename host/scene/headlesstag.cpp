@@ -141,6 +141,12 @@ HostCornerHandle HeadlessCornerTag::GetHandleR() const noexcept
   return handle;
 }
 
+void HeadlessCornerTag::SetNumbers(HostArray<Float32> singles, HostArray<Float> doubles) noexcept
+{
+  _singles = std::move(singles);
+  _doubles = std::move(doubles);
+}
+
 Bool HeadlessCornerTag::CopyDataFrom(const HeadlessTag& other) noexcept
 {
   const auto& source = static_cast<const HeadlessCornerTag&>(other);

@@ -63,6 +63,8 @@ public:
   HostCornerHandle GetHandleW(Bool needsDoubles) noexcept;
   /// For reading, though the handle could write.
   HostCornerHandle GetHandleR() const noexcept;
+  /// Replaces all numbers, 12 a polygon; at most one of the two is not empty.
+  void SetNumbers(HostArray<Float32> singles, HostArray<Float> doubles) noexcept;
 
 protected:
   Bool CopyDataFrom(const HeadlessTag& other) noexcept override;
@@ -90,6 +92,8 @@ public:
 
   HostColorHandle GetHandleW() noexcept;
   HostColorHandle GetHandleR() const noexcept;
+  /// Replaces all colours; the mode stays.
+  void SetColors(HostArray<Float32> colors) noexcept { _colors = std::move(colors); }
 
 protected:
   Bool CopyDataFrom(const HeadlessTag& other) noexcept override;

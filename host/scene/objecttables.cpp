@@ -100,13 +100,6 @@ public:
   void Translate(HostAliasTrans* trans) noexcept override { ToHeadless(trans)->Translate(); }
 };
 
-/// No command is known yet.
-class SceneModelingTable final : public HostModelingTable
-{
-public:
-  Bool Send(Int32, HostModelingData&) noexcept override { return false; }
-};
-
 }  // namespace
 
 void FillObjectTables(HostTables& tables) noexcept
@@ -117,14 +110,12 @@ void FillObjectTables(HostTables& tables) noexcept
   static SceneVisibilityTable visibility;
   static SceneInstanceTable instance;
   static SceneAliasTable alias;
-  static SceneModelingTable modeling;
   tables.object = &object;
   tables.hierarchy = &hierarchy;
   tables.transform = &transform;
   tables.visibility = &visibility;
   tables.instance = &instance;
   tables.alias = &alias;
-  tables.modeling = &modeling;
 }
 
 }  // namespace q7z

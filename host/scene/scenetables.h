@@ -1,8 +1,8 @@
 #pragma once
 
 // The function tables over the scene model. Most keep no state and live to the end of the process; the two that need something of
-// the host keep it in a HeadlessSceneState. Bitmaps, files, dialogs, console, registration, descriptions and resources are filled
-// in elsewhere.
+// the host keep it in a HeadlessSceneState. Modeling, bitmaps, files, dialogs, console, registration, descriptions and resources are
+// filled in elsewhere.
 
 #include "host/scene/headlessdocument.h"
 #include "plugin/module/hostdocument.h"

@@ -8,7 +8,7 @@ namespace q7z
 {
 
 void FillNodeTables(HostTables& tables) noexcept;     ///< nodes, parameters, containers, units
-void FillObjectTables(HostTables& tables) noexcept;   ///< objects, hierarchy, transforms, visibility, instances, alias, modeling
+void FillObjectTables(HostTables& tables) noexcept;   ///< objects, hierarchy, transforms, visibility, instances, alias
 void FillPolygonTables(HostTables& tables) noexcept;  ///< polygon data, phong, neighbours
 void FillTagTables(HostTables& tables) noexcept;      ///< tags, corner data, colours, selections, textures, node masters
 void FillSkinTables(HostTables& tables) noexcept;     ///< weights, pose morphs
