@@ -64,6 +64,20 @@ Bool CarryCorners(const T* source, Int sourceCount, const ElementMap& map, HostA
                                [](const T* from, T* to) noexcept { HalveCorners<kPerCorner>(from, to); });
 }
 
+/// The entries of the points that stay, in just the memory that they need: parts of a big mesh keep their weights for long.
+Bool CarryWeights(const BaseArray<PointWeight>& old, const ElementMap& map, BaseArray<PointWeight>& result) noexcept
+{
+  const auto stays = [&](const PointWeight& weight) noexcept { return map.Find(weight.point) >= 0; };
+  if (result.Reserve(std::count_if(old.begin(), old.end(), stays)).HasError())
+    return false;
+  for (const PointWeight& weight : old)
+  {
+    if (stays(weight))
+      DropError(result.Append({map.GetStart(weight.point), weight.weight}));  // there is room
+  }
+  return true;
+}
+
 /// The points of the object that a morph links to, when they fit an object with pointCount points; else null.
 const HostArray<Vector>* FindLinkedPoints(const HeadlessMorph& morph, Int32 pointCount) noexcept
 {
@@ -99,6 +113,8 @@ public:
       entry.tag->SetNumbers(std::move(entry.singles), std::move(entry.doubles));
     for (NewColors& entry : _newColors)
       entry.tag->SetColors(std::move(entry.colors));
+    for (NewWeights& entry : _newWeights)
+      entry.tag->SetWeights(entry.joint, std::move(entry.weights));
     for (NewPoints& entry : _newPointData)
     {
       if (entry.morph)
@@ -108,7 +124,10 @@ public:
     }
     RenumberSelection(_object.GetPolygonSelection());
     for (HeadlessTag* tag = _object.GetFirstTag(); tag; tag = tag->GetNext())
-      RenumberTag(*tag);
+    {
+      if (tag->GetType() == kPolygonSelectionTagType)
+        RenumberSelection(static_cast<HeadlessSelectionTag&>(*tag).GetSelection());
+    }
   }
 
 private:
@@ -122,6 +141,12 @@ private:
   {
     HeadlessVertexColorTag* tag;
     HostArray<Float32> colors;
+  };
+  struct NewWeights
+  {
+    HeadlessWeightTag* tag;
+    Int32 joint;
+    BaseArray<PointWeight> weights;
   };
   /// Of a morph or of a key.
   struct NewPoints
@@ -186,7 +211,8 @@ private:
       case kUvwTagType: return PrepareCorners(static_cast<HeadlessCornerTag&>(tag));
       case kVertexColorTagType: return PrepareColors(static_cast<HeadlessVertexColorTag&>(tag));
       case kPoseMorphTagType: return PrepareMorphs(static_cast<HeadlessPoseMorphTag&>(tag));
-      default: return true;  // weights and selections are renumbered where they stand
+      case kWeightTagType: return PrepareWeights(static_cast<HeadlessWeightTag&>(tag));
+      default: return true;  // selections are renumbered where they stand
     }
   }
 
@@ -213,6 +239,17 @@ private:
                          : !CarryCorners<4>(old.colors, old.count, map, entry.colors))
       return false;
     return !_newColors.Append(std::move(entry)).HasError();
+  }
+
+  Bool PrepareWeights(HeadlessWeightTag& tag) noexcept
+  {
+    for (Int32 joint = 0; !_points.IsIdentity() && joint < tag.GetJointCount(); ++joint)
+    {
+      NewWeights entry{&tag, joint, {}};
+      if (!CarryWeights(tag.GetWeights(joint), _points, entry.weights) || _newWeights.Append(std::move(entry)).HasError())
+        return false;
+    }
+    return true;
   }
 
   Bool PrepareMorphs(HeadlessPoseMorphTag& tag) noexcept
@@ -242,14 +279,6 @@ private:
       selection.Renumber([this](Int polygon) noexcept { return _polygons.GetStart(polygon); });
   }
 
-  void RenumberTag(HeadlessTag& tag) const noexcept
-  {
-    if (tag.GetType() == kPolygonSelectionTagType)
-      RenumberSelection(static_cast<HeadlessSelectionTag&>(tag).GetSelection());
-    else if (tag.GetType() == kWeightTagType && !_points.IsIdentity())
-      static_cast<HeadlessWeightTag&>(tag).RenumberPoints([this](Int32 point) noexcept { return _points.Find(point); });
-  }
-
   HeadlessPolygonObject& _object;
   const ElementMap& _points;
   const ElementMap& _polygons;
@@ -257,6 +286,7 @@ private:
   HostArray<HostPolygon> _newPolygons;
   BaseArray<NewCorners> _newCorners;
   BaseArray<NewColors> _newColors;
+  BaseArray<NewWeights> _newWeights;
   BaseArray<NewPoints> _newPointData;
 };
 

@@ -111,6 +111,13 @@ Bool JointWeights::CopyFrom(const JointWeights& other) noexcept
   return true;
 }
 
+void JointWeights::SetSorted(BaseArray<PointWeight> entries) noexcept
+{
+  _entries = std::move(entries);
+  _sortedCount = _entries.GetCount();
+  _settled.store(true, std::memory_order_release);
+}
+
 HeadlessWeightTag::Joint* HeadlessWeightTag::FindJoint(Int32 jointIndex) const noexcept
 {
   return jointIndex >= 0 && jointIndex < GetJointCount() ? _joints[jointIndex].get() : nullptr;

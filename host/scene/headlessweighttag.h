@@ -34,24 +34,8 @@ public:
   /// One entry a point, in rising order; weights of 0 may be among them.
   const BaseArray<PointWeight>& GetSorted() const noexcept;
   Bool CopyFrom(const JointWeights& other) noexcept;
-  /// Gives the points new numbers in place, without a need for memory. newNumber(point) is negative for a point whose weight
-  /// goes; all others keep their order.
-  template <typename NewNumber>
-  void Renumber(NewNumber&& newNumber) noexcept
-  {
-    GetSorted();
-    Int kept = 0;
-    for (Int i = 0; i < _entries.GetCount(); ++i)
-    {
-      const Int32 number = newNumber(_entries[i].point);
-      if (number < 0)
-        continue;
-      _entries[kept] = _entries[i];
-      _entries[kept++].point = number;
-    }
-    _entries.Truncate(kept);
-    _sortedCount = kept;
-  }
+  /// Replaces all weights; one entry a point, in rising order.
+  void SetSorted(BaseArray<PointWeight> entries) noexcept;
 
 private:
   PointWeight* FindSorted(Int32 point) const noexcept;
@@ -81,12 +65,10 @@ public:
   /// The joint's weights in point order, those of 0 included; jointIndex is in range.
   const BaseArray<PointWeight>& GetWeights(Int32 jointIndex) const noexcept { return _joints[jointIndex]->weights.GetSorted(); }
 
-  /// Gives the points of all joints' weights new numbers; JointWeights::Renumber tells how.
-  template <typename NewNumber>
-  void RenumberPoints(NewNumber&& newNumber) noexcept
+  /// Replaces the weights of a joint in range; one entry a point, in rising order.
+  void SetWeights(Int32 jointIndex, BaseArray<PointWeight> sorted) noexcept
   {
-    for (const std::unique_ptr<Joint>& joint : _joints)
-      joint->weights.Renumber(newNumber);
+    _joints[jointIndex]->weights.SetSorted(std::move(sorted));
   }
 
   Bool HasBindPose() const noexcept { return _hasBindPose; }

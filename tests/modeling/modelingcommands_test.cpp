@@ -150,20 +150,6 @@ TEST_F(ModelingCommands, NothingToDoTouchesNothing)
   EXPECT_EQ(corners.GetHandleR().singles, static_cast<const HeadlessCornerTag*>(copy.FindTag(kUvwTagType))->GetHandleR().singles);
 }
 
-TEST_F(ModelingCommands, DataOfUnchangedElementsStaysShared)
-{
-  HeadlessPolygonObject& mesh = AddGrid(5, {{0, 1, 2, 4}});
-  const auto& corners = AddCorners(mesh, kUvwTagType, 1, false);
-  const Float32* const before = corners.GetHandleR().singles;
-  const Vector* points = mesh.GetPoints().GetR();
-  ASSERT_TRUE(Send(kRemoveUnusedPointsCommand, &mesh));
-  EXPECT_EQ(corners.GetHandleR().singles, before);
-  EXPECT_NE(mesh.GetPoints().GetR(), points);
-  points = mesh.GetPoints().GetR();
-  ASSERT_TRUE(Send(kTriangulateCommand, &mesh));
-  EXPECT_EQ(mesh.GetPoints().GetR(), points);
-}
-
 TEST_F(ModelingCommands, RefusedWithoutAChange)
 {
   HeadlessPolygonObject& mesh = AddSample();
