@@ -1,6 +1,7 @@
 #include "app/arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -20,29 +21,41 @@ const std::map<std::string, When> kWhenNames = {{"auto", When::kAuto}, {"always"
 struct RawTexts
 {
   std::vector<std::string> importOptions;
+  std::vector<std::string> exportOptions;
   std::vector<std::string> configuration;
   std::string unit;
 };
 
-/// Options that most verbs share.
-void AddCommonOptions(CLI::App& command, Arguments& arguments, RawTexts& raw)
+/// Options whose texts are checked by a table. One value an option, so that a file name behind it is not swallowed.
+CLI::Option* AddTexts(CLI::App& command, const char* name, std::vector<std::string>& texts, const char* help)
 {
-  // One value an option, so that a file name behind it is not swallowed.
-  command.add_option("--import", raw.importOptions, "An import option, KEY=VALUE (see q7z options)")
-    ->type_name("KEY=VALUE")
-    ->expected(1)
-    ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  command.add_option("--config", raw.configuration, "A configuration variable of the plug-in, VARIABLE=VALUE")
-    ->type_name("VARIABLE=VALUE")
-    ->expected(1)
-    ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  command.add_option("--node-space", arguments.nodeSpace, "Id of the active material node space")->type_name("ID");
+  return command.add_option(name, texts, help)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+/// Options of the verbs that load a glTF file.
+void AddLoadOptions(CLI::App& command, Arguments& arguments, RawTexts& raw)
+{
+  AddTexts(command, "--import", raw.importOptions, "An import option, KEY=VALUE (see q7z options)")->type_name("KEY=VALUE");
   command.add_option("--unit", raw.unit, "Unit of the new document, such as 1cm or 1m")->type_name("UNIT");
   command.add_option("--fps", arguments.framesPerSecond, "Frames a second of the new document")
     ->type_name("N")
     ->check(CLI::Range(1, 100000));
   command.add_option("--tex", arguments.texFolder, "Folder in which the tex folder of images is made")->type_name("DIR");
   command.add_flag("--allow-outside", arguments.allowOutside, "Read side files from outside the input's folder, too");
+}
+
+/// Options of the verbs that save a glTF file.
+void AddSaveOptions(CLI::App& command, RawTexts& raw)
+{
+  AddTexts(command, "--export", raw.exportOptions, "An export option, FIELD=VALUE (see q7z options)")->type_name("FIELD=VALUE");
+}
+
+/// Options that all verbs share that run the plug-in.
+void AddCommonOptions(CLI::App& command, Arguments& arguments, RawTexts& raw)
+{
+  AddTexts(command, "--config", raw.configuration, "A configuration variable of the plug-in, VARIABLE=VALUE")
+    ->type_name("VARIABLE=VALUE");
+  command.add_option("--node-space", arguments.nodeSpace, "Id of the active material node space")->type_name("ID");
   command.add_option("--report", arguments.reportFile, "Write the run as JSON; - is stdout")->type_name("FILE");
   command.add_flag("--timings", arguments.timings, "Put clock times into the report");
   command.add_flag("--strict", arguments.strict, "Exit with 5 when there were warnings");
@@ -57,22 +70,44 @@ void AddCommonOptions(CLI::App& command, Arguments& arguments, RawTexts& raw)
     ->transform(CLI::CheckedTransformer(kWhenNames).description(""));
 }
 
+CLI::App* AddVerb(CLI::App& app, Arguments& arguments, Verb verb, const char* name, const char* help)
+{
+  CLI::App* const command = app.add_subcommand(name, help);
+  command->callback([&arguments, verb] { arguments.verb = verb; });
+  return command;
+}
+
 void AddVerbs(CLI::App& app, Arguments& arguments, RawTexts& raw)
 {
-  CLI::App* const import = app.add_subcommand("import", "Load a glTF file; write it as a scene document");
-  import->add_option("IN", arguments.input, "A .gltf or .glb file, or - for stdin")->required();
+  constexpr const char* kInput = "A .gltf or .glb file, or - for stdin";
+  constexpr const char* kOutput = "The .gltf or .glb file to write, or - for stdout";
+
+  CLI::App* const import = AddVerb(app, arguments, Verb::kImport, "import", "Load a glTF file; write it as a scene document");
+  import->add_option("IN", arguments.input, kInput)->required();
   import->add_option("OUT", arguments.output, "The scene document to write, or - for stdout");
+  AddLoadOptions(*import, arguments, raw);
   AddCommonOptions(*import, arguments, raw);
-  import->callback([&arguments] { arguments.verb = Verb::kImport; });
 
-  CLI::App* const inspect = app.add_subcommand("inspect", "Show a tree of what arrives from a file");
-  inspect->add_option("IN", arguments.input, "A .gltf or .glb file, or - for stdin")->required();
+  CLI::App* const save = AddVerb(app, arguments, Verb::kExport, "export", "Read a scene document; save it as a glTF file");
+  save->add_option("SCENE", arguments.input, "A scene document, or - for stdin")->required();
+  save->add_option("OUT", arguments.output, kOutput)->required();
+  AddSaveOptions(*save, raw);
+  AddCommonOptions(*save, arguments, raw);
+
+  CLI::App* const convert = AddVerb(app, arguments, Verb::kConvert, "convert", "Load a glTF file and save it as another");
+  convert->add_option("IN", arguments.input, kInput)->required();
+  convert->add_option("OUT", arguments.output, kOutput)->required();
+  AddLoadOptions(*convert, arguments, raw);
+  AddSaveOptions(*convert, raw);
+  AddCommonOptions(*convert, arguments, raw);
+
+  CLI::App* const inspect = AddVerb(app, arguments, Verb::kInspect, "inspect", "Show a tree of what arrives from a file");
+  inspect->add_option("IN", arguments.input, kInput)->required();
   inspect->add_flag("--json", arguments.json, "Print the scene document instead");
+  AddLoadOptions(*inspect, arguments, raw);
   AddCommonOptions(*inspect, arguments, raw);
-  inspect->callback([&arguments] { arguments.verb = Verb::kInspect; });
 
-  CLI::App* const options = app.add_subcommand("options", "List every import option");
-  options->callback([&arguments] { arguments.verb = Verb::kOptions; });
+  AddVerb(app, arguments, Verb::kOptions, "options", "List every import and export option");
 }
 
 int FailUsage(const std::string& message)
@@ -88,15 +123,42 @@ bool IsSameFile(const std::string& a, const std::string& b)
   return !a.empty() && a != "-" && b != "-" && (a == b || std::filesystem::equivalent(a, b, error));
 }
 
-std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
+std::optional<int> CheckOptions(const OptionTable& table, const std::vector<std::string>& texts,
+                                std::vector<std::pair<int, HostValue>>& parameters)
 {
-  for (const std::string& text : raw.importOptions)
+  for (const std::string& text : texts)
   {
-    const ParsedOption option = ParseImportOption(text);
+    const ParsedOption option = ParseOption(table, text);
     if (!option.error.empty())
       return FailUsage(option.error);
-    arguments.importParameters.emplace_back(option.parameterId, option.value);
+    parameters.emplace_back(option.parameterId, option.value);
   }
+  return std::nullopt;
+}
+
+/// The export options, and the form that the output's suffix tells when they do not.
+std::optional<int> CheckForm(const RawTexts& raw, Arguments& arguments)
+{
+  if (const auto code = CheckOptions(GetExportOptions(), raw.exportOptions, arguments.exportParameters))
+    return code;
+  const bool isChosen = std::any_of(arguments.exportParameters.begin(), arguments.exportParameters.end(),
+                                    [](const auto& parameter) { return parameter.first == kFileFormatOption; });
+  const bool saves = arguments.verb == Verb::kExport || arguments.verb == Verb::kConvert;
+  if (!saves || isChosen || arguments.output == "-")
+    return std::nullopt;
+  const std::optional<Int32> format = GetFormatOfName(arguments.output);
+  if (!format)
+    return FailUsage("\"" + arguments.output + "\" ends in neither .gltf nor .glb; choose with --export fileFormat=gltf or glb");
+  arguments.exportParameters.emplace_back(kFileFormatOption, HostValue(*format));
+  return std::nullopt;
+}
+
+std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
+{
+  if (const auto code = CheckOptions(GetImportOptions(), raw.importOptions, arguments.importParameters))
+    return code;
+  if (const auto code = CheckForm(raw, arguments))
+    return code;
   for (const std::string& text : raw.configuration)
   {
     const size_t equals = text.find('=');
@@ -123,7 +185,7 @@ std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
 
 std::optional<int> ParseArguments(int argc, char** argv, Arguments& arguments)
 {
-  CLI::App app("Loads glTF files through the io_gltf plug-in, without the big host.", "q7z");
+  CLI::App app("Loads and saves glTF files through the io_gltf plug-in, without the big host.", "q7z");
   app.set_version_flag("--version", "q7z " Q7Z_VERSION);
   app.require_subcommand(1);
   app.footer("Exit codes: 0 done, 1 file refused, 2 wrong usage, 3 no access, 4 out of memory or over a limit,\n"

@@ -16,6 +16,8 @@ namespace q7z::app
 enum class Verb
 {
   kImport,
+  kExport,
+  kConvert,
   kInspect,
   kOptions,
 };
@@ -28,6 +30,7 @@ struct Arguments
   bool json = false;
 
   std::vector<std::pair<int, HostValue>> importParameters;         // by the loader's parameter id
+  std::vector<std::pair<int, HostValue>> exportParameters;         // by the saver's
   std::vector<std::pair<std::string, std::string>> configuration;  // name, value
   std::string nodeSpace;                                           // empty for the host's own
   std::optional<HostUnitScale> unit;

@@ -51,14 +51,39 @@ std::optional<bool> ParseBool(std::string_view text)
   return std::nullopt;
 }
 
-std::optional<int> ParseNormals(std::string_view text)
+std::optional<Int32> ParseInteger(std::string_view text)
 {
-  if (text == "none")
-    return 1006;
-  if (text == "vertex")
-    return 1007;
-  if (text == "phong")
-    return 1008;
+  Int32 value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size())
+    return std::nullopt;
+  return value;
+}
+
+struct Choice
+{
+  OptionType type;
+  std::string_view name;
+  Int32 value;
+};
+constexpr std::array<Choice, 8> kChoices = {{
+  {OptionType::kNormals, "none", 1006},
+  {OptionType::kNormals, "vertex", 1007},
+  {OptionType::kNormals, "phong", 1008},
+  {OptionType::kTextureResize, "shrink", 1009},
+  {OptionType::kTextureResize, "exact", 1010},
+  {OptionType::kTextureResize, "keep", 1011},
+  {OptionType::kFileFormat, "gltf", 1028},
+  {OptionType::kFileFormat, "glb", 1029},
+}};
+
+std::optional<Int32> ParseChoice(OptionType type, std::string_view text)
+{
+  for (const Choice& choice : kChoices)
+  {
+    if (choice.type == type && choice.name == text)
+      return choice.value;
+  }
   return std::nullopt;
 }
 
@@ -67,7 +92,10 @@ std::string_view GetExpectation(OptionType type)
   switch (type)
   {
     case OptionType::kBool: return "true or false";
+    case OptionType::kInteger: return "a whole number";
     case OptionType::kNormals: return "none, phong or vertex";
+    case OptionType::kTextureResize: return "shrink, exact or keep";
+    case OptionType::kFileFormat: return "gltf or glb";
     case OptionType::kAngleDegrees: return "an angle in degrees";
     case OptionType::kUnit: return "a length such as 1m, 2.5cm or a plain factor";
   }
@@ -83,9 +111,15 @@ HostValue ParseValue(OptionType type, std::string_view text)
       if (const auto value = ParseBool(text))
         return HostValue(*value);
       break;
+    case OptionType::kInteger:
+      if (const auto value = ParseInteger(text))
+        return HostValue(*value);
+      break;
     case OptionType::kNormals:
-      if (const auto value = ParseNormals(text))
-        return HostValue(Int32(*value));
+    case OptionType::kTextureResize:
+    case OptionType::kFileFormat:
+      if (const auto value = ParseChoice(type, text))
+        return HostValue(*value);
       break;
     case OptionType::kAngleDegrees:
       if (const auto value = ParseNumber(text))
@@ -99,10 +133,10 @@ HostValue ParseValue(OptionType type, std::string_view text)
   return HostValue();
 }
 
-std::string ListKeys()
+std::string ListKeys(const OptionTable& table)
 {
   std::string keys;
-  for (const ImportOption& option : GetImportOptions())
+  for (const Option& option : table.options)
   {
     keys += keys.empty() ? "" : ", ";
     keys += option.key;
@@ -112,25 +146,54 @@ std::string ListKeys()
 
 }  // namespace
 
-const std::vector<ImportOption>& GetImportOptions()
+const OptionTable& GetImportOptions()
 {
-  static const std::vector<ImportOption> options = {
-    {"scale", 1002, OptionType::kUnit, "1m", "the length that a unit of the file stands for"},
-    {"cameras", 1003, OptionType::kBool, "true", "import cameras"},
-    {"geometry", 1004, OptionType::kBool, "true", "import meshes"},
-    {"splitmesh", 1018, OptionType::kBool, "false", "one object for each primitive of a mesh"},
-    {"normals", 1005, OptionType::kNormals, "vertex", "the file's normals, phong shading alone, or neither"},
-    {"phongangle", 1009, OptionType::kAngleDegrees, "40", "angle in degrees up to which phong shading smooths"},
-    {"vertexcolors", 1010, OptionType::kBool, "true", "import vertex colours"},
-    {"uvs", 1011, OptionType::kBool, "true", "import texture coordinates"},
-    {"flipz", 1012, OptionType::kBool, "true", "mirror Z, from the file's right-handed space into the host's"},
-    {"materials", 1013, OptionType::kBool, "true", "import materials"},
-    {"animation.trs", 1014, OptionType::kBool, "true", "import transform animation and skins"},
-    {"animation.morph", 1017, OptionType::kBool, "true", "import morph targets and their animation"},
-    {"animation.morph.targetslayer", 1020, OptionType::kBool, "true", "put morph targets on a layer of their own"},
-    {"animation.cleantracks", 1019, OptionType::kBool, "false", "leave out tracks that never change"},
-  };
-  return options;
+  static const OptionTable table =
+    {"import",
+     {
+       {"scale", 1002, OptionType::kUnit, "1m", "the length that a unit of the file stands for"},
+       {"cameras", 1003, OptionType::kBool, "true", "import cameras"},
+       {"geometry", 1004, OptionType::kBool, "true", "import meshes"},
+       {"splitmesh", 1018, OptionType::kBool, "false", "one object for each primitive of a mesh"},
+       {"normals", 1005, OptionType::kNormals, "vertex", "the file's normals, phong shading alone, or neither"},
+       {"phongangle", 1009, OptionType::kAngleDegrees, "40", "angle in degrees up to which phong shading smooths"},
+       {"vertexcolors", 1010, OptionType::kBool, "true", "import vertex colours"},
+       {"uvs", 1011, OptionType::kBool, "true", "import texture coordinates"},
+       {"flipz", 1012, OptionType::kBool, "true", "mirror Z, from the file's right-handed space into the host's"},
+       {"materials", 1013, OptionType::kBool, "true", "import materials"},
+       {"animation.trs", 1014, OptionType::kBool, "true", "import transform animation and skins"},
+       {"animation.morph", 1017, OptionType::kBool, "true", "import morph targets and their animation"},
+       {"animation.morph.targetslayer", 1020, OptionType::kBool, "true", "put morph targets on a layer of their own"},
+       {"animation.cleantracks", 1019, OptionType::kBool, "false", "leave out tracks that never change"},
+     }};
+  return table;
+}
+
+const OptionTable& GetExportOptions()
+{
+  static const OptionTable table =
+    {"export",
+     {
+       {"exportNormals", 1001, OptionType::kBool, "true", "write normals"},
+       {"exportUvs", 1002, OptionType::kBool, "true", "write texture coordinates"},
+       {"exportScale", 1003, OptionType::kUnit, "1m", "the length that a unit of the file stands for"},
+       {"exportTextures", 1005, OptionType::kBool, "true", "write the textures of materials"},
+       {"textureWidth", 1006, OptionType::kInteger, "1024", "width of textures in pixels"},
+       {"textureHeight", 1007, OptionType::kInteger, "1024", "height of textures in pixels"},
+       {"textureResizeMode", 1008, OptionType::kTextureResize, "shrink", "shrink to the size, exactly to it, or keep"},
+       {"doubleSidedMaterials", 1012, OptionType::kBool, "false", "mark every material as double-sided"},
+       {"exportTransformAnimation", 1014, OptionType::kBool, "true", "write the animation of transforms"},
+       {"exportMorphs", 1015, OptionType::kBool, "true", "write morph targets and their animation"},
+       {"exportSkins", 1019, OptionType::kBool, "false", "write joints and skins"},
+       {"bakeAnimation", 1020, OptionType::kBool, "false", "sample the animation frame by frame"},
+       {"useCurrentFrame", 1022, OptionType::kBool, "true", "save the document at the time that it stands at"},
+       {"exportFrame", 1023, OptionType::kInteger, "0", "the frame to save, when useCurrentFrame is false"},
+       {"exportCameras", 1024, OptionType::kBool, "true", "write cameras"},
+       {"shareMeshes", 1026, OptionType::kBool, "true", "write copies with equal points as one mesh"},
+       {"flipZ", 1025, OptionType::kBool, "true", "mirror Z, into the file's right-handed space"},
+       {"fileFormat", kFileFormatOption, OptionType::kFileFormat, "gltf", "gltf or glb; by default as the output's suffix says"},
+     }};
+  return table;
 }
 
 std::string_view GetTypeName(OptionType type)
@@ -138,25 +201,29 @@ std::string_view GetTypeName(OptionType type)
   switch (type)
   {
     case OptionType::kBool: return "bool";
-    case OptionType::kNormals: return "choice";
+    case OptionType::kInteger: return "integer";
+    case OptionType::kNormals:
+    case OptionType::kTextureResize:
+    case OptionType::kFileFormat: return "choice";
     case OptionType::kAngleDegrees: return "degrees";
     case OptionType::kUnit: return "length";
   }
   return "";
 }
 
-ParsedOption ParseImportOption(std::string_view text)
+ParsedOption ParseOption(const OptionTable& table, std::string_view text)
 {
   ParsedOption parsed;
+  const std::string flag = "--" + std::string(table.name);
   const size_t equals = text.find('=');
   const std::string_view key = text.substr(0, equals);
   if (equals == std::string_view::npos)
   {
-    parsed.error = "--import wants KEY=VALUE, not \"" + std::string(text) + "\"";
+    parsed.error = flag + " wants KEY=VALUE, not \"" + std::string(text) + "\"";
     return parsed;
   }
   const std::string_view valueText = text.substr(equals + 1);
-  for (const ImportOption& option : GetImportOptions())
+  for (const Option& option : table.options)
   {
     if (option.key != key)
       continue;
@@ -164,13 +231,22 @@ ParsedOption ParseImportOption(std::string_view text)
     parsed.value = ParseValue(option.type, valueText);
     if (parsed.value.IsNil())
     {
-      parsed.error = "--import " + std::string(key) + " wants " + std::string(GetExpectation(option.type)) + ", not \"" +
+      parsed.error = flag + " " + std::string(key) + " wants " + std::string(GetExpectation(option.type)) + ", not \"" +
                      std::string(valueText) + "\"";
     }
     return parsed;
   }
-  parsed.error = "there is no import option \"" + std::string(key) + "\"; there are " + ListKeys();
+  parsed.error = "there is no " + std::string(table.name) + " option \"" + std::string(key) + "\"; there are " + ListKeys(table);
   return parsed;
+}
+
+std::optional<Int32> GetFormatOfName(std::string_view name)
+{
+  const size_t dot = name.rfind('.');
+  std::string suffix(dot == std::string_view::npos ? "" : name.substr(dot + 1));
+  for (char& c : suffix)
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return ParseChoice(OptionType::kFileFormat, suffix);
 }
 
 std::optional<HostUnitScale> ParseUnit(std::string_view text)

@@ -1,7 +1,7 @@
 #pragma once
 
 // The one table of options: what feeds the parser, --help and `q7z options`. Import options are the loader's parameters under the
-// names of their keys.
+// names of their keys, export options the saver's under the names of their fields.
 
 #include <optional>
 #include <string>
@@ -16,34 +16,51 @@ namespace q7z::app
 enum class OptionType
 {
   kBool,
-  kNormals,       // none, phong or vertex
-  kAngleDegrees,  // degrees on the command line, radians in the host
+  kInteger,
+  kNormals,        // none, phong or vertex
+  kTextureResize,  // shrink, exact or keep
+  kFileFormat,     // gltf or glb
+  kAngleDegrees,   // degrees on the command line, radians in the host
   kUnit,
 };
 
-struct ImportOption
+struct Option
 {
-  std::string_view key;  // without the keys' common prefix
+  std::string_view key;
   int parameterId;
   OptionType type;
   std::string_view defaultText;
   std::string_view meaning;
 };
 
-/// Every import option, in the order of `q7z options`.
-const std::vector<ImportOption>& GetImportOptions();
+/// The loader's or the saver's options, under the name of the command line's option that sets them.
+struct OptionTable
+{
+  std::string_view name;  // "import" or "export"
+  std::vector<Option> options;
+};
+
+/// Every option, in the order of `q7z options`.
+const OptionTable& GetImportOptions();
+const OptionTable& GetExportOptions();
+
+/// The export option that decides the form of the file.
+inline constexpr int kFileFormatOption = 1027;
 
 /// What people call a type.
 std::string_view GetTypeName(OptionType type);
 
-/// "KEY=VALUE" as a parameter of the loader. @return the parameter, or a line that says what is wrong and what to do.
+/// "KEY=VALUE" as a parameter of the loader or saver. @return the parameter, or a line that says what is wrong and what to do.
 struct ParsedOption
 {
   int parameterId = 0;
   HostValue value;
   std::string error;  // empty when the option is good
 };
-ParsedOption ParseImportOption(std::string_view text);
+ParsedOption ParseOption(const OptionTable& table, std::string_view text);
+
+/// The value of fileFormat that fits a file's name; nothing for a name without one of the two suffixes.
+std::optional<Int32> GetFormatOfName(std::string_view name);
 
 /// "1m", "2.5cm" or "0.01" (a plain length factor, in metres). Nothing when it is none of these.
 std::optional<HostUnitScale> ParseUnit(std::string_view text);

@@ -106,16 +106,43 @@ int RunInspect(const Arguments& arguments)
   return session.Finish(code);
 }
 
-int RunOptions()
+int RunExport(const Arguments& arguments)
 {
-  std::printf("Import options (--import KEY=VALUE):\n\n");
+  Session session(arguments);
+  session.GetReport().verb = "export";
+  int code = session.ReadScene();
+  if (code == kDone)
+    code = session.SaveOutput();
+  return session.Finish(code);
+}
+
+int RunConvert(const Arguments& arguments)
+{
+  Session session(arguments);
+  session.GetReport().verb = "convert";
+  int code = session.LoadInput();
+  if (code == kDone)
+    code = session.SaveOutput();
+  return session.Finish(code);
+}
+
+void PrintOptions(const OptionTable& table, const char* title)
+{
+  std::printf("%s:\n\n", title);
   std::printf("  %-30s %5s  %-8s %-8s %s\n", "KEY", "ID", "TYPE", "DEFAULT", "MEANING");
-  for (const ImportOption& option : GetImportOptions())
+  for (const Option& option : table.options)
   {
     std::printf("  %-30s %5d  %-8s %-8s %s\n", std::string(option.key).c_str(), option.parameterId,
                 std::string(GetTypeName(option.type)).c_str(), std::string(option.defaultText).c_str(),
                 std::string(option.meaning).c_str());
   }
+}
+
+int RunOptions()
+{
+  PrintOptions(GetImportOptions(), "Import options (--import KEY=VALUE)");
+  std::printf("\n");
+  PrintOptions(GetExportOptions(), "Export options (--export FIELD=VALUE)");
   if (std::fflush(stdout) == 0 && !std::ferror(stdout))
     return kDone;
   std::fprintf(stderr, "q7z: cannot write to stdout: %s\n", std::strerror(errno));
@@ -129,6 +156,8 @@ int Run(const Arguments& arguments)
   switch (arguments.verb)
   {
     case Verb::kImport: return RunImport(arguments);
+    case Verb::kExport: return RunExport(arguments);
+    case Verb::kConvert: return RunConvert(arguments);
     case Verb::kInspect: return RunInspect(arguments);
     case Verb::kOptions: return RunOptions();
   }

@@ -1,17 +1,15 @@
 #include "app/session.h"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
 #include "app/exitcode.h"
+#include "host/scenefile/scenefile.h"
 #include "host/services/filereading.h"
 #include "host/services/platform.h"
 
@@ -36,83 +34,12 @@ std::string FindPlugin()
                                                                                               : beside.string();
 }
 
-/// Waits until stdin has something, or has ended. @return false when a signal ended the wait; signals in between are not lost,
-/// since they are let in by the wait alone.
-bool WaitForStdin(const sigset_t& waitMask)
-{
-  pollfd input = {STDIN_FILENO, POLLIN, 0};
-  while (InterruptGuard::GetSignal() == 0)
-  {
-    if (ppoll(&input, 1, nullptr, &waitMask) >= 0 || errno != EINTR)
-      return true;
-  }
-  return false;
-}
-
-/// Writes stdin to a file. @return 0, also after a signal, or the error's number.
-int DrainStdin(int fd, const sigset_t& waitMask)
-{
-  std::string block(1 << 20, '\0');
-  while (WaitForStdin(waitMask))
-  {
-    const ssize_t count = read(STDIN_FILENO, block.data(), block.size());
-    if (count < 0)
-      return errno;
-    if (count == 0)
-      return 0;
-    for (ssize_t done = 0; done < count;)
-    {
-      const ssize_t written = write(fd, block.data() + done, static_cast<size_t>(count - done));
-      if (written < 0)
-        return errno;
-      done += written;
-    }
-  }
-  return 0;
-}
-
-/// All of stdin in a file, in a folder of its own: no side file lies beside it. The suffix lets a text in, and a GLB file is known
-/// by its content. @return an empty text, or what went wrong.
-std::string CopyStdin(std::string& folder, std::string& path)
-{
-  const char* const parent = std::getenv("TMPDIR");
-  folder = std::string(parent && *parent ? parent : "/tmp") + "/q7z-stdin-XXXXXX";
-  const std::string failure = "cannot keep stdin in a temporary file: ";
-  if (!mkdtemp(folder.data()))
-  {
-    folder.clear();
-    return failure + std::strerror(errno);
-  }
-  path = folder + "/stdin.gltf";
-  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (fd < 0)
-    return failure + std::strerror(errno);
-  sigset_t blocked;
-  sigset_t before;
-  sigemptyset(&blocked);
-  sigaddset(&blocked, SIGINT);
-  sigaddset(&blocked, SIGTERM);
-  sigprocmask(SIG_BLOCK, &blocked, &before);
-  const int reason = DrainStdin(fd, before);
-  sigprocmask(SIG_SETMASK, &before, nullptr);
-  close(fd);
-  return reason ? failure + std::strerror(reason) : "";
-}
-
 int64_t CountOf(const HeadlessObject& object, Int32 type, Int32 (HeadlessPolygonObject::*count)() const)
 {
   return object.GetType() == type ? (static_cast<const HeadlessPolygonObject&>(object).*count)() : 0;
 }
 
 }  // namespace
-
-Session::StdinCopy::~StdinCopy()
-{
-  if (!path.empty())
-    unlink(path.c_str());
-  if (!folder.empty())
-    rmdir(folder.c_str());
-}
 
 Session::Session(const Arguments& arguments)
     : _arguments(arguments),
@@ -126,13 +53,13 @@ Session::Session(const Arguments& arguments)
 
 int Session::LoadInput()
 {
-  if (const int code = CheckInput())
+  // The suffix lets a text in; a GLB file is known by its content.
+  if (const int code = CheckInput("stdin.gltf"))
     return code;
-  StartTimer();
   if (const int code = StartHost())
     return code;
-  StopTimer("start");
-
+  if (const int code = MakeDocument())
+    return code;
   StartTimer();
   LoadRequest request;
   request.path = _path;
@@ -146,23 +73,51 @@ int Session::LoadInput()
   return JudgeLoad(loaded);
 }
 
-int Session::CheckInput()
+int Session::ReadScene()
+{
+  if (const int code = CheckInput("stdin.q7z.json"))
+    return code;
+  if (const int code = StartHost())
+    return code;
+  StartTimer();
+  Result<HeadlessOwner<HeadlessDocument>> read = ReadSceneDocumentFile(String(_path.data(), static_cast<Int>(_path.size())));
+  StopTimer("read");
+  if (InterruptGuard::GetSignal() != 0)
+    return FailInterrupted();
+  if (!read.HasError())
+  {
+    _document = std::move(read.GetValue());
+    _report.status = "none";
+    CountObjects();
+    return kDone;
+  }
+  const Error& error = read.GetError();
+  const std::string reason(error.GetMessage().Trim().GetView());
+  _report.status = error.GetClass() == ErrorClass::kIo ? "io_error" : "not_recognised";
+  if (error.GetClass() == ErrorClass::kOutOfMemory)
+    return Fail(kOutOfMemory, "\"" + _arguments.input + "\" needs more memory than there is");
+  if (error.GetClass() == ErrorClass::kIo)
+    return Fail(kNoAccess, reason);
+  return Fail(kRefused, "\"" + _arguments.input + "\" is no scene document: " + reason);
+}
+
+int Session::CheckInput(const std::string& stdinName)
 {
   if (_arguments.input == "-")
   {
-    const std::string failure = CopyStdin(_stdinCopy.folder, _stdinCopy.path);
+    const std::string failure = _stdinCopy.Read(stdinName);
     if (!failure.empty())
       return Fail(kNoAccess, failure);
     if (InterruptGuard::GetSignal() != 0)
       return FailInterrupted();
-    _path = _stdinCopy.path;
+    _path = _stdinCopy.GetPath();
     return kDone;
   }
   _path = _arguments.input;
   const std::string name = "\"" + _path + "\"";
   const HostFileSystemType type = GetFileSystemType(_path);
   if (type == HostFileSystemType::kFolder)
-    return Fail(kNoAccess, name + " is a folder; give a .gltf or .glb file");
+    return Fail(kNoAccess, name + " is a folder; give a file");
   if (type == HostFileSystemType::kOther)
     return Fail(kNoAccess, name + " is no plain file; use - to read from stdin");
   if (type == HostFileSystemType::kNone || access(_path.c_str(), R_OK) != 0)
@@ -175,6 +130,7 @@ int Session::CheckInput()
 
 int Session::StartHost()
 {
+  StartTimer();
   HostSettings settings;
   settings.pluginPath = _arguments.pluginPath.empty() ? FindPlugin() : _arguments.pluginPath;
   // A plain name is a file here, not one that the platform's loader looks for.
@@ -190,6 +146,12 @@ int Session::StartHost()
   _host = HeadlessHost::Create(settings, error);
   if (!_host)
     return Fail(error.find("configuration variable") == std::string::npos ? kNoAccess : kUsage, error);
+  StopTimer("start");
+  return kDone;
+}
+
+int Session::MakeDocument()
+{
   _document = _host->NewDocument();
   if (!_document)
     return Fail(kOutOfMemory, "out of memory");

@@ -7,6 +7,7 @@
 #include "app/arguments.h"
 #include "app/report.h"
 #include "app/signals.h"
+#include "app/stdincopy.h"
 #include "host/headlesshost.h"
 
 namespace q7z::app
@@ -21,6 +22,10 @@ public:
 
   /// Starts the plug-in and loads the input. @return the exit code so far; what failed has been said on stderr.
   int LoadInput();
+  /// The same for an input that is a scene document.
+  int ReadScene();
+  /// Saves the document as a glTF file where the output is wanted. @return the exit code so far.
+  int SaveOutput();
 
   HeadlessDocument& GetDocument() { return *_document; }
   HeadlessJob& GetJob() { return _job; }
@@ -36,10 +41,14 @@ public:
   int Finish(int code);
 
 private:
-  int CheckInput();
+  int CheckInput(const std::string& stdinName);
   int StartHost();
+  int MakeDocument();
   int JudgeLoad(const LoadReport& loaded);
   int FailInterrupted();
+  int SaveInto(const std::string& path);
+  int SaveThrough(std::FILE* stream);
+  int JudgeSave(const SaveReport& saved);
   void TakeMessages();
   void CountObjects();
   void Say(const char* kind, const char* color, const std::string& message);
@@ -57,16 +66,6 @@ private:
   HeadlessOwner<HeadlessDocument> _document;  // goes before the host
   std::chrono::steady_clock::time_point _timer;
 
-  /// What came from stdin, as a file; removed at the end.
-  struct StdinCopy
-  {
-    StdinCopy() = default;
-    StdinCopy(const StdinCopy&) = delete;
-    StdinCopy& operator=(const StdinCopy&) = delete;
-    ~StdinCopy();
-    std::string folder;
-    std::string path;
-  };
   StdinCopy _stdinCopy;
 };
 

@@ -41,6 +41,7 @@ public:
   /// @param overall  0 to 1.
   void Show(double overall, std::string_view stage);
   void Clear();
+  bool IsEnabled() const { return _enabled; }
 
 private:
   bool _enabled;

@@ -6,6 +6,7 @@
 #include "host/scene/scenetables.h"
 #include "host/services/base64.h"
 #include "host/services/filereading.h"
+#include "host/services/headlessdialogs.h"
 #include "host/services/headlessfiles.h"
 #include "host/services/headlesshash.h"
 #include "host/services/headlessjobs.h"
@@ -195,6 +196,7 @@ struct HeadlessHost::State
   ServiceRegistry services;
 
   void Assemble(const HostSettings& settings);
+  void ExplainSave(SaveReport& report);
 };
 
 /// What holds during one load.
@@ -221,6 +223,44 @@ public:
 private:
   State& _state;
 };
+
+/// What holds during one save.
+class HeadlessHost::SaveScope
+{
+public:
+  SaveScope(State& state, const SaveRequest& request, HeadlessDocument& document) : _state(state)
+  {
+    state.scene.activeDocument = &document;
+    state.dialogs.SetJob(request.job);
+    static_cast<void>(state.console.TakeLastDiagnostic());
+    static_cast<void>(state.files.TakeWriteFailure());
+    static_cast<void>(state.urls.TakeWriteFailure());
+  }
+  SaveScope(const SaveScope&) = delete;
+  SaveScope& operator=(const SaveScope&) = delete;
+  ~SaveScope() { _state.dialogs.SetJob(nullptr); }
+
+private:
+  State& _state;
+};
+
+/// Puts what failed into words: a saver answers with a number alone.
+void HeadlessHost::State::ExplainSave(SaveReport& report)
+{
+  if (report.returnValue == 0)
+  {
+    // A progress dialog that did not open leaves the saver with nothing to tell.
+    const std::string& failure = dialogs.GetFailure();
+    report.error = failure.empty() ? "" : "the save could not be started: " + failure;
+    return;
+  }
+  report.writeFailure = files.TakeWriteFailure();
+  if (report.writeFailure.empty())
+    report.writeFailure = urls.TakeWriteFailure();
+  report.error = console.TakeLastDiagnostic();
+  if (report.error.empty())
+    report.error = "the plug-in answered " + std::to_string(report.returnValue);
+}
 
 void HeadlessHost::State::Assemble(const HostSettings& settings)
 {
@@ -419,11 +459,11 @@ SaveReport HeadlessHost::RunSave(const SaveRequest& request, HeadlessDocument& d
       continue;
     report.available = true;
     PluginInstance instance(plugin, request.parameters);
-    _state->scene.activeDocument = &document;
+    const SaveScope scope(*_state, request, document);
     const HostFilename name(View(request.path));
-    report.returnValue = instance.As<HostSceneSaver>().Save(instance.Node(), name, ToHost(&document), request.flags);
-    if (report.returnValue != 0)
-      report.error = "the plug-in could not save \"" + request.path + "\" (status " + std::to_string(report.returnValue) + ")";
+    const Int32 flags = request.flags | (request.job ? kLoadDialogsAllowed : 0);
+    report.returnValue = instance.As<HostSceneSaver>().Save(instance.Node(), name, ToHost(&document), flags);
+    _state->ExplainSave(report);
     return report;
   }
   report.error = "the plug-in offers no saver";

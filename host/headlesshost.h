@@ -72,14 +72,18 @@ struct SaveRequest
   /// Parameters of the saver by id, over its defaults.
   std::vector<std::pair<int, HostValue>> parameters;
   Int32 flags = kLoadObjects | kLoadMaterials;
+  /// Shows the progress of the save, which then runs on a thread of its own and can be cancelled; null for a plain call.
+  HeadlessJob* job = nullptr;
 };
 
 /// What came of a save.
 struct SaveReport
 {
-  bool available = false;  ///< the plug-in offers a saver; all else is empty otherwise
-  Int32 returnValue = 0;   ///< 0, or the saver's negative status
-  std::string error;       ///< what failed, empty on success
+  bool available = false;    ///< the plug-in offers a saver; all else is empty otherwise
+  Int32 returnValue = 0;     ///< 0, or the saver's negative status
+  std::string error;         ///< what failed, empty on success
+  std::string writeFailure;  ///< why the file could not be written, when that is what failed
+  bool Succeeded() const { return available && error.empty(); }
 };
 
 class HeadlessHost
@@ -115,6 +119,7 @@ public:
 private:
   struct State;
   class LoadScope;
+  class SaveScope;
   explicit HeadlessHost(std::unique_ptr<State> state) noexcept;
   std::string Start(const HostSettings& settings);
   LoadReport RunLoad(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job);

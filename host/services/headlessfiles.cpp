@@ -122,7 +122,11 @@ Bool HeadlessFileTable::Open(HostFile* file, const HostFilename& name, FILEOPEN 
     const std::string named = ToStd(name.GetPath());
     const std::string path = mode == FILEOPEN::READ ? _policy.FindReadable(named) : named;
     if (path.empty() || !self.file.Open(path.c_str(), GetPlatformMode(mode)))
+    {
+      if (mode != FILEOPEN::READ)
+        NoteWriteFailure();
       return false;
+    }
   }
   catch (...)
   {
@@ -135,7 +139,10 @@ Bool HeadlessFileTable::Open(HostFile* file, const HostFilename& name, FILEOPEN 
 
 Bool HeadlessFileTable::Close(HostFile* file) noexcept
 {
-  return ToHeadless(file)->file.Close();
+  const Bool closed = ToHeadless(file)->file.Close();
+  if (!closed)
+    NoteWriteFailure();
+  return closed;
 }
 
 Bool HeadlessFileTable::Seek(HostFile* file, Int distance) noexcept
@@ -171,9 +178,24 @@ Bool HeadlessFileTable::WriteBytes(HostFile* file, const void* source, Int byteC
 {
   HeadlessFile& self = *ToHeadless(file);
   if (byteCount < 0 || !self.file.WriteAt(self.position, source, byteCount))
+  {
+    NoteWriteFailure();
     return false;
+  }
   self.position += byteCount;
   return true;
+}
+
+void HeadlessFileTable::NoteWriteFailure() noexcept
+{
+  try
+  {
+    _writeFailure = GetSystemReason();
+  }
+  catch (...)
+  {
+    _writeFailure.clear();  // the failure itself is still told
+  }
 }
 
 Bool HeadlessFileTable::ReadUInt32(HostFile* file, UInt32* value) noexcept
@@ -234,7 +256,10 @@ Result<void> HeadlessUrlService::Write(const Url& url, const Byte* bytes, Int by
   try
   {
     const std::string failure = WriteFileWhole(ToStd(url.GetPath()), bytes, static_cast<size_t>(byteCount));
-    return failure.empty() ? Result<void>() : MakeIoError(failure);
+    if (failure.empty())
+      return {};
+    _writeFailure = failure;
+    return MakeIoError(failure);
   }
   catch (...)
   {

@@ -5,6 +5,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 
 #include "host/services/filereading.h"
 #include "plugin/module/hostfile.h"
@@ -51,6 +52,9 @@ class HeadlessFileTable final : public HostFileTable
 public:
   explicit HeadlessFileTable(FilePolicy& policy) noexcept : _policy(policy) {}
 
+  /// Why a file could last not be written, once; empty when none failed.
+  std::string TakeWriteFailure() noexcept { return std::exchange(_writeFailure, std::string()); }
+
   HostFile* Alloc() noexcept override;
   void Free(HostFile* file) noexcept override;
   Bool Open(HostFile* file, const HostFilename& name, FILEOPEN mode, FILEDIALOG dialog, BYTEORDER order, UInt32 type,
@@ -65,7 +69,10 @@ public:
   Bool Exists(const HostFilename& name) noexcept override;
 
 private:
+  void NoteWriteFailure() noexcept;
+
   FilePolicy& _policy;
+  std::string _writeFailure;
 };
 
 class HeadlessUrlService final : public HostUrlService
@@ -80,6 +87,9 @@ public:
   /// The folder in which `tex` is made; empty for a temporary one, which is made when it is asked for.
   void SetBaseFolder(const std::string& folder) { _baseFolder = folder; }
 
+  /// Why a file could last not be written, once; empty when none failed.
+  std::string TakeWriteFailure() noexcept { return std::exchange(_writeFailure, std::string()); }
+
   HostFileSystemType GetType(const Url& url) noexcept override;
   Result<void> Write(const Url& url, const Byte* bytes, Int byteCount) noexcept override;
   Result<void> CreateFolder(const Url& url) noexcept override;
@@ -88,6 +98,7 @@ public:
 private:
   std::string _baseFolder;
   std::string _temporaryFolder;  // ours; empty until it is needed
+  std::string _writeFailure;
 };
 
 }  // namespace q7z

@@ -32,15 +32,20 @@ void HeadlessJob::SetProgress(Int32 stage, Float value) noexcept
     return;
   Stage& running = _stages[static_cast<size_t>(stage)];
   running.value = value > 1 ? 1 : value >= 0 ? value : 0;
+  Report(GetProgress(), String(running.title.data(), static_cast<Int>(running.title.size())));
+}
+
+void HeadlessJob::Report(double overall, const String& title) noexcept
+{
   if (!_onProgress)
     return;
   try
   {
-    _onProgress(GetProgress(), running.title);
+    _onProgress(overall > 1 ? 1 : overall >= 0 ? overall : 0, std::string(title.GetView()));
   }
   catch (...)
   {
-    _onProgress = nullptr;  // whoever draws has failed; the load goes on unseen
+    _onProgress = nullptr;  // whoever draws has failed; the work goes on unseen
   }
 }
 

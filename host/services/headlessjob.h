@@ -32,6 +32,8 @@ public:
   /// Whether a message was lost for want of memory.
   bool HasLostMessages() const noexcept { return _lostMessages; }
   double GetProgress() const noexcept;
+  /// Shows a progress, 0 to 1, that no stage holds. From the thread that shows the stages' too.
+  void Report(double overall, const String& title) noexcept;
 
   Int32 AddStage(Float weight, const String& title) noexcept override;
   void SetProgress(Int32 stage, Float value) noexcept override;

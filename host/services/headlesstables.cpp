@@ -1,5 +1,7 @@
 #include "host/services/headlesstables.h"
 
+#include <utility>
+
 #include "host/services/filereading.h"
 
 namespace q7z
@@ -86,6 +88,10 @@ void HeadlessConsole::Diagnostic(HostDiagnosticLevel level, const String& line, 
     std::string_view name = file ? file : "";
     name.remove_prefix(name.rfind('/') == std::string_view::npos ? 0 : name.rfind('/') + 1);
     std::string text = level == HostDiagnosticLevel::kCritical ? "critical: " : "";
+    {
+      const std::lock_guard lock(_mutex);
+      _lastDiagnostic = ToStd(line);
+    }
     text += ToStd(line) + " [" + std::string(name) + ":" + std::to_string(sourceLine) + "]";
     Tell(onDiagnostic, text);
   }
@@ -95,16 +101,10 @@ void HeadlessConsole::Diagnostic(HostDiagnosticLevel level, const String& line, 
   }
 }
 
-void HeadlessDialogs::ShowMessage(const String& text) noexcept
+std::string HeadlessConsole::TakeLastDiagnostic()
 {
-  try
-  {
-    Tell(onMessage, ToStd(text));
-  }
-  catch (...)
-  {
-    return;  // a line is lost; nobody can be told
-  }
+  const std::lock_guard lock(_mutex);
+  return std::exchange(_lastDiagnostic, "");
 }
 
 }  // namespace q7z

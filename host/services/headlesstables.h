@@ -1,16 +1,15 @@
 #pragma once
 
-// The tables of the headless host that are no part of the scene: registrations, console and dialogs. Each belongs to one
-// HeadlessHost. What needs a window answers that there is none.
+// The tables of the headless host that are no part of the scene: registrations, console, bitmaps. Each belongs to one HeadlessHost.
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "host/services/headlessresources.h"
 #include "plugin/module/hostconsole.h"
-#include "plugin/module/hostdialog.h"
 #include "plugin/module/hostmaterial.h"
 #include "plugin/module/hostregistration.h"
 
@@ -67,40 +66,13 @@ public:
 
   void Print(const String& line) noexcept override;
   void Diagnostic(HostDiagnosticLevel level, const String& line, const Char* file, Int32 sourceLine) noexcept override;
-};
 
-/// Nothing opens without a window; message boxes become lines.
-class HeadlessDialogs final : public HostDialogTable
-{
-public:
-  TextSink onMessage;
+  /// The newest diagnostic line without its place, once: a saver, which answers with a number alone, tells there what failed.
+  std::string TakeLastDiagnostic();
 
-  void ShowMessage(const String& text) noexcept override;
-  Bool MayShowDialog() noexcept override { return false; }
-  void BeginBackgroundWork(Int32) noexcept override {}
-  void EndBackgroundWork() noexcept override {}
-  Bool RunWorkerDialog(HostWorkerClient*, Int32*) noexcept override { return false; }
-  void SetWorkerProgress(Float) noexcept override {}
-  Bool IsWorkerCancelled() noexcept override { return false; }
-  HostDialogBase* Alloc(HostDialogClient*) noexcept override { return nullptr; }
-  void Free(HostDialogBase*) noexcept override {}
-  Bool Open(HostDialogBase*, Int32, Int32, Int32, Int32, Int32, Int32) noexcept override { return false; }
-  Bool IsOpen(const HostDialogBase*) noexcept override { return false; }
-  Bool RestoreLayout(HostDialogBase*, Int32, void*) noexcept override { return false; }
-  void SetTitle(HostDialogBase*, const String&) noexcept override {}
-  Bool BeginMenu(HostDialogBase*, const String&) noexcept override { return false; }
-  Bool AddMenuItem(HostDialogBase*, Int32, const String&) noexcept override { return false; }
-  void EndMenu(HostDialogBase*) noexcept override {}
-  void SetMenuCheck(HostDialogBase*, Int32, Bool) noexcept override {}
-  Bool BeginGroup(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override { return false; }
-  void SetGroupBorderSpace(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override {}
-  void EndGroup(HostDialogBase*) noexcept override {}
-  Bool AddMultiLineText(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override { return false; }
-  void AddSeparator(HostDialogBase*) noexcept override {}
-  Bool GetText(HostDialogBase*, Int32, String&) noexcept override { return false; }
-  Bool SetText(HostDialogBase*, Int32, const String&) noexcept override { return false; }
-  Bool BaseCommand(HostDialogBase*, Int32) noexcept override { return false; }
-  Int BaseMessage(HostDialogBase*, Int32) noexcept override { return 0; }
+private:
+  std::mutex _mutex;  // lines come from several threads
+  std::string _lastDiagnostic;
 };
 
 /// Images are not handled yet: no bitmap can be had.

@@ -23,6 +23,8 @@ public:
   std::string Open(const std::string& target);
   /// The stream to write to; null until Open has succeeded.
   std::FILE* GetStream() const noexcept { return _stream; }
+  /// The file that Commit puts in the target's place, for who writes it by name; empty for a target that is written to as it is.
+  const std::string& GetTemporaryName() const noexcept { return _temporary; }
   /// Puts the file in the target's place. @return an empty text, or why that failed.
   std::string Commit();
 

@@ -1,0 +1,129 @@
+// The saving half of a session.
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "app/exitcode.h"
+#include "app/session.h"
+#include "host/services/platform.h"
+#include "host/services/wholefile.h"
+
+namespace q7z::app
+{
+
+namespace
+{
+
+// What the saver answers.
+constexpr Int32 kSaveOutOfMemory = -7;
+constexpr Int32 kSaveCancelled = -8;
+
+/// A folder of our own for a file that cannot be written where it goes; removed with all that is in it.
+class TemporaryFolder
+{
+public:
+  TemporaryFolder() : _path(MakeTemporaryFolder()) {}
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder()
+  {
+    std::error_code error;
+    if (!_path.empty())
+      std::filesystem::remove_all(_path, error);
+  }
+  const std::string& GetPath() const { return _path; }
+
+private:
+  std::string _path;
+};
+
+/// Copies a file to a stream. @return an empty text, or what went wrong.
+std::string CopyToStream(const std::string& path, std::FILE* stream)
+{
+  PlatformFile file;
+  if (!file.Open(path.c_str(), PlatformOpen::kRead))
+    return "cannot read back what was saved: " + GetSystemReason();
+  std::array<char, 1 << 16> block;
+  for (Int position = 0;;)
+  {
+    const Int count = file.ReadAt(position, block.data(), static_cast<Int>(block.size()));
+    if (count <= 0)
+      return count < 0 ? "cannot read back what was saved: " + GetSystemReason() : "";
+    if (std::fwrite(block.data(), 1, static_cast<size_t>(count), stream) != static_cast<size_t>(count))
+      return std::string("cannot write to stdout: ") + std::strerror(errno);
+    position += count;
+  }
+}
+
+}  // namespace
+
+int Session::SaveOutput()
+{
+  if (_arguments.output == "-")
+  {
+    if (const int code = SaveThrough(stdout))
+      return code;
+    return std::fflush(stdout) == 0 ? kDone : Fail(kNoAccess, std::string("cannot write to stdout: ") + std::strerror(errno));
+  }
+  WholeFile file;
+  if (const std::string failure = file.Open(_arguments.output); !failure.empty())
+    return Fail(kNoAccess, failure);
+  const std::string& beside = file.GetTemporaryName();
+  if (const int code = beside.empty() ? SaveThrough(file.GetStream()) : SaveInto(beside))
+    return code;
+  const std::string failure = file.Commit();
+  return failure.empty() ? kDone : Fail(kNoAccess, failure);
+}
+
+/// To a stream, which the saver cannot write to itself.
+int Session::SaveThrough(std::FILE* stream)
+{
+  const TemporaryFolder folder;
+  if (folder.GetPath().empty())
+    return Fail(kNoAccess, "cannot make a temporary folder: " + GetSystemReason());
+  const std::string path = folder.GetPath() + "/saved";
+  if (const int code = SaveInto(path))
+    return code;
+  const std::string failure = CopyToStream(path, stream);
+  return failure.empty() ? kDone : Fail(kNoAccess, failure);
+}
+
+int Session::SaveInto(const std::string& path)
+{
+  StartTimer();
+  SaveRequest request;
+  request.path = path;
+  request.parameters = _arguments.exportParameters;
+  request.job = _bar.IsEnabled() ? &_job : nullptr;
+  const SaveReport saved = _host->Save(request, *_document);
+  StopTimer("save");
+  _bar.Clear();
+  return JudgeSave(saved);
+}
+
+int Session::JudgeSave(const SaveReport& saved)
+{
+  // Without a progress bar the saver cannot be stopped; what it has written is dropped.
+  if (saved.returnValue == kSaveCancelled || InterruptGuard::GetSignal() != 0)
+    return FailInterrupted();
+  if (saved.Succeeded())
+    return kDone;
+  const std::string name = _arguments.output == "-" ? "the file" : "\"" + _arguments.output + "\"";
+  if (saved.returnValue == kSaveOutOfMemory)
+  {
+    _report.status = "out_of_memory";
+    return Fail(kOutOfMemory, name + " needs more memory to be saved than there is");
+  }
+  if (!saved.writeFailure.empty())
+  {
+    _report.status = "io_error";
+    return Fail(kNoAccess, "cannot write " + name + ": " + saved.writeFailure);
+  }
+  _report.status = "save_failed";
+  return Fail(kRefused, name + " could not be saved: " + saved.error);
+}
+
+}  // namespace q7z::app
