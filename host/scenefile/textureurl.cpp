@@ -80,7 +80,9 @@ std::string MakeTextureText(const Url& url, std::string_view folder)
 
 Result<Url> ReadTextureText(std::string_view text, std::string_view folder)
 {
-  ASSIGN_OR_RETURN(Url url, Url::FromReference(View(text)));
+  // A Url that is no local path keeps parts of the text it is made from, and outlives this one.
+  ASSIGN_OR_RETURN(const String ownText, String::Create(text));
+  ASSIGN_OR_RETURN(Url url, Url::FromReference(ownText));
   const std::string_view start = text.substr(0, kRelativeScheme.size());
   const Bool saysRelative = View(start).EqualsIgnoringCase(View(kRelativeScheme));
   if (url.GetScheme() != URLSCHEME_RELATIVE || saysRelative)
