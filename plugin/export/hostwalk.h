@@ -1,6 +1,7 @@
 #pragma once
 
-// HostWalk: the breadth-first walk over a document's objects that every pass of a save uses, level by level.
+// HostWalk: the breadth-first walk over a document's objects that every pass of a save uses, level by level; and the orders that
+// follow the hierarchy from object to object. None of them recurses, whatever the depth.
 
 #include <type_traits>
 
@@ -57,5 +58,15 @@ inline Bool WalkAll(HostObject*) noexcept
 /// follows op, null behind the last. An object may be changed but not freed before its follower was asked for.
 HostObject* FindFirstInPostOrder(HostObject* first) noexcept;
 HostObject* FindNextInPostOrder(HostObject* op) noexcept;
+
+/// The walk with parents before their children: what follows op in root's tree, null at its end. A null root walks on to the end
+/// of the list that op's topmost parent stands in.
+HostObject* FindNextInTree(HostObject* op, const HostObject* root) noexcept;
+
+/// The objects of root's tree, root among them.
+Int32 CountTree(HostObject* root) noexcept;
+
+/// All objects of a document.
+Int32 CountObjects(HostDocument* doc) noexcept;
 
 }  // namespace q7z

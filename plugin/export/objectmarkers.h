@@ -21,14 +21,23 @@ enum ObjectMarker : Int32
   kHiddenObject = 4,       ///< Bool
 };
 
+/// The name that keeps hidden objects, and what stands under them, out of files.
+inline constexpr String kDontExportName = "dontexport"_s;
+
 /// The container of an object's markers, made empty on first access. Owned by the object.
 Result<HostContainer*> GetObjectMarkers(HostObject* op) noexcept;
 
 /// A marker without making the container; defaultValue when there is none.
 Bool GetBoolMarker(HostObject* op, ObjectMarker marker, Bool defaultValue = false) noexcept;
 
+/// The same of a number.
+Int32 GetIntMarker(HostObject* op, ObjectMarker marker, Int32 defaultValue = 0) noexcept;
+
+/// Sets a marker in the container, which is made when there is none.
+Result<void> SetMarker(HostObject* op, ObjectMarker marker, const HostValue& value) noexcept;
+
 /// Puts a new tag on op that leads to it and, on its clones, still does. The lock guards the insertion: scenes are tagged from
-/// several threads.
+/// several threads. Tags of its name that op had before are freed.
 Result<void> AddAuxTag(HostObject* op, SpinLock& lock) noexcept;
 
 /// The object as it stood before the conversion; null when op has no tag that tells.
@@ -36,6 +45,22 @@ HostObject* GetAuxSource(const HostObject* op) noexcept;
 
 /// Whether op is hidden in editor and render and bears the name that keeps objects out of files.
 Bool IsDontExport(HostObject* op) noexcept;
+
+/// The parameters of an object's transform that have tracks: position, rotation and scale, three components each.
+constexpr HostDescId MakeTransformTrackId(Int32 vector, Int32 component) noexcept
+{
+  return {HostDescLevel{vector, kVectorDataType}, HostDescLevel{component, kRealDataType}};
+}
+inline constexpr HostDescId kTransformTrackIds[9] = {
+  MakeTransformTrackId(kPositionParameter, kComponentX), MakeTransformTrackId(kPositionParameter, kComponentY),
+  MakeTransformTrackId(kPositionParameter, kComponentZ), MakeTransformTrackId(kRotationParameter, kComponentX),
+  MakeTransformTrackId(kRotationParameter, kComponentY), MakeTransformTrackId(kRotationParameter, kComponentZ),
+  MakeTransformTrackId(kScaleParameter, kComponentX),    MakeTransformTrackId(kScaleParameter, kComponentY),
+  MakeTransformTrackId(kScaleParameter, kComponentZ),
+};
+
+/// Takes all tracks of an id off op.
+void FreeTracks(HostObject* op, const HostDescId& id) noexcept;
 
 /// Whether op has a track on any component of position, rotation or scale.
 Bool HasTransformTracks(const HostObject* op) noexcept;
