@@ -25,11 +25,52 @@ public:
   Result<Int32> Run(const ExportOptions& options) noexcept;
 
 private:
+  struct Split;
+  struct InstanceLists;
+
+  // Splitting objects by the selections that their materials are bound to.
+  Result<void> SplitStage() noexcept;
+  Result<void> ImportHookObject() noexcept;
+  Result<void> CollectStage() noexcept;
+  Result<void> CollectObject(HostObject* op) noexcept;
+  Result<void> SplitCollected() noexcept;
+  Result<HostObject*> SplitBySelections(HostObject* op, InstanceLists& instances) noexcept;
+  Result<void> SplitOff(Split& split, HostTextureTag* tTag) noexcept;
+  Result<void> MovePart(Split& split, HostSelection* restriction, HostTextureTag* tTag) noexcept;
+  Result<void> ReplaceByGroup(Split& split, InstanceLists& instances) noexcept;
+  Result<void> ReplaceReferences(HostObject* origRef, HostObject* newRef, InstanceLists& instances) noexcept;
+
+  Result<void> TagStage() noexcept;
+
+  /// Samples every transform frame by frame and puts the samples in the place of the objects' own tracks.
+  Result<void> BakeStage() noexcept;
+
+  // Turning generators, deformers and instances into plain objects.
+  Result<void> ConvertStage() noexcept;
+  Result<void> CollectMorphObjects(HostObject* op) noexcept;
+  Result<HostObject*> GroupAll() noexcept;
+  Result<HostOwner<HostObject>> ConvertTree(HostObject* group) noexcept;
+  Result<void> FinishConverted(HostObject* bakedRoot) noexcept;
+  Result<void> OptimizeObject(HostObject* op) noexcept;
+  Bool NeedsItsPoints(HostObject* op, HostObject* source) const noexcept;
+
+  Result<void> MarkHiddenStage() noexcept;
+  Result<void> MarkJointsStage() noexcept;
+
+  // Removing what would be empty in the file.
+  Result<void> PruneStage() noexcept;
+  Result<void> MarkRemovable(HostObject* op) noexcept;
+  Result<void> RemoveMarked() noexcept;
+
+  /// Sets the time and has animation and expressions run.
+  void GoToFrame(Int32 frame) noexcept;
+  Int32 GetFrameRate() const noexcept;
+
   HostDocument* _doc = nullptr;
   ExportOptions _options;
-  BaseArray<HostObject*> _instances;
-  BaseArray<HostObject*> _splitObjects;
-  HashMap<HostObject*, Bool> _morphObjects;  // used as a set
+  BaseArray<HostObject*> _instances;         // filled and used by SplitStage alone
+  BaseArray<HostObject*> _splitObjects;      // the same
+  HashMap<HostObject*, Bool> _morphObjects;  // used as a set, by ConvertStage alone
   Int32 _objectCount = 0;
   Bool _sequential = false;  // nothing ever sets it
   SpinLock _lock;
