@@ -10,6 +10,19 @@ namespace q7z
 namespace
 {
 
+/// The objects in an array of the file: those elements that can become records.
+Int CountObjects(const DataDictionary& jsonGLTF, const DataKey& key) noexcept
+{
+  const Data* const member = jsonGLTF.Find(key);
+  if (!member || member->GetKind() != DataKind::kArray)
+    return 0;
+  Int count = 0;
+  const Result<DataArrayView> elements = member->GetArray();
+  for (const Data& element : elements.GetValue())
+    count += element.GetKind() == DataKind::kDictionary;
+  return count;
+}
+
 /// Reads an array of the file into its map, one record for each element, under the element's index. A record whose reader fails
 /// is removed again, without a word; the walk goes on.
 template <typename Key, typename Record>
@@ -24,6 +37,7 @@ Result<void> ReadRecords(const DataDictionary& jsonGLTF, const DataKey& key, Has
       records.Erase(static_cast<Key>(idx));
     return true;
   };
+  RETURN_IF_ERROR(records.Reserve(records.GetCount() + CountObjects(jsonGLTF, key)));
   RETURN_IF_ERROR(ForEachElement(jsonGLTF, key, readRecord));
   return {};
 }

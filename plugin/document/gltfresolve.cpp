@@ -2,6 +2,7 @@
 // goes on; whoever needs it finds nothing later.
 
 #include "plugin/document/gltfparse.h"
+#include "plugin/module/diagnostics.h"
 #include "plugin/module/hostconsole.h"
 
 namespace q7z
@@ -12,13 +13,15 @@ namespace
 
 constexpr Int kMaximumUriCharacters = 260;  // of the whole message; a data URI may run to millions
 
-void WarnAboutAsset(const ImportWarnings& warnings) noexcept
+void WarnAboutAsset(const ImportWarnings& warnings, const Error& error) noexcept
 {
+  PrintError("An asset could not be resolved"_s, error);
   warnings.AddResource(HostMessageClass::kWarning, 10014);
 }
 
-void WarnAboutDataUri(const ImportWarnings& warnings, const String& uri) noexcept
+void WarnAboutDataUri(const ImportWarnings& warnings, const String& uri, const Error& error) noexcept
 {
+  PrintError("A data URI could not be decoded"_s, error);
   const Result<String> text = String::Format(HostLoadString(10013), {uri.GetFirstCharacters(kMaximumUriCharacters)});
   if (!text.HasError())  // without memory there is no message
     warnings.Add(HostMessageClass::kWarning, text.GetValue().GetFirstCharacters(kMaximumUriCharacters));
@@ -53,13 +56,11 @@ void GltfParser::ResolveBuffers(const ImportWarnings& warnings) noexcept
       buffer.TakeBytes(std::move(_glbBytes));
       continue;
     }
-    if (buffer.Load(_fileUrl).HasError())
-    {
-      if (GetBufferDataPrefixLength(buffer.GetUri()))
-        WarnAboutDataUri(warnings, buffer.GetUri());
-      else
-        WarnAboutAsset(warnings);
-    }
+    const Result<void> loaded = buffer.Load(_fileUrl);
+    if (loaded.HasError() && GetBufferDataPrefixLength(buffer.GetUri()))
+      WarnAboutDataUri(warnings, buffer.GetUri(), loaded.GetError());
+    else if (loaded.HasError())
+      WarnAboutAsset(warnings, loaded.GetError());
     buffer.DropEncodedText();
   }
 }
@@ -68,8 +69,9 @@ void GltfParser::ResolveMeshes(const ImportWarnings& warnings) noexcept
 {
   for (auto& entry : _gltfData->meshes)
   {
-    if (entry.GetValue().Resolve(_gltfData).HasError())
-      WarnAboutAsset(warnings);
+    const Result<void> resolved = entry.GetValue().Resolve(_gltfData);
+    if (resolved.HasError())
+      WarnAboutAsset(warnings, resolved.GetError());
   }
 }
 
@@ -77,8 +79,9 @@ void GltfParser::ResolveSkins(const ImportWarnings& warnings) noexcept
 {
   for (auto& entry : _gltfData->skins)
   {
-    if (entry.GetValue().Resolve(_gltfData).HasError())
-      WarnAboutAsset(warnings);
+    const Result<void> resolved = entry.GetValue().Resolve(_gltfData);
+    if (resolved.HasError())
+      WarnAboutAsset(warnings, resolved.GetError());
   }
 }
 

@@ -32,7 +32,6 @@ Int32 GltfPreprocessor::GetFrameRate() const noexcept
 void GltfPreprocessor::GoToFrame(Int32 frame) noexcept
 {
   _doc->SetTime({static_cast<Float>(frame), static_cast<Float>(GetFrameRate())});
-  _doc->ExecutePasses();
 }
 
 Result<void> GltfPreprocessor::TagStage() noexcept

@@ -20,9 +20,10 @@ public:
   /// At the end of the material list; the document owns the material then.
   virtual void InsertMaterial(HostDocument* document, HostMaterial* material) noexcept = 0;
   virtual HostObject* GetFirstObject(const HostDocument* document) noexcept = 0;
+  /// Sets the time and evaluates animation and expressions at it.
   virtual void SetTime(HostDocument* document, const HostTime& time) noexcept = 0;
   virtual HostTime GetTime(const HostDocument* document) noexcept = 0;
-  /// Evaluates animation and expressions at the document's time.
+  /// Evaluates them once more at the document's time, for what was changed since.
   virtual void ExecutePasses(HostDocument* document) noexcept = 0;
   /// The scene hook of an id, or null. A message is sent to it with data for it to fill.
   virtual HostNode* FindSceneHook(const HostDocument* document, Int32 id) noexcept = 0;

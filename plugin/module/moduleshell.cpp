@@ -4,6 +4,7 @@
 #include <new>
 
 #include "framework/spinlock.h"
+#include "plugin/export/gltfexport.h"
 #include "plugin/import/gltfimport.h"
 #include "plugin/module/hostconsole.h"
 #include "plugin/module/hostregistration.h"
@@ -83,9 +84,14 @@ Bool RegisterLoader() noexcept
   return HostRegisterSceneLoader(1060210, HostLoadString(10000), 0x3400000, &MakeGltfSceneLoader, "fgltfimporter"_s);
 }
 
+Bool RegisterSaver() noexcept
+{
+  return HostRegisterSceneSaver(1041129, HostLoadString(10000), 0x100000, &MakeGltfSceneSaver, "Fgltfexporter"_s, "gltf"_s);
+}
+
 Bool RegisterAll() noexcept
 {
-  constexpr Bool (*kRegistrations[])() noexcept = {&RegisterLoader};
+  constexpr Bool (*kRegistrations[])() noexcept = {&RegisterSaver, &RegisterLoader};
   for (const auto registerOne : kRegistrations)
   {
     if (!registerOne())
