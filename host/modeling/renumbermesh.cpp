@@ -245,11 +245,16 @@ private:
   {
     for (Int32 joint = 0; !_points.IsIdentity() && joint < tag.GetJointCount(); ++joint)
     {
-      NewWeights entry{&tag, joint, {}};
-      if (!CarryWeights(tag.GetWeights(joint), _points, entry.weights) || _newWeights.Append(std::move(entry)).HasError())
+      if (!PrepareJoint({&tag, joint, {}}))
         return false;
     }
     return true;
+  }
+
+  Bool PrepareJoint(NewWeights entry) noexcept
+  {
+    return CarryWeights(entry.tag->GetWeights(entry.joint), _points, entry.weights) &&
+           !_newWeights.Append(std::move(entry)).HasError();
   }
 
   Bool PrepareMorphs(HeadlessPoseMorphTag& tag) noexcept

@@ -49,6 +49,8 @@ private:
     if (!markArray.Create(count))
       return false;
     Byte* const marks = markArray.GetW();
+    if (!marks)
+      return true;  // no points: the maps are those of none
     const HostPolygon* const polygons = object.GetPolygons().GetR();
     for (Int32 i = 0; i < object.GetPolygonCount(); ++i)
       MarkPoints(polygons[i], count, partPolygons.Find(i) >= 0 ? kUsedByPart : kUsedByRest, marks);

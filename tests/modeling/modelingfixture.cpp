@@ -4,13 +4,26 @@
 
 namespace q7z::test
 {
+namespace
+{
+
+HostArray<Vector> MakeShape(Int32 count, Int32 first)
+{
+  HostArray<Vector> points;
+  EXPECT_TRUE(points.Create(count));
+  Vector* const target = points.GetW();
+  for (Int32 i = 0; i < count; ++i)
+    target[i].x = first + i;
+  return points;
+}
+
+}  // namespace
 
 HeadlessPolygonObject& ModelingTest::AddGrid(Int32 pointCount, const std::vector<HostPolygon>& polygons)
 {
-  HeadlessPolygonObject* const mesh = HeadlessPolygonObject::Create(pointCount, static_cast<Int32>(polygons.size()));
-  for (Int32 i = 0; i < pointCount; ++i)
-    mesh->GetPointsW()[i].x = i;
+  HeadlessPolygonObject* const mesh = HeadlessPolygonObject::Create(0, static_cast<Int32>(polygons.size()));
   std::copy(polygons.begin(), polygons.end(), mesh->GetPolygonsW());
+  mesh->SetGeometry(MakeShape(pointCount, 0), mesh->GetPolygons());
   Scene().InsertObjectLast(mesh);
   return *mesh;
 }
@@ -50,15 +63,6 @@ T& AddTag(HeadlessPolygonObject& mesh, Int32 type, Int32 count = 0)
   return static_cast<T&>(*tag);
 }
 
-HostArray<Vector> MakeShape(Int32 count, Int32 first)
-{
-  HostArray<Vector> points;
-  EXPECT_TRUE(points.Create(count));
-  for (Int32 i = 0; i < count; ++i)
-    points.GetW()[i].x = first + i;
-  return points;
-}
-
 /// The numbers of all corners, or of all points, of which each begins a group of numbers that rise by a quarter.
 template <typename T>
 std::string DumpGroups(const T* numbers, Int groupCount, Int groupSize, Int perElement)
@@ -79,7 +83,8 @@ void FillGroups(T* numbers, Int groupCount, Int groupSize, Int perElement)
   for (Int i = 0; i < groupCount * groupSize; ++i)
   {
     const Int group = i / groupSize;
-    numbers[i] = T(group / perElement * (perElement == 4 ? 10 : 1) + group % perElement) + T(i % groupSize) / 4;
+    const Int number = group / perElement * (perElement == 4 ? 10 : 1) + group % perElement;
+    numbers[i] = T(number) + T(i % groupSize) / 4;
   }
 }
 
