@@ -1,5 +1,6 @@
 #include "host/modeling/modelingtable.h"
 
+#include "host/modeling/currentstate.h"
 #include "host/modeling/removeunusedpoints.h"
 #include "host/modeling/splitpolygons.h"
 #include "host/modeling/triangulate.h"
@@ -29,6 +30,7 @@ Bool ModelingTable::Send(Int32 command, HostModelingData& data) noexcept
     case kSplitPolygonsCommand: return Split(data);
     case kTriangulateCommand: return mesh && Triangulate(*mesh);
     case kRemoveUnusedPointsCommand: return mesh && RemoveUnusedPoints(*mesh);
+    case kCurrentStateCommand: return CopyCurrentState(data);
     default: return false;
   }
 }
@@ -43,6 +45,19 @@ Bool ModelingTable::Split(HostModelingData& data) noexcept
   if (!part)
     return false;
   _results[0] = ToHost(static_cast<HeadlessObject*>(part.release()));
+  data.results = _results.begin();
+  data.resultCount = 1;
+  return true;
+}
+
+Bool ModelingTable::CopyCurrentState(HostModelingData& data) noexcept
+{
+  if (_results.Resize(1).HasError())
+    return false;
+  HeadlessObject* const copy = MakeCurrentStateCopy(ToHeadless(data.document), ToHeadless(data.object), data.settings);
+  if (!copy)
+    return false;
+  _results[0] = ToHost(copy);
   data.results = _results.begin();
   data.resultCount = 1;
   return true;

@@ -22,6 +22,7 @@ public:
 
 private:
   Bool Split(HostModelingData& data) noexcept;
+  Bool CopyCurrentState(HostModelingData& data) noexcept;
 
   BaseArray<HostObject*> _results;
 };
