@@ -139,12 +139,11 @@ void ApplyValues(const HeadlessOverride& over, HeadlessNode& node) noexcept
   }
 }
 
-/// Whether the override says what the parameter is, itself or as part of a vector.
-Bool IsOverridden(const HeadlessOverride& over, const HostDescId& id) noexcept
+/// Whether the override has a value for the parameter, itself or as part of a vector.
+Bool HasValue(const HeadlessOverride& over, const HostDescId& id) noexcept
 {
   const HeadlessContainer& values = over.GetParameters();
-  const Bool hasValue = values.Find(id) || (id.GetDepth() > 1 && values.Find(id[0].id));
-  return hasValue || over.GetTracks()->Find(id);
+  return values.Find(id) || (id.GetDepth() > 1 && values.Find(id[0].id));
 }
 
 /// @param own   the node's own tracks that count, or null for none.
@@ -156,9 +155,10 @@ void EvaluateNode(HeadlessNode& node, const HeadlessTrackList* own, const Headle
     ApplyValues(*over, node);
   for (const HeadlessTrack* track = own ? own->GetFirst() : nullptr; track; track = track->GetNext())
   {
-    if (!over || !IsOverridden(*over, track->GetId()))
+    if (!over || !HasValue(*over, track->GetId()))
       EvaluateTrack(*track, time, node, transform);
   }
+  // Behind the node's own, so that they win.
   for (const HeadlessTrack* track = over ? over->GetTracks()->GetFirst() : nullptr; track; track = track->GetNext())
     EvaluateTrack(*track, time, node, transform);
   transform.Apply();

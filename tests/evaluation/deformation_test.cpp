@@ -95,7 +95,7 @@ TEST_F(Skin, WhatMovesTogetherSharesItsPoints)
   _mesh.InsertUnder(&group);
   _upper.InsertUnder(&group);
   AddDeformer(&_mesh);
-  group.SetLocalMatrix(QuarterTurn({1e5 / 3, 7.1, 0}));
+  group.SetVectors({{1e5 / 3, 7.1, 0}, {0.3, 0.4, 0.5}, {3, 3, 3}});
   const Owner copy = MakeCopy(group);
   EXPECT_EQ(copy->GetLastChild()->AsPolygonObject()->GetPoints().GetR(), _mesh.GetPoints().GetR());
 }
