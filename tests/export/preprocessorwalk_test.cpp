@@ -3,6 +3,7 @@
 #include <mutex>
 #include <set>
 
+#include "host/services/headlessjobs.h"
 #include "plugin/module/hostservices.h"
 #include "tests/export/preprocessorfixture.h"
 
@@ -126,9 +127,11 @@ TEST_F(HostWalkTest, ThreadsVisitEachObjectOnce)
   EXPECT_EQ(std::set<HostObject*>(seen.begin(), seen.end()).size(), 501u);
 }
 
-// All stages over many animated objects at once, for tools that watch threads.
+// All stages over many animated objects, on more threads than cores, for tools that watch threads.
 TEST_F(HostWalkTest, AllStagesRunOnManyObjects)
 {
+  HeadlessJobs jobs(8);
+  Host().Host().ReplaceService(HostJobs::kId, static_cast<HostJobs*>(&jobs));
   HostObject* const joint = Add("joint", nullptr, kJointObjectType);
   HostObject* const target = AddStrip("target", 2);
   for (int i = 0; i < 100; ++i)

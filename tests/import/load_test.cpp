@@ -3,7 +3,7 @@
 
 #include <limits>
 
-#include "host/services/headlesstables.h"
+#include "host/services/headlessdialogs.h"
 #include "tests/import/directload.h"
 #include "tests/import/importfixture.h"
 

@@ -1,0 +1,263 @@
+#include "tests/export/savedfile.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "host/scenefile/scenefile.h"
+#include "host/services/base64.h"
+#include "host/services/headlessjson.h"
+#include "plugin/document/gltfaccessor.h"
+
+namespace q7z::test
+{
+
+namespace
+{
+
+class TextSink final : public ByteSink
+{
+public:
+  Result<void> Write(std::string_view bytes) noexcept override
+  {
+    text += bytes;
+    return {};
+  }
+  std::string text;
+};
+
+std::string ReadBytes(const std::string& path)
+{
+  std::ifstream stream(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+uint32_t WordAt(std::string_view bytes, size_t offset)
+{
+  uint32_t word = 0;
+  if (offset + 4 <= bytes.size())
+    std::memcpy(&word, bytes.data() + offset, 4);
+  return word;
+}
+
+Data ParseJson(std::string_view text)
+{
+  HeadlessJson json;
+  BaseArray<Byte> bytes;
+  if (bytes.AppendCopies(reinterpret_cast<const Byte*>(text.data()), static_cast<Int>(text.size())).HasError())
+    throw std::bad_alloc();
+  Result<BaseArray<Data>> parsed = json.ParseBytes(std::move(bytes));
+  if (parsed.HasError())
+    throw std::runtime_error("the file is no JSON: " + std::string(parsed.GetError().GetMessage().GetView()));
+  return parsed.GetValue()[0];
+}
+
+std::string ToText(const Data& value)
+{
+  const Result<String> text = WriteJson(value, false);
+  return text.HasError() ? "(not written)" : std::string(text.GetValue().GetView());
+}
+
+std::string FormatNumber(double value)
+{
+  char text[32];
+  std::snprintf(text, sizeof(text), "%.7g", value + 0.0);  // -0 as 0
+  return text;
+}
+
+double LoadNumber(const char* bytes, Int componentType)
+{
+  const auto load = [bytes](auto value)
+  {
+    std::memcpy(&value, bytes, sizeof(value));
+    return static_cast<double>(value);
+  };
+  return componentType == kUnsignedShort ? load(uint16_t()) : componentType == kUnsignedInt ? load(uint32_t()) : load(float());
+}
+
+Int ComponentCount(const std::string& type)
+{
+  return type == "\"SCALAR\"" ? 1 : type == "\"VEC2\"" ? 2 : type == "\"VEC3\"" ? 3 : type == "\"VEC4\"" ? 4 : 16;
+}
+
+/// The next piece of a text: a number or any other single character.
+struct Piece
+{
+  bool isNumber = false;
+  double number = 0;
+  std::string_view text;
+};
+Piece TakePiece(std::string_view& rest)
+{
+  Piece piece;
+  const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), piece.number);
+  piece.isNumber = error == std::errc();
+  const size_t length = piece.isNumber ? static_cast<size_t>(end - rest.data()) : 1;
+  piece.text = rest.substr(0, length);
+  rest.remove_prefix(length);
+  return piece;
+}
+
+}  // namespace
+
+std::string SceneText(std::string_view members)
+{
+  return R"({"format": "q7z scene", "version": 1, )" + std::string(members) + "}";
+}
+
+HeadlessOwner<HeadlessDocument> ReadScene(std::string_view text)
+{
+  Result<HeadlessOwner<HeadlessDocument>> read = ReadSceneDocument(text, "");
+  if (read.HasError())
+    throw std::runtime_error("no scene document: " + std::string(read.GetError().GetMessage().GetView()));
+  return std::move(read.GetValue());
+}
+
+std::string WriteScene(const HeadlessDocument& document)
+{
+  TextSink sink;
+  if (WriteSceneDocument(document, "", sink).HasError())
+    throw std::runtime_error("the scene cannot be written");
+  return sink.text;
+}
+
+SavedFile::SavedFile(std::string_view scene, const Parameters& parameters) : _folder("/tmp/q7z-save-XXXXXX")
+{
+  const bool isGlb =
+    std::any_of(parameters.begin(), parameters.end(), [](const auto& entry) { return entry.second == HostValue(kGlbFormat); });
+  if (!mkdtemp(_folder.data()))
+    throw std::runtime_error("no temporary folder");
+  _path = _folder + (isGlb ? "/saved.glb" : "/saved.gltf");
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(scene);
+  const std::string before = WriteScene(*document);
+  SaveRequest request;
+  request.path = _path;
+  request.parameters = parameters;
+  _report = _host.Host().Save(request, *document);
+  if (WriteScene(*document) != before)
+    throw std::runtime_error("the save has changed the document");
+  _bytes = ReadBytes(_path);
+  if (!_report.Succeeded())
+    return;
+  const size_t jsonLength = isGlb ? WordAt(_bytes, 12) : _bytes.size();
+  _root = ParseJson(std::string_view(_bytes).substr(isGlb ? 20 : 0, jsonLength));
+  if (isGlb && _bytes.size() > 28 + jsonLength)
+    _binary = _bytes.substr(28 + jsonLength);
+}
+
+SavedFile::~SavedFile()
+{
+  std::error_code error;
+  std::filesystem::remove_all(_folder, error);
+}
+
+const Data* SavedFile::Find(std::string_view path) const
+{
+  const Data* value = &_root;
+  while (value && !path.empty())
+  {
+    const std::string_view name = path.substr(0, path.find('/'));
+    path.remove_prefix(std::min(path.size(), name.size() + 1));
+    if (value->GetKind() == DataKind::kArray)
+    {
+      const DataArrayView elements = value->GetArray().GetValue();
+      const Int index = std::atoi(std::string(name).c_str());
+      value = index < elements.GetCount() ? &elements[index] : nullptr;
+    }
+    else if (value->GetKind() == DataKind::kDictionary)
+    {
+      const DataDictionary dictionary = value->GetDictionary().GetValue();  // the root holds on to what is found
+      value = dictionary.Find(DataKey(String(name.data(), static_cast<Int>(name.size()))));
+    }
+    else
+      value = nullptr;
+  }
+  return value;
+}
+
+Int SavedFile::GetInt(const std::string& path, Int missing) const
+{
+  const Data* const value = Find(path);
+  return value ? value->GetInt().GetValue() : missing;
+}
+
+std::string SavedFile::At(const std::string& path) const
+{
+  if (path.starts_with("accessor "))
+    return Numbers(std::atoi(path.c_str() + 9));
+  if (path.starts_with("mesh "))
+  {
+    const size_t space = path.rfind(' ');
+    const std::string name = path.substr(space + 1);
+    const std::string primitive = "meshes/" + path.substr(5, space - 5) + "/primitives/0/";
+    return Numbers(GetInt(primitive + (name == "indices" ? name : "attributes/" + name), -1));
+  }
+  const Data* const value = Find(path);
+  return value ? ToText(*value) : "-";
+}
+
+std::string SavedFile::BufferBytes(Int buffer) const
+{
+  const Data* const uri = Find("buffers/" + std::to_string(buffer) + "/uri");
+  if (!uri)
+    return _binary;
+  const String text = uri->GetString().GetValue();
+  const Int start = text.FindLast(',') + 1;
+  HeadlessBase64Decoder decoder;
+  const Result<BaseArray<Byte>> bytes = decoder.Decode(text.GetPart(start, text.GetByteCount()));
+  if (bytes.HasError())
+    throw std::runtime_error("a buffer is not in base64");
+  return std::string(reinterpret_cast<const char*>(bytes.GetValue().begin()), static_cast<size_t>(bytes.GetValue().GetCount()));
+}
+
+std::string SavedFile::Numbers(Int accessor) const
+{
+  const std::string base = "accessors/" + std::to_string(accessor) + "/";
+  if (accessor < 0 || !Find(base + "type"))
+    return "-";
+  const std::string view = "bufferViews/" + std::to_string(GetInt(base + "bufferView", -1)) + "/";
+  const std::string bytes = BufferBytes(GetInt(view + "buffer", -1));
+  const Int componentType = GetInt(base + "componentType", 0);
+  const Int size = componentType == kUnsignedShort ? 2 : 4;
+  const Int count = ComponentCount(At(base + "type"));
+  const Int stride = GetInt(view + "byteStride", size * count);
+  const Int start = GetInt(view + "byteOffset", 0) + GetInt(base + "byteOffset", 0);
+  std::string text;
+  for (Int i = 0; i < GetInt(base + "count", 0); ++i)
+  {
+    for (Int component = 0; component < count; ++component)
+    {
+      const size_t offset = static_cast<size_t>(start + i * stride + component * size);
+      if (offset + static_cast<size_t>(size) > bytes.size())
+        return "(beyond the buffer)";
+      text += (text.empty() ? "" : " ") + FormatNumber(LoadNumber(bytes.data() + offset, componentType));
+    }
+  }
+  return text;
+}
+
+bool IsNear(std::string_view actual, std::string_view expected)
+{
+  while (!actual.empty() && !expected.empty())
+  {
+    const Piece a = TakePiece(actual);
+    const Piece b = TakePiece(expected);
+    const bool near = a.isNumber && b.isNumber
+                        ? std::abs(a.number - b.number) <= 1e-6 * std::max(1.0, std::abs(b.number)) || a.text == b.text
+                        : a.text == b.text;
+    if (!near)
+      return false;
+  }
+  return actual.empty() && expected.empty();
+}
+
+}  // namespace q7z::test

@@ -1,0 +1,234 @@
+// The saver as the host sees it: defaults, enabling, the suffix, status values, progress, and the bytes of the binary form.
+
+#include <sys/stat.h>
+
+#include <unistd.h>
+
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "plugin/export/gltfexport.h"
+#include "plugin/export/gltfexportparameters.h"
+#include "tests/export/savedfile.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+constexpr const char* kTriangle =
+  R"("objects": [{"id": 1, "type": 5100, "name": "T", "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2]}])";
+
+class Saver : public testing::Test
+{
+protected:
+  HostNode* Node() { return ToHost(&_node); }
+  HostContainer& Options() { return *Node()->GetContainer(); }
+
+  TestHost _host;
+  HeadlessNode _node{1041129};
+  GltfSceneSaver _saver;
+};
+
+TEST_F(Saver, StartsWithItsDefaults)
+{
+  ASSERT_TRUE(_saver.Init(Node()));
+  EXPECT_EQ(*Options().Find(1003), HostValue(HostUnitScale{1, 2}));
+  const ExportOptions options = ReadExportOptions(Options());
+  EXPECT_TRUE(options.exportNormals && options.exportUvs && options.exportTextures && options.exportTransformAnimation);
+  EXPECT_TRUE(options.exportMorphs && options.useCurrentFrame && options.exportCameras && options.shareMeshes && options.flipZ);
+  EXPECT_FALSE(options.doubleSidedMaterials || options.exportSkins || options.bakeAnimation);
+  EXPECT_EQ(options.textureWidth, 1024);
+  EXPECT_EQ(options.textureHeight, 1024);
+  EXPECT_EQ(options.textureResizeMode, 1009);
+  EXPECT_EQ(options.exportFrame, 0);
+  EXPECT_EQ(options.fileFormat, 1028);
+  EXPECT_EQ(options.exportScale, 0.01);
+}
+
+TEST_F(Saver, ReadsMissingParametersAsDefaults)
+{
+  const ExportOptions options = ReadExportOptions(Options());
+  EXPECT_EQ(options.exportScale, 1.0);
+  EXPECT_FALSE(options.doubleSidedMaterials);
+  EXPECT_EQ(options.textureResizeMode, 1009);
+  EXPECT_TRUE(options.shareMeshes);
+}
+
+struct EnablingCase
+{
+  const char* name;
+  Parameters parameters;
+  Int32 parameter;
+  Bool enabled;
+};
+
+void PrintTo(const EnablingCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+class SaverEnabling : public Saver, public testing::WithParamInterface<EnablingCase>
+{};
+
+TEST_P(SaverEnabling, Follows)
+{
+  for (const auto& [id, value] : GetParam().parameters)
+    ASSERT_TRUE(Options().Set(id, value));
+  EXPECT_EQ(_saver.GetEnabling(Node(), HostDescId(GetParam().parameter)), GetParam().enabled);
+}
+
+const EnablingCase kEnablingCases[] = {
+  {"FrameWhenUnset", {}, 1023, true},
+  {"FrameOfTheCurrent", {{1022, true}}, 1023, false},
+  {"FrameChosen", {{1022, false}}, 1023, true},
+  {"BakingWhenUnset", {}, 1020, false},
+  {"BakingOfTransforms", {{1014, true}}, 1020, true},
+  {"BakingOfMorphs", {{1015, true}}, 1020, true},
+  {"BakingOfSkins", {{1019, true}}, 1020, true},
+  {"BakingOfNothing", {{1014, false}, {1015, false}, {1019, false}}, 1020, false},
+  {"AnyOther", {}, 1001, true},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SaverEnabling, testing::ValuesIn(kEnablingCases), RowName());
+
+TEST_F(Saver, AnswersTheSuffixOfTheChosenForm)
+{
+  String suffix;
+  HostSuffixRecord record{&suffix, 0};
+  EXPECT_TRUE(_saver.Message(Node(), 1058891, &record));
+  EXPECT_EQ(suffix, "gltf"_s);
+  EXPECT_EQ(record.isAnswered, 1);
+  ASSERT_TRUE(Options().Set(1027, HostValue(1029)));
+  EXPECT_TRUE(_saver.Message(Node(), 1058891, &record));
+  EXPECT_EQ(suffix, "glb"_s);
+  HostSuffixRecord withoutText;
+  EXPECT_TRUE(_saver.Message(Node(), 1058891, &withoutText));
+  EXPECT_EQ(withoutText.isAnswered, 1);
+  EXPECT_TRUE(_saver.Message(Node(), 1, nullptr));
+}
+
+TEST_F(Saver, WritesNothingWithoutItsFlag)
+{
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kTriangle));
+  SaveRequest request;
+  request.path = "/tmp/q7z-never-written.gltf";
+  request.flags = 2;
+  EXPECT_TRUE(_host.Host().Save(request, *document).Succeeded());
+  struct stat status = {};
+  EXPECT_NE(stat(request.path.c_str(), &status), 0);
+}
+
+TEST_F(Saver, TellsWhyAFileCannotBeWritten)
+{
+  for (const int format : {kGltfFormat, kGlbFormat})
+  {
+    const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kTriangle));
+    SaveRequest request;
+    request.path = "/tmp/q7z-no-such-folder/a.gltf";
+    request.parameters = {{kFileFormatParameter, HostValue(format)}};
+    const SaveReport report = _host.Host().Save(request, *document);
+    EXPECT_EQ(report.returnValue, format == kGlbFormat ? -6 : -100);
+    EXPECT_NE(report.writeFailure.find("No such file or directory"), std::string::npos) << report.writeFailure;
+  }
+}
+
+struct BinaryCase
+{
+  const char* name;
+  const char* members;
+  size_t binaryBytes;  // of the second chunk's data
+};
+
+void PrintTo(const BinaryCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+class SaverBinary : public testing::TestWithParam<BinaryCase>
+{};
+
+uint32_t WordOf(const std::string& bytes, size_t offset)
+{
+  uint32_t word = 0;
+  std::memcpy(&word, bytes.data() + offset, sizeof(word));
+  return word;
+}
+
+TEST_P(SaverBinary, HasItsChunks)
+{
+  const SavedFile file(SceneText(GetParam().members), {{kFileFormatParameter, HostValue(kGlbFormat)}});
+  ASSERT_EQ(file.Report().error, "");
+  const std::string& bytes = file.Bytes();
+  ASSERT_GE(bytes.size(), 20u);
+  EXPECT_EQ(bytes.substr(0, 4), "glTF");
+  EXPECT_EQ(WordOf(bytes, 4), 2u);
+  const uint32_t jsonLength = WordOf(bytes, 12);
+  EXPECT_EQ(bytes.substr(16, 4), "JSON");
+  EXPECT_EQ(jsonLength % 4, 0u);
+  // Without binary data the length still counts the header of its chunk.
+  EXPECT_EQ(WordOf(bytes, 8), 28 + jsonLength + GetParam().binaryBytes);
+  ASSERT_EQ(bytes.size(), 20 + jsonLength + (GetParam().binaryBytes ? 8 + GetParam().binaryBytes : 0));
+  if (GetParam().binaryBytes)
+  {
+    EXPECT_EQ(WordOf(bytes, 20 + jsonLength), GetParam().binaryBytes);
+    EXPECT_EQ(bytes.substr(24 + jsonLength, 4), std::string("BIN\0", 4));
+  }
+  EXPECT_EQ(file.At("buffers/0/uri"), "-");
+  EXPECT_EQ(file.At("buffers/0/byteLength"), GetParam().binaryBytes ? std::to_string(GetParam().binaryBytes) : "-");
+}
+
+const BinaryCase kBinaryCases[] = {
+  {"NothingToSave", R"("name": "nothing")", 0},
+  // Three indices of two bytes, two blanks, three positions.
+  {"OneTriangle", kTriangle, 6 + 2 + 36},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SaverBinary, testing::ValuesIn(kBinaryCases), RowName());
+
+TEST(SaverBinaryPadding, IsMadeOfBlanks)
+{
+  const SavedFile file(SceneText(kTriangle), {{kFileFormatParameter, HostValue(kGlbFormat)}});
+  const std::string& bytes = file.Bytes();
+  const size_t binary = 28 + WordOf(bytes, 12);
+  EXPECT_EQ(bytes.substr(binary + 6, 2), "  ");
+}
+
+/// What a file says, of the paths.
+std::vector<std::string> Tell(int format, const std::vector<std::string>& paths)
+{
+  const SavedFile file(SceneText(kTriangle), {{kFileFormatParameter, HostValue(format)}});
+  std::vector<std::string> texts;
+  for (const std::string& path : paths)
+    texts.push_back(file.At(path));
+  return texts;
+}
+
+TEST(SaverForms, HoldTheSame)
+{
+  const std::vector<std::string> paths = {"nodes", "meshes", "accessors", "mesh 0 POSITION", "mesh 0 indices"};
+  EXPECT_EQ(Tell(kGltfFormat, paths), Tell(kGlbFormat, paths));
+}
+
+TEST_F(Saver, RunsOnAThreadAndStopsWhenAsked)
+{
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kTriangle));
+  HeadlessJob job;
+  SaveRequest request;
+  request.path = "/tmp/q7z-cancelled.gltf";
+  request.job = &job;
+  job.Cancel();
+  const SaveReport report = _host.Host().Save(request, *document);
+  EXPECT_EQ(report.returnValue, -8);
+  struct stat status = {};
+  EXPECT_NE(stat(request.path.c_str(), &status), 0);
+  // The next save knows nothing of it.
+  HeadlessJob another;
+  request.job = &another;
+  EXPECT_TRUE(_host.Host().Save(request, *document).Succeeded());
+  EXPECT_EQ(stat(request.path.c_str(), &status), 0);
+  unlink(request.path.c_str());
+}
+
+}  // namespace
+}  // namespace q7z::test

@@ -1,0 +1,228 @@
+// What stands in the file for a scene: nodes, transforms, meshes, what is left out. Scenes are in centimetres and files in metres, so
+// that 100 becomes 1; Z is mirrored. Of top-level objects the last comes first.
+
+#include <gtest/gtest.h>
+
+#include "tests/export/savedfile.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+struct SceneCase
+{
+  const char* name;
+  const char* members;  // of the scene document
+  Parameters parameters;
+  std::vector<std::pair<const char*, const char*>> expected;  // path and text
+};
+
+void PrintTo(const SceneCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+// One triangle in the plane z = 1 m at its first point.
+#define TRIANGLE R"("type": 5100, "points": [0,0,100, 100,0,0, 0,100,0], "polygons": [0,1,2,2])"
+
+const SceneCase kSceneCases[] = {
+  {"Empty", R"("name": "nothing")", {}, {{"", R"({"asset":{"version":"2.0"}})"}}},
+  {"HiddenAlone",
+   R"("objects": [{"id": 1, "name": "H", "editor": 1, "render": 1, )" TRIANGLE "}]",
+   {},
+   {{"", R"({"asset":{"version":"2.0"}})"}}},
+  {"EmptyBranches",
+   R"("objects": [{"id": 1, "type": 5140, "name": "A", "children": [{"id": 2, "type": 5140, "name": "B"}]}])",
+   {},
+   {{"", R"({"asset":{"version":"2.0"}})"}}},
+  {"TextsOfTheDocument",
+   R"("parameters": {"2000": "from an import", "2002": "somebody", "2007": "© nobody"})",
+   {},
+   {{"asset", R"({"version":"2.0","generator":"somebody","copyright":"© nobody"})"}}},
+  {"NumbersForTexts", R"("parameters": {"2002": 5, "2007": 1.5})", {}, {{"asset", R"({"version":"2.0"})"}}},
+  {"Triangle",
+   R"("objects": [{"id": 1, "name": "Dreieck ä", )" TRIANGLE "}]",
+   {},
+   {{"nodes", R"([{"name":"Dreieck ä","mesh":0}])"},
+    {"scenes", R"([{"nodes":[0]}])"},
+    {"mesh 0 POSITION", "0 0 -1 1 0 0 0 1 0"},
+    {"mesh 0 indices", "2 1 0"},
+    {"meshes/0/name", "\"Dreieck ä\""},
+    {"meshes/0/primitives/0/attributes", R"({"POSITION":1})"},
+    {"accessors/0/componentType", "5123"},
+    {"accessors/0/min", "[0]"},
+    {"accessors/0/max", "[2]"},
+    {"accessors/1/min", "[0.0,0.0,-1.0]"},
+    {"accessors/1/max", "[1.0,1.0,-0.0]"},
+    {"bufferViews/0", R"({"buffer":0,"byteOffset":0,"byteLength":6,"target":34963})"},
+    {"bufferViews/1", R"({"buffer":0,"byteOffset":8,"byteLength":36,"target":34962})"},
+    {"buffers/0/byteLength", "44"},
+    {"materials", "-"},
+    {"scene", "-"}}},
+  {"TriangleWithoutMirror",
+   R"("objects": [{"id": 1, "name": "T", )" TRIANGLE "}]",
+   {{kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
+   {{"mesh 0 POSITION", "0 0 2 2 0 0 0 2 0"}, {"mesh 0 indices", "0 1 2"}}},
+  {"Quad",
+   R"("objects": [{"id": 1, "type": 5100, "name": "Q", "points": [0,0,0, 100,0,0, 100,100,0, 0,100,0], "polygons": [0,1,2,3]}])",
+   {},
+   {{"mesh 0 indices", "3 2 0 2 1 0"}}},
+  {"UnusedPointsGo",
+   R"("objects": [{"id": 1, "type": 5100, "name": "Q", "points": [7,7,7, 0,0,0, 100,0,0, 8,8,8, 0,100,0], "polygons": [1,2,4,4]}])",
+   {},
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"mesh 0 indices", "2 1 0"}}},
+  {"NormalsAndUvs",
+   R"("objects": [{"id": 1, "name": "T", )" TRIANGLE R"(, "tags": [
+      {"id": 2, "type": 5711, "normals": [0,0,5, 1,0,0, 0,2,0, 0,0,1]},
+      {"id": 3, "type": 5671, "uvws": [0,0,0, 0.5,0.25,9, 1,1,0, 0,0,0]}]}])",
+   {},
+   {{"mesh 0 NORMAL", "0 0 -1 1 0 0 0 1 0"},
+    {"mesh 0 TEXCOORD_0", "0 0 0.5 0.25 1 1"},
+    {"bufferViews/1/byteStride", "32"},
+    {"accessors/2/byteOffset", "12"},
+    {"accessors/3/byteOffset", "24"}}},
+  {"WithoutNormalsAndUvs",
+   R"("objects": [{"id": 1, "name": "T", )" TRIANGLE R"(, "tags": [
+      {"id": 2, "type": 5711, "normals": [0,0,5, 1,0,0, 0,2,0, 0,0,1]},
+      {"id": 3, "type": 5671, "uvws": [0,0,0, 0.5,0.25,9, 1,1,0, 0,0,0]}]}])",
+   {{kExportNormalsParameter, false}, {kExportUvsParameter, false}},
+   {{"meshes/0/primitives/0/attributes", R"({"POSITION":1})"}, {"bufferViews/1/byteStride", "-"}}},
+  {"ColorsOfPoints",
+   R"("objects": [{"id": 1, "name": "T", )" TRIANGLE R"(, "tags": [
+      {"id": 2, "type": 431000045, "perPoint": true, "colors": [1,0,0,1, 0,1,0,0.5, 0,0,1,0]}]}])",
+   {},
+   {{"mesh 0 COLOR_0", "1 0 0 1 0 1 0 0.5 0 0 1 0"}, {"bufferViews/2/byteLength", "48"}, {"bufferViews/2/byteStride", "-"}}},
+  {"ColorsOfCorners",
+   R"("objects": [{"id": 1, "name": "T", )" TRIANGLE R"(, "tags": [
+      {"id": 2, "type": 431000045, "perPoint": false, "colors": [1,0,0,1, 0,1,0,0.5, 0,0,1,0, 9,9,9,9]}]}])",
+   {},
+   {{"mesh 0 COLOR_0", "1 0 0 1 0 1 0 0.5 0 0 1 0"}, {"bufferViews/1/byteStride", "28"}, {"bufferViews/2", "-"}}},
+  {"Transform",
+   R"("objects": [{"id": 1, "type": 5140, "name": "N", "position": [100,200,300], "rotation": [1.5707963267948966,0,0],
+      "scale": [2,3,4], "children": [{"id": 2, "name": "T", )" TRIANGLE "}]}]",
+   {},
+   // A heading of a quarter turn, mirrored: half of it is -45 degrees about Y, and w is negative.
+   {{"nodes/0/translation", "[1.0,2.0,-3.0]"},
+    {"nodes/0/rotation", "[0.0,-0.70710677,0.0,-0.70710677]"},
+    {"nodes/0/scale", "[2.0,3.0,4.0]"},
+    {"nodes/0/children", "[1]"},
+    {"nodes/1", R"({"name":"T","mesh":0})"}}},
+  {"MirroredScale",
+   R"("objects": [{"id": 1, "name": "T", "scale": [-1,1,1], )" TRIANGLE "}]",
+   {},
+   {{"nodes/0/scale", "[-1.0,1.0,1.0]"}, {"nodes/0/rotation", "[0.0,0.0,0.0,-1.0]"}}},
+  {"TransformBelowTheLimit",
+   R"("objects": [{"id": 1, "name": "T", "position": [0.00005,0,0.00005], "scale": [1,1,1.00005], )" TRIANGLE "}]",
+   {},
+   {{"nodes/0", R"({"name":"T","mesh":0})"}}},
+  {"LastObjectFirst",
+   R"("objects": [{"id": 1, "name": "A", )" TRIANGLE R"(}, {"id": 2, "name": "B", )" TRIANGLE R"(, "children": [
+      {"id": 3, "name": "C", )" TRIANGLE R"(}, {"id": 4, "name": "D", )" TRIANGLE "}]}]",
+   {},
+   {{"scenes/0/nodes", "[0,1]"},
+    {"nodes/0/name", "\"B\""},
+    {"nodes/1/name", "\"A\""},
+    {"nodes/0/children", "[2,3]"},
+    {"nodes/2/name", "\"C\""},
+    {"nodes/3/name", "\"D\""},
+    {"meshes/3/name", "\"D\""},
+    {"buffers/3/byteLength", "44"}}},
+  {"HiddenParent",
+   R"("objects": [{"id": 1, "type": 5140, "name": "P", "editor": 1, "render": 1, "children": [{"id": 2, "name": "C", )" TRIANGLE
+   R"(}]}, {"id": 3, "name": "V", "editor": 1, )" TRIANGLE "}]",
+   {},
+   {{"nodes", R"([{"name":"V","mesh":0}])"}}},
+  {"DontExport",
+   R"("objects": [{"id": 1, "type": 5140, "name": "dontexport", "editor": 1, "render": 1, "children": [{"id": 2, "name": "C", )" TRIANGLE
+   R"(}]}, {"id": 3, "type": 5140, "name": "dontexport", "children": [{"id": 4, "name": "V", )" TRIANGLE "}]}]",
+   {},
+   {{"nodes", R"([{"name":"dontexport","children":[1]},{"name":"V","mesh":0}])"}}},
+  {"Instances",
+   R"("objects": [{"id": 1, "name": "A", )" TRIANGLE
+   R"(}, {"id": 2, "type": 5126, "name": "I", "position": [100,0,0], "reference": 1},
+      {"id": 3, "type": 1018957, "name": "J", "reference": 2}])",
+   {},
+   {{"nodes/0/name", "\"J\""},
+    {"nodes/1/name", "\"I\""},
+    {"nodes/1/translation", "[1.0,0.0,0.0]"},
+    {"nodes/2/name", "\"A\""},
+    {"nodes/0/mesh", "0"},
+    {"nodes/1/mesh", "0"},
+    {"nodes/2/mesh", "0"},
+    {"meshes/1", "-"}}},
+  {"InstancesWithoutSharing",
+   R"("objects": [{"id": 1, "name": "A", )" TRIANGLE R"(}, {"id": 2, "type": 5126, "name": "I", "reference": 1}])",
+   {{kShareMeshesParameter, false}},
+   {{"nodes/0/mesh", "0"}, {"nodes/1/mesh", "1"}}},
+  {"EqualObjectsDoNotShare",
+   R"("objects": [{"id": 1, "name": "A", )" TRIANGLE R"(}, {"id": 2, "name": "B", )" TRIANGLE "}]",
+   {},
+   {{"nodes/0/mesh", "0"}, {"nodes/1/mesh", "1"}}},
+  {"NoPolygons",
+   R"("objects": [{"id": 1, "type": 5100, "name": "P", "points": [0,0,0], "polygons": [], "children": [{"id": 2, "name": "C", )" TRIANGLE
+   "}]}]",
+   {},
+   {{"nodes/0", R"({"name":"P","children":[1]})"}}},
+  {"SplitBySelections",
+   R"("materials": [{"id": 10, "type": 5703, "name": "Red", "channels": {}}, {"id": 11, "type": 5703, "name": "Blue", "channels": {}}],
+      "objects": [{"id": 1, "type": 5100, "name": "A", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0, 0,200,0],
+      "polygons": [0,1,2,2, 1,3,2,2, 2,3,4,4], "tags": [
+      {"id": 2, "type": 5673, "name": "s", "polygons": [[1,1]]},
+      {"id": 3, "type": 5616, "name": "t", "material": 11},
+      {"id": 4, "type": 5616, "name": "u", "material": 10, "parameters": {"1006": "s"}},
+      {"id": 5, "type": 5616, "name": "v", "material": 10, "parameters": {"1006": "none of these"}}]}])",
+   {},
+   // The rest leads the group; it keeps the tag without a selection.
+   {{"nodes/0", R"({"name":"A","children":[1,2]})"},
+    {"nodes/1/name", "\"A-Blue\""},
+    {"nodes/2/name", "\"A-Red\""},
+    {"mesh 0 indices", "4 3 2 2 1 0"},
+    {"mesh 1 POSITION", "1 0 0 0 1 0 1 1 0"}}},
+};
+
+class SceneExport : public testing::TestWithParam<SceneCase>
+{};
+
+TEST_P(SceneExport, Writes)
+{
+  const SavedFile file(SceneText(GetParam().members), GetParam().parameters);
+  ASSERT_EQ(file.Report().error, "");
+  for (const auto& [path, expected] : GetParam().expected)
+  {
+    EXPECT_PRED2(IsNear, file.At(path), expected) << path;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SceneExport, testing::ValuesIn(kSceneCases), RowName());
+
+class SceneRotation : public testing::TestWithParam<int>
+{};
+
+// Whatever order an object keeps its angles in, it stands in the file as its matrix does: back from there it has the same axes.
+TEST_P(SceneRotation, ComesBack)
+{
+  const std::string rotated = R"("rotation": [0.3,-0.7,2.5], "scale": [1,2,0.5], "rotationOrder": )" + std::to_string(GetParam());
+  const std::string members = R"("objects": [{"id": 1, "name": "T", "position": [5,6,7], )" + rotated + ", " TRIANGLE + "}]";
+  SavedFile file(SceneText(members), {});
+  ASSERT_EQ(file.Report().error, "");
+  const HostMatrix before = ReadScene(SceneText(members))->GetFirstObject()->GetLocalMatrix();
+  ASSERT_EQ(file.Host().LoadText(file.Bytes()), "none");
+  const HeadlessObject* object = file.Host().Scene().GetFirstObject();
+  while (object && !object->IsPolygonObject())
+    object = object->GetNextInTree(nullptr);
+  ASSERT_NE(object, nullptr);
+  const HostMatrix after = object->GetLocalMatrix();
+  const Vector* const pairs[][2] = {{&before.offset, &after.offset},
+                                    {&before.axisX, &after.axisX},
+                                    {&before.axisY, &after.axisY},
+                                    {&before.axisZ, &after.axisZ}};
+  for (const auto& pair : pairs)
+    EXPECT_LT((*pair[0] - *pair[1]).GetLength(), 1e-5);
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, SceneRotation, testing::Range(0, 7));
+
+}  // namespace
+}  // namespace q7z::test
