@@ -36,6 +36,7 @@ private:
   Result<void> SplitCollected() noexcept;
   Result<HostObject*> SplitBySelections(HostObject* op, InstanceLists& instances) noexcept;
   Result<void> SplitOff(Split& split, HostTextureTag* tTag) noexcept;
+  Result<HostOwner<HostObject>> CutSelected(Split& split, HostSelection* restriction) noexcept;
   Result<void> MovePart(Split& split, HostSelection* restriction, HostTextureTag* tTag) noexcept;
   Result<void> ReplaceByGroup(Split& split, InstanceLists& instances) noexcept;
   Result<void> ReplaceReferences(HostObject* origRef, HostObject* newRef, InstanceLists& instances) noexcept;

@@ -238,6 +238,14 @@ struct GltfPreprocessor::Split
     MoveChildren(op, children.get());
     return {};
   }
+  Result<void> PrepareCommand(HostDocument* doc) noexcept
+  {
+    data.document = doc;
+    data.object = op;
+    data.settings = settings.Make();
+    data.mode = kUsePolygonSelection;
+    return data.settings ? Result<void>() : Result<void>(Error::OutOfMemory());
+  }
   void GiveChildren(HostObject* parent) noexcept
   {
     if (children)
@@ -338,12 +346,7 @@ Result<HostObject*> GltfPreprocessor::SplitBySelections(HostObject* op, Instance
     return op;
   RETURN_IF_ERROR(split.TakeChildren());
   ASSIGN_OR_RETURN(const BaseArray<HostTextureTag*> textureTags, CollectTextureTags(op));
-  split.data.document = _doc;
-  split.data.object = op;
-  split.data.settings = split.settings.Make();
-  split.data.mode = kUsePolygonSelection;
-  if (!split.data.settings)
-    return Error::OutOfMemory();
+  RETURN_IF_ERROR(split.PrepareCommand(_doc));
   for (Int i = textureTags.GetCount(); i-- > 0;)
     RETURN_IF_ERROR(SplitOff(split, textureTags[i]));
   HostObject* const standing = split.group && split.group->GetDown() ? split.group.get() : op;
@@ -370,30 +373,34 @@ Result<void> GltfPreprocessor::SplitOff(Split& split, HostTextureTag* tTag) noex
   return {};
 }
 
-/// Moves the polygons of a selection into a part of their own under the group.
-Result<void> GltfPreprocessor::MovePart(Split& split, HostSelection* restriction, HostTextureTag* tTag) noexcept
+/// Takes the polygons of a selection out of the object. @return the new object that they make up.
+Result<HostOwner<HostObject>> GltfPreprocessor::CutSelected(Split& split, HostSelection* restriction) noexcept
 {
-  HostObject* const op = split.op;
-  HostSelection* const bsPolyS = ToPoly(op)->GetPolygonSelection();
+  HostSelection* const bsPolyS = ToPoly(split.op)->GetPolygonSelection();
   CHECK_STATE(restriction->CopyTo(bsPolyS));
   ModelingCommandData& data = split.data;
   CHECK_STATE(SendModelingCommand(220, data));
   HostOwner<HostObject> part(data.result ? data.result[0] : nullptr);
-  if (!part)
-  {
-    ASSIGN_OR_RETURN(const String text, String::Format("Illegal state: Could not split object '@'"_s, {op->GetName()}));
-    return MAKE_ERROR(ErrorClass::kIllegalState, text);
-  }
+  if (part)
+    return part;
+  ASSIGN_OR_RETURN(const String text, String::Format("Illegal state: Could not split object '@'"_s, {split.op->GetName()}));
+  return MAKE_ERROR(ErrorClass::kIllegalState, text);
+}
+
+/// Moves the polygons of a selection into a part of their own under the group, which is made when there is none yet.
+Result<void> GltfPreprocessor::MovePart(Split& split, HostSelection* restriction, HostTextureTag* tTag) noexcept
+{
+  ASSIGN_OR_RETURN(HostOwner<HostObject> part, CutSelected(split, restriction));
   HostOwner<HostTag> clone(tTag->Clone());
   if (!clone || !clone->SetParameter(kRestriction, String()))  // it applies to the whole part
     return Error::OutOfMemory();
   if (!split.group)
   {
-    ASSIGN_OR_RETURN(split.group, MakeGroup(op));
+    ASSIGN_OR_RETURN(split.group, MakeGroup(split.op));
   }
   StripPart(part.get());
   part->InsertTag(clone.release());
-  RETURN_IF_ERROR(NameAfterMaterial(part.get(), op, tTag->GetMaterial()));
+  RETURN_IF_ERROR(NameAfterMaterial(part.get(), split.op, tTag->GetMaterial()));
   part->SetLocalMatrix(HostMatrix());
   part.release()->InsertUnderLast(split.group.get());
   return {};
