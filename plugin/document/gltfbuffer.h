@@ -44,6 +44,8 @@ public:
 
   // Writing. What is appended counts in the declared length, which starts at 0.
 
+  /// Memory for byteCount more bytes, so that appending them copies nothing.
+  Result<void> Reserve(Int byteCount) noexcept;
   /// Room for byteCount bytes at the end, of undefined content until they are written. Valid until the buffer grows again.
   Result<Byte*> AppendRoom(Int byteCount) noexcept;
   Result<void> AppendBytes(const void* bytes, Int byteCount) noexcept;

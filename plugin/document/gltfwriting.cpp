@@ -91,18 +91,22 @@ void MergeBounds(const Byte* first, Int count, Int stride, BaseArray<Data>& min,
 
 }  // namespace
 
-Result<Byte*> GltfBuffer::AppendRoom(Int byteCount) noexcept
+Result<void> GltfBuffer::Reserve(Int byteCount) noexcept
 {
-  const Int count = _buffer.GetCount();
   const Int capacity = _buffer.GetCapacity();
   if (byteCount < 0 || byteCount > INT64_MAX / 4 - capacity)
     return Error::OutOfMemory();
-  if (byteCount > capacity - count)
-  {
-    // By half again, so that appending costs constant time on average; the first bytes get just what they need.
-    const Int grown = capacity ? (capacity + byteCount) / 2 * 3 : std::max(byteCount, Int(1));
-    RETURN_IF_ERROR(_buffer.Reserve((grown + 15) / 16 * 16));
-  }
+  if (byteCount <= capacity - _buffer.GetCount())
+    return {};
+  // By half again, so that appending costs constant time on average; the first bytes get just what they need.
+  const Int grown = capacity ? (capacity + byteCount) / 2 * 3 : std::max(byteCount, Int(1));
+  return _buffer.Reserve((grown + 15) / 16 * 16);
+}
+
+Result<Byte*> GltfBuffer::AppendRoom(Int byteCount) noexcept
+{
+  RETURN_IF_ERROR(Reserve(byteCount));
+  const Int count = _buffer.GetCount();
   RETURN_IF_ERROR(_buffer.ResizeForOverwrite(count + byteCount));
   _byteLength += byteCount;
   return _buffer.begin() + count;
