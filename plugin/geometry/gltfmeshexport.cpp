@@ -1,0 +1,64 @@
+#include "plugin/geometry/gltfmeshexport.h"
+
+#include "framework/check.h"
+#include "plugin/geometry/gltfmeshexportparts.h"
+#include "plugin/module/hostids.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+void MarkAttributes(MeshData& record, const HostPolygonObject* op, const ExportOptions& settings) noexcept
+{
+  record.indices.isUsed = true;
+  record.positions.isUsed = true;
+  // A phong tag alone is enough, though it gives no corner a normal.
+  record.normals.isUsed = settings.exportNormals && (op->GetTag(kPhongTagType) || op->GetTag(kNormalTagType));
+  record.uvs.isUsed = settings.exportUvs && op->GetTag(kUvwTagType);
+  const auto* const colorTag = static_cast<const HostVertexColorTag*>(op->GetTag(kVertexColorTagType));
+  record.polygonColors.isUsed = colorTag && !colorTag->IsPerPoint();
+}
+
+}  // namespace
+
+MeshData::MeshData() noexcept
+    : indices{GltfAccessor("SCALAR"_s, kUnsignedShort)},
+      positions{GltfAccessor("VEC3"_s, kFloatComponent)},
+      normals{GltfAccessor("VEC3"_s, kFloatComponent)},
+      uvs{GltfAccessor("VEC2"_s, kFloatComponent)},
+      polygonColors{GltfAccessor("VEC4"_s, kFloatComponent)},
+      vertexColors{GltfAccessor("VEC4"_s, kFloatComponent)},
+      joints{GltfAccessor("VEC4"_s, kUnsignedShort)},
+      weights{GltfAccessor("VEC4"_s, kFloatComponent)},
+      indexView(kIndexTarget),
+      vertexView(kVertexTarget),
+      colorView(kVertexTarget),
+      jointView(kVertexTarget),
+      weightView(kVertexTarget)
+{}
+
+Result<void> CollectMeshData(MeshData& record, GltfBuffer& buffer, HostPolygonObject* op, HostDocument* doc,
+                             const Vector* positions, BaseArray<Vector>& init_positions, const ExportOptions& settings,
+                             Bool isTarget) noexcept
+{
+  CHECK_ARGUMENT(op);
+  CHECK_ARGUMENT(doc);
+  CHECK_ARGUMENT(positions);
+  record.name = op->GetName();
+  VertexData vertexData;
+  RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount()));
+  MarkAttributes(record, op, settings);
+  BaseArray<Int32> indices;
+  RETURN_IF_ERROR(SplitVertices(record, indices, op, vertexData, settings.exportMorphs, isTarget));
+  RETURN_IF_ERROR(WriteVertices(record, buffer, vertexData, init_positions, indices, settings, isTarget));
+  record.vertexPoints = vertexData.TakeHostPoints();
+  // Nothing would ever refer to the joints and colours of a target.
+  if (isTarget)
+    return {};
+  RETURN_IF_ERROR(WriteSkinWeights(record, buffer, op, doc));
+  return WriteVertexColors(record, buffer, op);
+}
+
+}  // namespace q7z

@@ -1,0 +1,172 @@
+// What a mesh has per host point: joints with their weights, and vertex colours. Every vertex takes those of its point.
+
+#include <algorithm>
+
+#include "framework/check.h"
+#include "plugin/geometry/gltfmeshexportparts.h"
+#include "plugin/module/hostids.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+constexpr Int kMostInfluences = 4;
+
+struct VertexJoints
+{
+  UInt16 joints[kMostInfluences] = {};
+};
+
+struct VertexWeights
+{
+  Float32 weights[kMostInfluences] = {};
+};
+
+/// The largest influences on a point, sorted by falling weight.
+class Influences
+{
+public:
+  void Insert(Float weight, Int joint) noexcept
+  {
+    const Int position = FindPosition(weight);
+    if (position < 0 || position == kMostInfluences)
+      return;
+    _count = std::min(_count + 1, kMostInfluences);
+    for (Int i = _count - 1; i > position; --i)
+      _influences[i] = _influences[i - 1];
+    _influences[position] = {weight, joint};
+  }
+
+  void CopyTo(VertexJoints& joints, VertexWeights& weights) const noexcept
+  {
+    for (Int i = 0; i < kMostInfluences; ++i)
+    {
+      joints.joints[i] = static_cast<UInt16>(_influences[i].joint);
+      weights.weights[i] = static_cast<Float32>(_influences[i].weight);
+    }
+  }
+
+private:
+  struct Influence
+  {
+    Float weight = 0;
+    Int joint = 0;
+  };
+
+  /// Of equal weights a new one goes before the first and behind the last. -1 is beside a NaN, where nothing fits.
+  Int FindPosition(Float weight) const noexcept
+  {
+    if (_count == 0 || weight >= _influences[0].weight)
+      return 0;
+    if (!(weight > _influences[_count - 1].weight))
+      return _count;
+    for (Int i = 0; i + 1 < _count; ++i)
+    {
+      if (_influences[i].weight >= weight && weight >= _influences[i + 1].weight)
+        return i + 1;
+    }
+    return -1;
+  }
+
+  Influence _influences[kMostInfluences];
+  Int _count = 0;
+};
+
+/// The indices in the tag of the joints that count. Groups and joints that are gone do not, as in the list of the skin.
+Result<BaseArray<Int32>> FindJoints(const HostWeightTag* tag, HostDocument* doc) noexcept
+{
+  BaseArray<Int32> joints;
+  const Int32 count = tag->GetJointCount();
+  for (Int32 i = 0; i < count; ++i)
+  {
+    const HostObject* const joint = tag->GetJoint(i, doc);
+    if (joint && joint->GetType() != kNullObjectType)
+      RETURN_IF_ERROR(joints.Append(i));
+  }
+  return joints;
+}
+
+/// Gives the vertices behind the host points the values of their points.
+template <typename T>
+void SpreadToCopies(const BaseArray<Int32>& vertexPoints, Int pointCount, BaseArray<T>& values) noexcept
+{
+  for (Int i = pointCount; i < values.GetCount(); ++i)
+    values[i] = values[vertexPoints[i]];
+}
+
+Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonObject* op, const HostWeightTag* tag,
+                                     HostDocument* doc, BaseArray<VertexJoints>& joints,
+                                     BaseArray<VertexWeights>& weights) noexcept
+{
+  CHECK_ARGUMENT(!joints.IsPopulated());
+  CHECK_ARGUMENT(!weights.IsPopulated());
+  RETURN_IF_ERROR(joints.Resize(record.vertexPoints.GetCount()));
+  RETURN_IF_ERROR(weights.Resize(record.vertexPoints.GetCount()));
+  ASSIGN_OR_RETURN(const BaseArray<Int32> tagJoints, FindJoints(tag, doc));
+  const Int32 pointCount = op->GetPointCount();
+  for (Int32 point = 0; point < pointCount; ++point)
+  {
+    Influences influences;
+    for (Int number = 0; number < tagJoints.GetCount(); ++number)
+      influences.Insert(tag->GetWeight(tagJoints[number], point), number);
+    influences.CopyTo(joints[point], weights[point]);
+  }
+  SpreadToCopies(record.vertexPoints, pointCount, joints);
+  SpreadToCopies(record.vertexPoints, pointCount, weights);
+  return {};
+}
+
+Result<void> CollectVertexColors(const MeshData& record, const HostPolygonObject* op, const HostVertexColorTag* tag,
+                                 BaseArray<VertexColor>& vertexColors) noexcept
+{
+  CHECK_ARGUMENT(!vertexColors.IsPopulated());
+  RETURN_IF_ERROR(vertexColors.Resize(record.vertexPoints.GetCount()));
+  const Int pointCount = op->GetPointCount();
+  const HostColorHandle handle = tag->GetHandleR();
+  for (Int point = 0; point < pointCount; ++point)
+  {
+    if (!handle || point >= handle.count)
+      continue;
+    const Float32* const color = handle.GetPoint(point);
+    vertexColors[point] = {color[0], color[1], color[2], color[3]};
+  }
+  SpreadToCopies(record.vertexPoints, pointCount, vertexColors);
+  return {};
+}
+
+template <typename T>
+Result<void> AppendAttribute(MeshAccessor& attribute, GltfBufferView& view, GltfBuffer& buffer,
+                             const BaseArray<T>& values) noexcept
+{
+  attribute.isUsed = true;
+  view.AddByteOffset(buffer.GetBytes().GetCount());
+  return attribute.accessor.AppendElements(buffer, view, values.GetFirst(), values.GetCount());
+}
+
+}  // namespace
+
+Result<void> WriteSkinWeights(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op, HostDocument* doc) noexcept
+{
+  const auto* const tag = static_cast<const HostWeightTag*>(op->GetTag(kWeightTagType));
+  if (!tag || tag->GetJointCount() < 1)
+    return {};
+  BaseArray<VertexJoints> joints;
+  BaseArray<VertexWeights> weights;
+  RETURN_IF_ERROR(CollectJointsAndWeights(record, op, tag, doc, joints, weights));
+  RETURN_IF_ERROR(AppendAttribute(record.joints, record.jointView, buffer, joints));
+  return AppendAttribute(record.weights, record.weightView, buffer, weights);
+}
+
+Result<void> WriteVertexColors(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op) noexcept
+{
+  const auto* const tag = static_cast<const HostVertexColorTag*>(op->GetTag(kVertexColorTagType));
+  if (!tag || !tag->IsPerPoint())
+    return {};
+  BaseArray<VertexColor> vertexColors;
+  RETURN_IF_ERROR(CollectVertexColors(record, op, tag, vertexColors));
+  return AppendAttribute(record.vertexColors, record.colorView, buffer, vertexColors);
+}
+
+}  // namespace q7z

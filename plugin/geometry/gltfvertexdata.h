@@ -1,0 +1,155 @@
+#pragma once
+
+// VertexData: the vertices of one exported mesh. A host point has as many sets of normal, UV and colour as it has polygon corners,
+// a vertex of a file has one; so a point becomes as many vertices as it has different sets. Lives for one mesh or one target.
+
+#include "framework/basearray.h"
+#include "framework/check.h"
+#include "framework/vector.h"
+
+namespace q7z
+{
+
+struct VertexColor
+{
+  Float32 r = 0;
+  Float32 g = 0;
+  Float32 b = 0;
+  Float32 a = 1;
+  friend constexpr Bool operator==(const VertexColor&, const VertexColor&) noexcept = default;
+};
+
+class VertexData
+{
+public:
+  /// The host points are the first vertices, in their order, with a zero normal and UV and the colour (0, 0, 0, 1). Asked once.
+  Result<void> Init(const Vector* positions, Int32 vertices_count) noexcept;
+
+  /// Room for so many vertices in all.
+  Result<void> Reserve(Int vertexCount) noexcept;
+
+  /// @return the vertex of a corner that uses host point vertex_index: the point itself for its first corner, an earlier vertex of
+  /// that point with equal values, or a new one behind all others. Values are equal as numbers are: a NaN never, -0 and 0 are.
+  /// @param skipLookup  true makes a new vertex for every further corner, so that the order depends on the polygons alone.
+  Result<Int32> AddVertexData(Int32 vertex_index, const Vector32& normal, const Vector32& uv, const VertexColor& color,
+                              Bool skipLookup) noexcept;
+
+  /// Appends a vertex that belongs to no host point. @return its index.
+  Result<Int32> AddVertex(const Vector& position, const Vector32& normal, const Vector32& uv, const VertexColor& color) noexcept;
+
+  /// The error that AddVertexData gives for a number that is not the index of a host point.
+  Result<void> CheckHostPoint(Int32 vertex_index) const noexcept;
+
+  Int GetVertexCount() const noexcept { return _positions.GetCount(); }
+  Int GetCount() const noexcept { return GetVertexCount(); }
+  Int GetPointCount() const noexcept { return _isProcessed.GetCount(); }
+
+  Result<Vector> GetPosition(Int32 vertex_index) const noexcept;
+  Result<Vector32> GetNormal(Int32 vertex_index) const noexcept;
+  Result<Vector32> GetUV(Int32 vertex_index) const noexcept;
+  Result<VertexColor> GetPolygonColor(Int32 vertex_index) const noexcept;
+
+  // All vertices at once.
+  const BaseArray<Vector>& GetPositions() const noexcept { return _positions; }
+  const BaseArray<Vector32>& GetNormals() const noexcept { return _normals; }
+  const BaseArray<Vector32>& GetUVs() const noexcept { return _uvs; }
+  const BaseArray<VertexColor>& GetPolygonColors() const noexcept { return _polygonColors; }
+  /// Gives away, for each vertex, the host point that it came from (-1 for none); for the end, as no vertex can be added then.
+  BaseArray<Int32> TakeHostPoints() noexcept;
+
+private:
+  static constexpr Int32 kNone = -1;
+  // The copies of a point that are looked through one by one; with more of them they are found by their hash.
+  static constexpr Byte kLongestWalk = 16;
+
+  struct Key
+  {
+    Int32 point;
+    Vector32 normal;
+    Vector32 uv;
+    VertexColor color;
+  };
+  Key GetKey(Int32 vertex) const noexcept
+  {
+    return {_hostPoints[vertex], _normals[vertex], _uvs[vertex], _polygonColors[vertex]};
+  }
+  Bool HasValues(Int32 vertex, const Key& key) const noexcept
+  {
+    return _normals[vertex] == key.normal && _uvs[vertex] == key.uv && _polygonColors[vertex] == key.color;
+  }
+  static UInt32 GetHash(const Key& key) noexcept;
+
+  Int32 Find(const Key& key) const noexcept;
+  Int32 FindInSlots(const Key& key) const noexcept;
+  Result<Int32> AddCopy(const Key& key) noexcept;
+  void EnterCopy(Int32 vertex) noexcept;
+  void EnterCopiesOf(Int32 point) noexcept;
+  Result<void> MakeSlots(Int count) noexcept;
+  Result<void> MakeRoom() noexcept;
+  Int32 Append(const Vector& position, const Key& key) noexcept;
+
+  Bool _isInitialized = false;
+  Int32 _vertexCount = 0;
+  Int _capacity = 0;  // vertices for which every array has room
+
+  // For each vertex.
+  BaseArray<Vector> _positions;
+  BaseArray<Vector32> _normals;
+  BaseArray<Vector32> _uvs;
+  BaseArray<VertexColor> _polygonColors;
+  BaseArray<Int32> _hostPoints;  // the point that it came from
+  BaseArray<Int32> _older;       // the next older copy of the same point, of a point its newest one; kNone ends
+
+  // For each host point.
+  BaseArray<Byte> _isProcessed;  // 0 or 1: whether a corner has given it its values
+  BaseArray<Byte> _copyCounts;   // copies that can be found, counted up to kLongestWalk + 1
+
+  BaseArray<Int32> _slots;  // the copies of points with more than kLongestWalk of them: open addressing, a power of two
+  Int _slotsInUse = 0;
+};
+
+inline Int32 VertexData::Find(const Key& key) const noexcept
+{
+  if (!_isProcessed[key.point])
+    return kNone;
+  // From the newest to the oldest: of two equal ones the later counts.
+  Int32 vertex = _older[key.point];
+  for (Byte i = 0; i < kLongestWalk && vertex != kNone; ++i, vertex = _older[vertex])
+  {
+    if (HasValues(vertex, key))
+      return vertex;
+  }
+  if (vertex != kNone)
+  {
+    const Int32 found = FindInSlots(key);
+    if (found != kNone)
+      return found;
+  }
+  return HasValues(key.point, key) ? key.point : kNone;
+}
+
+inline Result<Int32> VertexData::AddVertexData(Int32 vertex_index, const Vector32& normal, const Vector32& uv,
+                                               const VertexColor& color, Bool skipLookup) noexcept
+{
+  CHECK_STATE(_isInitialized);
+  RETURN_IF_ERROR(CheckHostPoint(vertex_index));
+  const Key key{vertex_index, normal, uv, color};
+  const Int32 found = skipLookup ? kNone : Find(key);
+  if (found != kNone)
+    return found;
+  if (_isProcessed[vertex_index])
+    return AddCopy(key);
+  _normals[vertex_index] = normal;
+  _uvs[vertex_index] = uv;
+  _polygonColors[vertex_index] = color;
+  _isProcessed[vertex_index] = 1;
+  return vertex_index;
+}
+
+inline Result<void> VertexData::CheckHostPoint(Int32 vertex_index) const noexcept
+{
+  CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _isProcessed.GetCount()));
+  return {};
+}
+
+}  // namespace q7z
