@@ -106,7 +106,6 @@ TEST_F(PreprocessorConvert, AuxTagsWithoutALinkLeadNowhere)
   HostObject* const op = Add("op");
   EXPECT_EQ(GetAuxSource(op), nullptr);
   HostTag* const tag = op->MakeTag(kNodeBasedTagType);
-  HostValue::Link(op);
   tag->SetParameter(1000, HostValue::Link(op));
   EXPECT_EQ(GetAuxSource(op), nullptr);  // not its name
   tag->SetName("glTFAuxTag"_s);
