@@ -43,9 +43,9 @@ Result<void> CollectMeshData(MeshData& record, GltfBuffer& buffer, HostPolygonOb
                              const Vector* positions, BaseArray<Vector>& init_positions, const ExportOptions& settings,
                              Bool isTarget) noexcept
 {
-  CHECK_ARGUMENT(op);
-  CHECK_ARGUMENT(doc);
-  CHECK_ARGUMENT(positions);
+  CHECK_STATE(op);
+  CHECK_STATE(doc);
+  CHECK_STATE(positions);
   record.name = op->GetName();
   VertexData vertexData;
   RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount()));

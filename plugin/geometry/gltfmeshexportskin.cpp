@@ -100,8 +100,8 @@ Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonOb
                                      HostDocument* doc, BaseArray<VertexJoints>& joints,
                                      BaseArray<VertexWeights>& weights) noexcept
 {
-  CHECK_ARGUMENT(!joints.IsPopulated());
-  CHECK_ARGUMENT(!weights.IsPopulated());
+  CHECK_STATE(!joints.IsPopulated());
+  CHECK_STATE(!weights.IsPopulated());
   RETURN_IF_ERROR(joints.Resize(record.vertexPoints.GetCount()));
   RETURN_IF_ERROR(weights.Resize(record.vertexPoints.GetCount()));
   ASSIGN_OR_RETURN(const BaseArray<Int32> tagJoints, FindJoints(tag, doc));
@@ -121,7 +121,7 @@ Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonOb
 Result<void> CollectVertexColors(const MeshData& record, const HostPolygonObject* op, const HostVertexColorTag* tag,
                                  BaseArray<VertexColor>& vertexColors) noexcept
 {
-  CHECK_ARGUMENT(!vertexColors.IsPopulated());
+  CHECK_STATE(!vertexColors.IsPopulated());
   RETURN_IF_ERROR(vertexColors.Resize(record.vertexPoints.GetCount()));
   const Int pointCount = op->GetPointCount();
   const HostColorHandle handle = tag->GetHandleR();

@@ -26,8 +26,8 @@ UInt PackPair(Float32 first, Float32 second) noexcept
 
 Result<void> VertexData::Init(const Vector* positions, Int32 vertices_count) noexcept
 {
-  CHECK_ARGUMENT(positions);
-  CHECK_ARGUMENT(vertices_count > 0);
+  CHECK_STATE(positions);
+  CHECK_STATE(vertices_count > 0);
   RETURN_IF_ERROR(_isProcessed.Resize(vertices_count));
   RETURN_IF_ERROR(_copyCounts.Resize(vertices_count));
   RETURN_IF_ERROR(Reserve(vertices_count));

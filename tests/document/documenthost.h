@@ -226,6 +226,15 @@ private:
   static std::string Number(Float value) { return Text(String::FromFloat(value).GetValue()); }
 };
 
+/// What developers would read.
+class DocumentConsole final : public HostConsoleTable
+{
+public:
+  void Print(const String&) noexcept override {}
+  void Diagnostic(HostDiagnosticLevel, const String& line, const Char*, Int32) noexcept override { lines.push_back(Text(line)); }
+  std::vector<std::string> lines;
+};
+
 class DocumentHost
 {
 public:
@@ -234,6 +243,7 @@ public:
     _tables.version = kMinimumHostVersion;
     _tables.file = &files;
     _tables.resource = &texts;
+    _tables.console = &console;
     Offer<HostJson>(&json);
     Offer<HostBase64Decoder>(&base64);
     Offer<HostUrlService>(&urls);
@@ -257,6 +267,7 @@ public:
 
   MemoryFiles files;
   TestTexts texts;
+  DocumentConsole console;
   TestJson json;
   TestBase64 base64;
   TestUrls urls;

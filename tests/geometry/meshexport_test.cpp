@@ -395,11 +395,11 @@ TEST_F(MeshExport, MissingPartsAreRefused)
   CollectedMesh mesh;
   const auto collect = [&](HostPolygonObject* object, HostDocument* doc, const Vector* positions, Bool isTarget)
   { return ErrorText(CollectMeshData(mesh.record, mesh.buffer, object, doc, positions, mesh.positions, _options, isTarget)); };
-  EXPECT_EQ(collect(nullptr, Document(), points, false), "Illegal argument: Condition op not fulfilled. ");
-  EXPECT_EQ(collect(op, nullptr, points, false), "Illegal argument: Condition doc not fulfilled. ");
-  EXPECT_EQ(collect(op, Document(), nullptr, false), "Illegal argument: Condition positions not fulfilled. ");
+  EXPECT_EQ(collect(nullptr, Document(), points, false), "Illegal state: Condition op not fulfilled. ");
+  EXPECT_EQ(collect(op, nullptr, points, false), "Illegal state: Condition doc not fulfilled. ");
+  EXPECT_EQ(collect(op, Document(), nullptr, false), "Illegal state: Condition positions not fulfilled. ");
   EXPECT_EQ(collect(bare, Document(), points, false), "Illegal state: Condition polygons not fulfilled. ");
-  EXPECT_EQ(collect(Make({}, {}), Document(), points, false), "Illegal argument: Condition vertices_count > 0 not fulfilled. ");
+  EXPECT_EQ(collect(Make({}, {}), Document(), points, false), "Illegal state: Condition vertices_count > 0 not fulfilled. ");
   const char* const message =
     "Illegal argument: Condition (init_positions.GetCount() == 0 && !isTarget) || (init_positions.GetCount() == "
     "vertex_data.GetCount() && isTarget) not fulfilled. ";

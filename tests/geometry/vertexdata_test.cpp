@@ -201,11 +201,11 @@ constexpr const char* kEarly = "Illegal state: Condition _isInitialized not fulf
 
 const RefusedRow kRefused[] = {
   {"InitWithoutPoints", When::kBeforeInit, [](VertexData& data) { return ErrorText(data.Init(kPoints, 0)); },
-   "Illegal argument: Condition vertices_count > 0 not fulfilled. "},
+   "Illegal state: Condition vertices_count > 0 not fulfilled. "},
   {"InitWithNegativeCount", When::kBeforeInit, [](VertexData& data) { return ErrorText(data.Init(kPoints, -1)); },
-   "Illegal argument: Condition vertices_count > 0 not fulfilled. "},
+   "Illegal state: Condition vertices_count > 0 not fulfilled. "},
   {"InitWithoutPositions", When::kBeforeInit, [](VertexData& data) { return ErrorText(data.Init(nullptr, 4)); },
-   "Illegal argument: Condition positions not fulfilled. "},
+   "Illegal state: Condition positions not fulfilled. "},
   {"Position", When::kBeforeInit, [](VertexData& data) { return ErrorText(data.GetPosition(0)); }, kEarly},
   {"Normal", When::kBeforeInit, [](VertexData& data) { return ErrorText(data.GetNormal(0)); }, kEarly},
   {"Uv", When::kBeforeInit, [](VertexData& data) { return ErrorText(data.GetUV(0)); }, kEarly},

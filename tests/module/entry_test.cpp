@@ -177,6 +177,8 @@ TEST_F(ModuleEntry, OffersItsHookBeforeTheFirstMessage)
 
 // What start asks of the host, in order; an entry for each call.
 const std::vector<std::string> kRegistrations = {
+  "description 1041129 Fgltfexporter",
+  "plugin 16 1041129 'the name' 1048576 'Fgltfexporter' 'gltf'",
   "description 1060210 fgltfimporter",
   "plugin 15 1060210 'the name' 54525952 'fgltfimporter' ''",
 };
@@ -193,7 +195,7 @@ struct RefusalCase
   const char* name;
   std::size_t refusedCall;  // into kRegistrations
 };
-const RefusalCase kRefusalCases[] = {{"LoaderDescription", 0}, {"Loader", 1}};
+const RefusalCase kRefusalCases[] = {{"SaverDescription", 0}, {"Saver", 1}, {"LoaderDescription", 2}, {"Loader", 3}};
 
 class ModuleStart : public ModuleEntry, public testing::WithParamInterface<RefusalCase>
 {};
@@ -220,7 +222,7 @@ TEST_F(ModuleEntry, FactoriesMakeInstances)
     EXPECT_NE(first, nullptr);
     EXPECT_NE(second, nullptr);
   }
-  EXPECT_EQ(host.registration.factories.size(), 1u);
+  EXPECT_EQ(host.registration.factories.size(), 2u);
 }
 
 // The names of the members of HostTables, in their order.
