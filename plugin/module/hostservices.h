@@ -217,6 +217,9 @@ public:
   virtual Result<BaseArray<Byte>> Encode(const Char* sessionId, HostImage* image) noexcept = 0;
   /// A copy of the image in another colour profile; owned by the host until the image goes.
   virtual Result<HostImage*> ConvertColorProfile(HostImage* image, const Char* profileId) noexcept = 0;
+  /// A hash of an image's size and pixels, and the bytes of its pixels.
+  virtual UInt GetHash(const HostImage* image) noexcept = 0;
+  virtual Int GetByteCount(const HostImage* image) noexcept = 0;
 
 protected:
   ~HostMediaSessions() = default;
