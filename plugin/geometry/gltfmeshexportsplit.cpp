@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include <algorithm>
+
 #include "plugin/geometry/gltfmeshexportparts.h"
 #include "plugin/module/hostids.h"
 
@@ -24,15 +26,33 @@ Vector32 ToSingle(const Vector& v) noexcept
   return {static_cast<Float32>(v.x), static_cast<Float32>(v.y), static_cast<Float32>(v.z)};
 }
 
-/// A corner's vector; zero where the tag has no data for the polygon.
-Vector32 ReadCorner(const HostCornerHandle& handle, Int polygon, Int corner) noexcept
+/// What the corners a, b, c of one polygon have.
+struct PolygonCorners
 {
-  if (polygon >= handle.polygonCount || !handle)
-    return {};
-  const Int first = 12 * polygon + 3 * corner;
-  if (handle.singles)
-    return {handle.singles[first], handle.singles[first + 1], handle.singles[first + 2]};
-  return ToSingle({handle.doubles[first], handle.doubles[first + 1], handle.doubles[first + 2]});
+  Vector32 normals[3];
+  Vector32 uvs[3];
+  VertexColor colors[3];
+};
+
+template <typename T>
+void CopyCorners(const T* numbers, Vector32 (&corners)[3]) noexcept
+{
+  for (Vector32& corner : corners)
+  {
+    corner = {static_cast<Float32>(numbers[0]), static_cast<Float32>(numbers[1]), static_cast<Float32>(numbers[2])};
+    numbers += 3;
+  }
+}
+
+/// Zeros where the tag has no data for the polygon.
+void ReadCorners(const HostCornerHandle& handle, Int polygon, Vector32 (&corners)[3]) noexcept
+{
+  if (polygon >= handle.polygonCount)
+    std::fill_n(corners, 3, Vector32());
+  else if (handle.singles)
+    CopyCorners(handle.singles + 12 * polygon, corners);
+  else if (handle.doubles)
+    CopyCorners(handle.doubles + 12 * polygon, corners);
 }
 
 /// For points whose normals the tag leaves at zero: the normalised sum of the normals of the faces around a point, each as long as
@@ -116,36 +136,18 @@ public:
       ReadUvTags(op);
   }
 
-  /// @param point  the corner's host point.
-  Result<Vector32> GetNormal(Int polygon, Int corner, Int32 point) noexcept
+  /// @param points  the corners' host points.
+  /// @param corners  those of the polygon before, or new ones: what is not in use keeps its start values.
+  Result<void> Read(Int polygon, const Int32* points, PolygonCorners& corners) noexcept
   {
     // Without a normal tag all normals are zero: those that the host could compute are not asked for.
-    if (!_normals)
-      return Vector32();
-    const Vector32 normal = ReadCorner(_normals, polygon, corner);
-    const Float32 length = normal.GetLength();
-    // One that is as near to unit length as its 32 bits can be stays, so that a file that is loaded and saved keeps its normals.
-    if (std::abs(length - 1) <= kUnitTolerance)
-      return normal;
-    if (length > 0)
-      return Vector32{normal.x / length, normal.y / length, normal.z / length};
-    return length == 0 ? _pointNormals.Get(point) : normal;
-  }
-
-  Vector32 GetUV(Int polygon, Int corner) const noexcept
-  {
-    if (!_uvs)
-      return {};
-    const Vector32 uv = ReadCorner(_uvs, polygon, corner);
-    return _isTiled ? Vector32{_tilingU.Apply(uv.x), _tilingV.Apply(uv.y), uv.z} : uv;
-  }
-
-  VertexColor GetColor(Int polygon, Int corner) const noexcept
-  {
-    if (!_colors || polygon >= _colors.count)
-      return {};
-    const Float32* const color = _colors.GetCorner(polygon, corner);
-    return {color[0], color[1], color[2], color[3]};
+    if (_normals)
+      RETURN_IF_ERROR(ReadNormals(polygon, points, corners.normals));
+    if (_uvs)
+      ReadUVs(polygon, corners.uvs);
+    if (_colors)
+      ReadColors(polygon, corners.colors);
+    return {};
   }
 
 private:
@@ -159,6 +161,41 @@ private:
       return;
     _tilingU = ReadTiling(textureTag, kLengthU, kOffsetU);
     _tilingV = ReadTiling(textureTag, kLengthV, kOffsetV);
+  }
+
+  Result<void> ReadNormals(Int polygon, const Int32* points, Vector32 (&normals)[3]) noexcept
+  {
+    ReadCorners(_normals, polygon, normals);
+    for (Int k = 0; k < 3; ++k)
+    {
+      Vector32& normal = normals[k];
+      const Float32 length = normal.GetLength();
+      if (length > 0)
+        normal = {normal.x / length, normal.y / length, normal.z / length};
+      else if (length == 0)
+      {
+        ASSIGN_OR_RETURN(normal, _pointNormals.Get(points[k]));
+      }
+    }
+    return {};
+  }
+
+  void ReadUVs(Int polygon, Vector32 (&uvs)[3]) const noexcept
+  {
+    ReadCorners(_uvs, polygon, uvs);
+    if (!_isTiled)
+      return;
+    for (Vector32& uv : uvs)
+      uv = {_tilingU.Apply(uv.x), _tilingV.Apply(uv.y), uv.z};
+  }
+
+  void ReadColors(Int polygon, VertexColor (&colors)[3]) const noexcept
+  {
+    for (Int k = 0; k < 3; ++k)
+    {
+      const Float32* const color = polygon < _colors.count ? _colors.GetCorner(polygon, k) : nullptr;
+      colors[k] = color ? VertexColor{color[0], color[1], color[2], color[3]} : VertexColor();
+    }
   }
 
   HostCornerHandle _normals;
@@ -207,6 +244,18 @@ Result<void> ReserveForAllCorners(const BaseArray<Int32>& indices, VertexData& v
   return vertexData.Reserve(count);
 }
 
+/// @param vertex  the host point, which is replaced by the vertex of the corner.
+Result<void> FindOrAdd(VertexData& vertexData, Int32& vertex, const Vector32& normal, const Vector32& uv,
+                       const VertexColor& color, Bool skipLookup) noexcept
+{
+  const Int32 point = vertex;
+  vertex = skipLookup ? VertexData::kNone : vertexData.FindVertex(point, normal, uv, color);
+  if (vertex != VertexData::kNone)
+    return {};
+  ASSIGN_OR_RETURN(vertex, vertexData.AddVertexData(point, normal, uv, color, true));  // looked up already
+  return {};
+}
+
 }  // namespace
 
 Result<void> SplitVertices(const MeshData& record, BaseArray<Int32>& indices, HostPolygonObject* op, VertexData& vertexData,
@@ -220,16 +269,14 @@ Result<void> SplitVertices(const MeshData& record, BaseArray<Int32>& indices, Ho
   // Without lookups the order of the vertices does not depend on what they have.
   const MeshData nothing;
   CornerAttributes attributes(isTarget && skipLookup ? nothing : record, op, vertexData.GetPointCount());
+  PolygonCorners corners;
   const Int cornerCount = indices.GetCount();
-  for (Int i = 0, polygon = 0; i < cornerCount; i += 3, ++polygon)
+  for (Int first = 0, polygon = 0; first < cornerCount; first += 3, ++polygon)
   {
+    Int32* const vertices = &indices[first];
+    RETURN_IF_ERROR(attributes.Read(polygon, vertices, corners));
     for (Int k = 0; k < 3; ++k)
-    {
-      const Int32 point = indices[i + k];
-      ASSIGN_OR_RETURN(const Vector32 normal, attributes.GetNormal(polygon, k, point));
-      ASSIGN_OR_RETURN(indices[i + k], vertexData.AddVertexData(point, normal, attributes.GetUV(polygon, k),
-                                                                attributes.GetColor(polygon, k), skipLookup));
-    }
+      RETURN_IF_ERROR(FindOrAdd(vertexData, vertices[k], corners.normals[k], corners.uvs[k], corners.colors[k], skipLookup));
   }
   return {};
 }

@@ -89,19 +89,21 @@ UInt32 LayOutVertex(MeshData& record, Bool isTarget) noexcept
 class VertexWriter
 {
 public:
-  VertexWriter(MeshData& record, const VertexData& vertex_data, BaseArray<Vector>& initPositions, const ExportOptions& settings,
-               Bool isTarget) noexcept
+  /// @param positions  of the vertices; they become the written ones.
+  /// @param base  the written positions of a target's mesh, or null.
+  VertexWriter(MeshData& record, const VertexData& vertex_data, BaseArray<Vector>& positions, const Vector* base,
+               const ExportOptions& settings) noexcept
       : _record(record),
         _vertices(vertex_data),
-        _initPositions(initPositions.begin()),
+        _positions(positions),
+        _base(base),
         _scale(settings.exportScale),
-        _flipZ(settings.flipZ),
-        _isTarget(isTarget)
+        _flipZ(settings.flipZ)
   {}
 
   Result<void> Write(Byte* room, UInt32 stride) noexcept
   {
-    const Int count = _vertices.GetVertexCount();
+    const Int count = _positions.GetCount();
     for (Int first = 0; first < count; first += kBlockVertices)
     {
       const Int end = std::min(first + kBlockVertices, count);
@@ -117,14 +119,11 @@ public:
 private:
   void WriteVertex(Int i, Byte*& target) noexcept
   {
-    const Vector position = MirrorPosition(_vertices.GetPositions()[i]) * _scale;
-    if (_isTarget)
-    {
-      WritePosition(position - _initPositions[i], target);
+    Vector& position = _positions[i];
+    position = MirrorPosition(position) * _scale;
+    WritePosition(_base ? position - _base[i] : position, target);
+    if (_base)
       return;
-    }
-    _initPositions[i] = position;
-    WritePosition(position, target);
     if (_record.normals.isUsed)
       WriteNumbers(target, MirrorNormal(_vertices.GetNormals()[i]));
     if (_record.uvs.isUsed)
@@ -145,7 +144,7 @@ private:
   Result<void> Track(const Byte* block, Int count, UInt32 stride) noexcept
   {
     RETURN_IF_ERROR(_record.positions.accessor.TrackElements(block, count, stride));
-    if (_isTarget)
+    if (_base)
       return {};
     for (MeshAccessor* const attribute : {&_record.normals, &_record.uvs, &_record.polygonColors})
     {
@@ -157,15 +156,15 @@ private:
 
   MeshData& _record;
   const VertexData& _vertices;
-  Vector* const _initPositions;
+  BaseArray<Vector>& _positions;
+  const Vector* const _base;
   const Float _scale;
   const Bool _flipZ;
-  const Bool _isTarget;
 };
 
 }  // namespace
 
-Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data, BaseArray<Vector>& init_positions,
+Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, VertexData& vertex_data, BaseArray<Vector>& init_positions,
                            const BaseArray<Int32>& indices, const ExportOptions& settings, Bool isTarget) noexcept
 {
   CHECK_ARGUMENT((init_positions.GetCount() == 0 && !isTarget) ||
@@ -178,15 +177,17 @@ Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexDat
   constexpr Int kMostPadding = 3;
   RETURN_IF_ERROR(buffer.Reserve(indexBytes + kMostPadding + vertexBytes));
   if (!isTarget)
-  {
     RETURN_IF_ERROR(WriteIndices(record, buffer, indices, isShort, settings.flipZ));
-    RETURN_IF_ERROR(init_positions.ResizeForOverwrite(vertexCount));
-  }
   RETURN_IF_ERROR(buffer.Align());
   record.vertexView.AddByteOffset(buffer.GetBytes().GetCount());
   record.vertexView.AddByteLength(vertexBytes);
   ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(vertexBytes));
-  return VertexWriter(record, vertex_data, init_positions, settings, isTarget).Write(room, stride);
+  BaseArray<Vector> positions = vertex_data.TakePositions();
+  const Vector* const base = isTarget ? init_positions.GetFirst() : nullptr;
+  RETURN_IF_ERROR(VertexWriter(record, vertex_data, positions, base, settings).Write(room, stride));
+  if (!isTarget)
+    init_positions = std::move(positions);
+  return {};
 }
 
 }  // namespace q7z

@@ -47,6 +47,30 @@ Result<void> VertexData::Init(const Vector* positions, Int32 vertices_count) noe
   return {};
 }
 
+Result<void> VertexData::CheckHostPoint(Int32 vertex_index) const noexcept
+{
+  CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _isProcessed.GetCount()));
+  return {};
+}
+
+Result<Int32> VertexData::AddVertexData(Int32 vertex_index, const Vector32& normal, const Vector32& uv, const VertexColor& color,
+                                        Bool skipLookup) noexcept
+{
+  CHECK_STATE(_isInitialized);
+  RETURN_IF_ERROR(CheckHostPoint(vertex_index));
+  const Key key{vertex_index, normal, uv, color};
+  const Int32 found = skipLookup ? kNone : Find(key);
+  if (found != kNone)
+    return found;
+  if (_isProcessed[vertex_index])
+    return AddCopy(key);
+  _normals[vertex_index] = normal;
+  _uvs[vertex_index] = uv;
+  _polygonColors[vertex_index] = color;
+  _isProcessed[vertex_index] = 1;
+  return vertex_index;
+}
+
 Result<void> VertexData::Reserve(Int vertexCount) noexcept
 {
   RETURN_IF_ERROR(_positions.Reserve(vertexCount));
@@ -199,6 +223,12 @@ Result<VertexColor> VertexData::GetPolygonColor(Int32 vertex_index) const noexce
   CHECK_STATE(_isInitialized);
   CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _polygonColors.GetCount()));
   return _polygonColors[vertex_index];
+}
+
+BaseArray<Vector> VertexData::TakePositions() noexcept
+{
+  _isInitialized = false;
+  return std::move(_positions);
 }
 
 BaseArray<Int32> VertexData::TakeHostPoints() noexcept

@@ -22,6 +22,8 @@ struct VertexColor
 class VertexData
 {
 public:
+  static constexpr Int32 kNone = -1;
+
   /// The host points are the first vertices, in their order, with a zero normal and UV and the colour (0, 0, 0, 1). Asked once.
   Result<void> Init(const Vector* positions, Int32 vertices_count) noexcept;
 
@@ -36,6 +38,12 @@ public:
 
   /// Appends a vertex that belongs to no host point. @return its index.
   Result<Int32> AddVertex(const Vector& position, const Vector32& normal, const Vector32& uv, const VertexColor& color) noexcept;
+
+  /// The lookup alone, for a host point. @return the vertex, or kNone when AddVertexData would have to give one its values.
+  Int32 FindVertex(Int32 point, const Vector32& normal, const Vector32& uv, const VertexColor& color) const noexcept
+  {
+    return Find({point, normal, uv, color});
+  }
 
   /// The error that AddVertexData gives for a number that is not the index of a host point.
   Result<void> CheckHostPoint(Int32 vertex_index) const noexcept;
@@ -54,11 +62,13 @@ public:
   const BaseArray<Vector32>& GetNormals() const noexcept { return _normals; }
   const BaseArray<Vector32>& GetUVs() const noexcept { return _uvs; }
   const BaseArray<VertexColor>& GetPolygonColors() const noexcept { return _polygonColors; }
-  /// Gives away, for each vertex, the host point that it came from (-1 for none); for the end, as no vertex can be added then.
+
+  // For the end, as nothing else can be asked then.
+  BaseArray<Vector> TakePositions() noexcept;
+  /// For each vertex the host point that it came from, kNone for none.
   BaseArray<Int32> TakeHostPoints() noexcept;
 
 private:
-  static constexpr Int32 kNone = -1;
   // The copies of a point that are looked through one by one; with more of them they are found by their hash.
   static constexpr Byte kLongestWalk = 16;
 
@@ -126,30 +136,6 @@ inline Int32 VertexData::Find(const Key& key) const noexcept
       return found;
   }
   return HasValues(key.point, key) ? key.point : kNone;
-}
-
-inline Result<Int32> VertexData::AddVertexData(Int32 vertex_index, const Vector32& normal, const Vector32& uv,
-                                               const VertexColor& color, Bool skipLookup) noexcept
-{
-  CHECK_STATE(_isInitialized);
-  RETURN_IF_ERROR(CheckHostPoint(vertex_index));
-  const Key key{vertex_index, normal, uv, color};
-  const Int32 found = skipLookup ? kNone : Find(key);
-  if (found != kNone)
-    return found;
-  if (_isProcessed[vertex_index])
-    return AddCopy(key);
-  _normals[vertex_index] = normal;
-  _uvs[vertex_index] = uv;
-  _polygonColors[vertex_index] = color;
-  _isProcessed[vertex_index] = 1;
-  return vertex_index;
-}
-
-inline Result<void> VertexData::CheckHostPoint(Int32 vertex_index) const noexcept
-{
-  CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _isProcessed.GetCount()));
-  return {};
 }
 
 }  // namespace q7z
