@@ -115,7 +115,12 @@ private:
   {
     std::string path;
     for (const Step& step : _path)
-      path = step.index >= 0 ? path + '[' + std::to_string(step.index) + ']' : JoinJsonPath(path, step.name);
+    {
+      if (step.index >= 0)
+        path.append("[").append(std::to_string(step.index)).append("]");
+      else
+        path = JoinJsonPath(path, step.name);
+    }
     return path;
   }
   Error Fail(std::string_view text) const { return MakeJsonError(GetPath(), text); }

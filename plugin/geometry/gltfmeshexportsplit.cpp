@@ -1,8 +1,7 @@
 // How polygon corners become vertices: what each corner has of normal, UV and colour, and the vertex that fits it.
 
-#include <cmath>
-
 #include <algorithm>
+#include <cmath>
 
 #include "plugin/geometry/gltfmeshexportparts.h"
 #include "plugin/module/hostids.h"
@@ -170,6 +169,9 @@ private:
     {
       Vector32& normal = normals[k];
       const Float32 length = normal.GetLength();
+      // One that is as near to unit length as its 32 bits can be stays, so that a file that is loaded and saved keeps its normals.
+      if (std::abs(length - 1) <= kUnitTolerance)
+        continue;
       if (length > 0)
         normal = {normal.x / length, normal.y / length, normal.z / length};
       else if (length == 0)
