@@ -145,6 +145,18 @@ Float HeadlessWeightTag::GetWeight(Int32 jointIndex, Int32 pointIndex) const noe
   return joint ? joint->weights.Get(pointIndex) : 0;
 }
 
+void HeadlessWeightTag::CopyWeights(Int32 jointIndex, Int32 firstPoint, Int32 count, Float* weights) const noexcept
+{
+  std::fill_n(weights, count, 0.0);
+  const Joint* const joint = FindJoint(jointIndex);
+  if (!joint)
+    return;
+  const BaseArray<PointWeight>& sorted = joint->weights.GetSorted();
+  const PointWeight* entry = std::lower_bound(sorted.begin(), sorted.end(), PointWeight{firstPoint, 0}, IsBefore);
+  for (; entry != sorted.end() && entry->point - firstPoint < count; ++entry)
+    weights[entry->point - firstPoint] = entry->weight;
+}
+
 Bool HeadlessWeightTag::SetWeight(Int32 jointIndex, Int32 pointIndex, Float weight) noexcept
 {
   Joint* const joint = FindJoint(jointIndex);

@@ -60,6 +60,8 @@ public:
   HeadlessObject* GetJoint(Int32 jointIndex) const noexcept;
 
   Float GetWeight(Int32 jointIndex, Int32 pointIndex) const noexcept;
+  /// The weights of count points from firstPoint on.
+  void CopyWeights(Int32 jointIndex, Int32 firstPoint, Int32 count, Float* weights) const noexcept;
   /// @return false for an index out of range (points are those of the object that the tag is on) or without memory.
   Bool SetWeight(Int32 jointIndex, Int32 pointIndex, Float weight) noexcept;
   /// The joint's weights in point order, those of 0 included; jointIndex is in range.

@@ -22,6 +22,10 @@ public:
   {
     return ToHeadless(tag)->GetWeight(jointIndex, pointIndex);
   }
+  void GetWeights(const HostWeightTag* tag, Int32 jointIndex, Int32 firstPoint, Int32 count, Float* weights) noexcept override
+  {
+    ToHeadless(tag)->CopyWeights(jointIndex, firstPoint, count, weights);
+  }
   Bool SetWeight(HostWeightTag* tag, Int32 jointIndex, Int32 pointIndex, Float weight) noexcept override
   {
     return ToHeadless(tag)->SetWeight(jointIndex, pointIndex, weight);

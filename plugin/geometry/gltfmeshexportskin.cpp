@@ -88,6 +88,24 @@ Result<BaseArray<Int32>> FindJoints(const HostWeightTag* tag, HostDocument* doc)
   return joints;
 }
 
+/// Points whose influences stay in the cache while joint after joint is asked for their weights.
+constexpr Int kBlockPoints = 256;
+
+void CollectBlock(const HostWeightTag* tag, const BaseArray<Int32>& tagJoints, Int firstPoint, Int count, VertexJoints* joints,
+                  VertexWeights* weights) noexcept
+{
+  Influences influences[kBlockPoints];
+  Float jointWeights[kBlockPoints];
+  for (Int number = 0; number < tagJoints.GetCount(); ++number)
+  {
+    tag->GetWeights(tagJoints[number], static_cast<Int32>(firstPoint), static_cast<Int32>(count), jointWeights);
+    for (Int i = 0; i < count; ++i)
+      influences[i].Insert(jointWeights[i], number);
+  }
+  for (Int i = 0; i < count; ++i)
+    influences[i].CopyTo(joints[i], weights[i]);
+}
+
 /// Gives the vertices behind the host points the values of their points.
 template <typename T>
 void SpreadToCopies(const BaseArray<Int32>& vertexPoints, Int pointCount, BaseArray<T>& values) noexcept
@@ -105,14 +123,9 @@ Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonOb
   RETURN_IF_ERROR(joints.Resize(record.vertexPoints.GetCount()));
   RETURN_IF_ERROR(weights.Resize(record.vertexPoints.GetCount()));
   ASSIGN_OR_RETURN(const BaseArray<Int32> tagJoints, FindJoints(tag, doc));
-  const Int32 pointCount = op->GetPointCount();
-  for (Int32 point = 0; point < pointCount; ++point)
-  {
-    Influences influences;
-    for (Int number = 0; number < tagJoints.GetCount(); ++number)
-      influences.Insert(tag->GetWeight(tagJoints[number], point), number);
-    influences.CopyTo(joints[point], weights[point]);
-  }
+  const Int pointCount = op->GetPointCount();
+  for (Int first = 0; first < pointCount; first += kBlockPoints)
+    CollectBlock(tag, tagJoints, first, std::min(pointCount - first, kBlockPoints), &joints[first], &weights[first]);
   SpreadToCopies(record.vertexPoints, pointCount, joints);
   SpreadToCopies(record.vertexPoints, pointCount, weights);
   return {};

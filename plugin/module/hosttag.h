@@ -276,6 +276,12 @@ public:
   virtual Int32 GetJointCount(const HostWeightTag* tag) noexcept = 0;
   virtual HostObject* GetJoint(const HostWeightTag* tag, Int32 jointIndex, HostDocument* document) noexcept = 0;
   virtual Float GetWeight(const HostWeightTag* tag, Int32 jointIndex, Int32 pointIndex) noexcept = 0;
+  /// The weights of count points from firstPoint on, as GetWeight gives them; here by asking for each.
+  virtual void GetWeights(const HostWeightTag* tag, Int32 jointIndex, Int32 firstPoint, Int32 count, Float* weights) noexcept
+  {
+    for (Int32 i = 0; i < count; ++i)
+      weights[i] = GetWeight(tag, jointIndex, firstPoint + i);
+  }
   /// @return false for an index out of range or without memory.
   virtual Bool SetWeight(HostWeightTag* tag, Int32 jointIndex, Int32 pointIndex, Float weight) noexcept = 0;
   /// Takes the present global matrices of the object and the joints as the bind pose.
@@ -297,6 +303,10 @@ public:
   Float GetWeight(Int32 jointIndex, Int32 pointIndex) const noexcept
   {
     return g_hostTables->weight->GetWeight(this, jointIndex, pointIndex);
+  }
+  void GetWeights(Int32 jointIndex, Int32 firstPoint, Int32 count, Float* weights) const noexcept
+  {
+    g_hostTables->weight->GetWeights(this, jointIndex, firstPoint, count, weights);
   }
   Bool SetWeight(Int32 jointIndex, Int32 pointIndex, Float weight) noexcept
   {

@@ -107,6 +107,26 @@ TEST_F(SkinExport, CopiesHaveTheWeightsOfTheirPoint)
   EXPECT_EQ(mesh.record.weightView.GetByteLength(), 5 * 16);
 }
 
+TEST_F(SkinExport, EveryPointOfALargeObjectHasItsOwn)
+{
+  constexpr Int32 kCount = 1000;
+  HostPolygonObject* const op = Make(std::vector<Vector>(kCount), {{0, 1, 2, 2}});
+  HostWeightTag* const tag = Bind(op, {{kJoint, 0}, {kJoint, 0}});
+  for (Int32 i = 0; i < kCount; ++i)
+    tag->SetWeight(i % 2, i, 1 + i);
+  const CollectedMesh mesh = Collect(op);
+  const std::vector<Float> joints = mesh.Joints();
+  const std::vector<Float> weights = mesh.Weights();
+  ASSERT_EQ(joints.size(), 4u * kCount);
+  ASSERT_EQ(weights.size(), 4u * kCount);
+  for (Int32 i = 0; i < kCount; ++i)
+  {
+    ASSERT_EQ(joints[4 * i], i % 2) << i;
+    ASSERT_EQ(weights[4 * i], 1 + i) << i;
+    ASSERT_EQ(weights[4 * i + 1], 0) << i;
+  }
+}
+
 TEST_F(SkinExport, TagWithoutJointsIsNoSkin)
 {
   HostPolygonObject* const op = MakeQuad();

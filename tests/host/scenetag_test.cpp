@@ -3,6 +3,8 @@
 #include <atomic>
 #include <thread>
 
+#include <gmock/gmock.h>
+
 #include "host/scene/headlessalias.h"
 #include "host/scene/headlessposemorphtag.h"
 #include "host/scene/headlesstag.h"
@@ -243,6 +245,13 @@ TEST_F(SceneTag, WeightsAreFoundInAnyOrderOfSetting)
   EXPECT_EQ(tag->GetWeight(1, 1), 0.8);
   EXPECT_EQ(tag->GetWeight(1, 3), 0);
   EXPECT_EQ(tag->GetWeight(0, 5), 0);
+  Float weights[3] = {9, 9, 9};
+  tag->GetWeights(1, 4, 3, weights);
+  EXPECT_THAT(weights, testing::ElementsAre(0, 0.9, 0));
+  tag->GetWeights(1, 1, 2, weights);
+  EXPECT_THAT(weights, testing::ElementsAre(0.8, 0.2, 0)) << "only two were asked for";
+  tag->GetWeights(2, 0, 3, weights);
+  EXPECT_THAT(weights, testing::ElementsAre(0, 0, 0)) << "no such joint";
 
   const BaseArray<PointWeight>& sorted = ToHeadless(tag)->GetWeights(1);
   const std::vector<PointWeight> expected = {{0, 0}, {1, 0.8}, {2, 0.2}, {5, 0.9}, {7, 0.7000000000000001}};
