@@ -44,7 +44,8 @@ struct OptionTable
 const OptionTable& GetImportOptions();
 const OptionTable& GetExportOptions();
 
-/// The export option that decides the form of the file.
+/// The export options that q7z sets itself when the command line does not.
+inline constexpr int kExportMorphsOption = 1015;
 inline constexpr int kFileFormatOption = 1027;
 
 /// What people call a type.

@@ -1,5 +1,6 @@
 // The saving half of a session.
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <filesystem>
 
 #include "app/exitcode.h"
+#include "app/options.h"
 #include "app/session.h"
 #include "host/services/platform.h"
 #include "host/services/wholefile.h"
@@ -58,6 +60,26 @@ std::string CopyToStream(const std::string& path, std::FILE* stream)
   }
 }
 
+bool HasMorphs(const HeadlessDocument& document)
+{
+  for (const HeadlessObject* object = document.GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
+  {
+    if (object->FindTag(kPoseMorphTagType) || object->GetTracks()->Find(HostDescId(kPointTrackParameter)))
+      return true;
+  }
+  return false;
+}
+
+/// The saver keeps a vertex for each corner while it exports morphs, whether an object has any or not. A document without morphs is
+/// saved without them unless they were asked for, so that corners share their vertices.
+void LeaveMorphsOut(const HeadlessDocument& document, std::vector<std::pair<int, HostValue>>& parameters)
+{
+  const bool isChosen = std::any_of(parameters.begin(), parameters.end(),
+                                    [](const auto& parameter) { return parameter.first == kExportMorphsOption; });
+  if (!isChosen && !HasMorphs(document))
+    parameters.emplace_back(kExportMorphsOption, HostValue(false));
+}
+
 }  // namespace
 
 int Session::SaveOutput()
@@ -97,6 +119,7 @@ int Session::SaveInto(const std::string& path)
   SaveRequest request;
   request.path = path;
   request.parameters = _arguments.exportParameters;
+  LeaveMorphsOut(*_document, request.parameters);
   request.job = _bar.IsEnabled() ? &_job : nullptr;
   const SaveReport saved = _host->Save(request, *_document);
   StopTimer("save");
