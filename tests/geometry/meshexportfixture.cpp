@@ -27,7 +27,8 @@ Float ReadComponent(const Byte* bytes, UInt32 componentType)
 std::vector<Float> Numbers(const Result<Data>& bound)
 {
   std::vector<Float> numbers;
-  for (const Data& value : bound.GetValue().GetArray().GetValue())
+  const DataArrayView values = bound.GetValue().GetArray().GetValue();
+  for (const Data& value : values)
     numbers.push_back(value.GetFloat().GetValue());
   return numbers;
 }
