@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "host/scene/headlesstag.h"
 #include "tests/geometry/meshexportfixture.h"
 
 namespace q7z::test
@@ -324,6 +325,19 @@ TEST_F(MeshExport, ColorsPerCornerSplitAndColorsPerPointDoNot)
   EXPECT_FALSE(mesh.record.polygonColors.isUsed);
   EXPECT_TRUE(mesh.record.vertexColors.isUsed);
   EXPECT_THAT(mesh.VertexColors(), ElementsAre(0, 0, 0, 1, 0.25, 0.5, 0.75, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0.25, 0.5, 0.75, 1));
+}
+
+TEST_F(MeshExport, ColorsForFewerThanThereAre)
+{
+  HostPolygonObject* const op = MakeQuad();
+  HostVertexColorTag* const tag = AddColors(op, false);
+  for (const Bool perPoint : {false, true})
+  {
+    ASSERT_TRUE(ToHeadless(tag)->Resize(1, perPoint));  // one polygon, then one point
+    tag->GetHandleW().colors[0] = 0.5f;
+    const CollectedMesh mesh = Collect(op);
+    EXPECT_THAT(perPoint ? mesh.VertexColors() : mesh.Colors(), ElementsAre(0.5, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1));
+  }
 }
 
 TEST_F(MeshExport, TargetHoldsTheDistancesOfEveryVertex)
