@@ -16,7 +16,6 @@ namespace
 
 namespace exchangekeys
 {
-const DataKey kSpaceId("spaceId");
 const DataKey kMaterialTypes("materialTypes");
 const DataKey kGltfBundle("net.tarno.material.portbundle.gltf");
 const DataKey kTextureSupport("textureSupport");
@@ -89,7 +88,7 @@ Result<void> GLTFExporter::SetupMaterialExchange() noexcept
   RETURN_IF_ERROR(materialTypes.Set(exchangekeys::kGltfBundle, Data(0)));
   ASSIGN_OR_RETURN(Data dimensions, MakeIntegerPair(_options.textureWidth, _options.textureHeight));
 
-  RETURN_IF_ERROR(_exchangeData.Set(exchangekeys::kSpaceId, Data(HostGetActiveNodeSpace())));
+  RETURN_IF_ERROR(_exchangeData.Set(keys::kSpaceId, Data(HostGetActiveNodeSpace())));
   RETURN_IF_ERROR(_exchangeData.Set(exchangekeys::kMaterialTypes, Data(std::move(materialTypes))));
   RETURN_IF_ERROR(_exchangeData.Set(exchangekeys::kTextureSupport, Data(_options.exportTextures)));
   RETURN_IF_ERROR(_exchangeData.Set(exchangekeys::kTextureResize, Data(GetTextureResize(_options.textureResizeMode))));
