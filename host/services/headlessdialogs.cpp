@@ -78,8 +78,20 @@ Bool HeadlessDialogs::RunWorkerDialog(HostWorkerClient* client, Int32* result) n
   catch (const std::exception& error)
   {
     // The thread could not be started, or there is no memory for it.
-    _failure.assign(error.what());
+    NoteFailure(error.what());
     return false;
+  }
+}
+
+void HeadlessDialogs::NoteFailure(const char* reason) noexcept
+{
+  try
+  {
+    _failure = reason;
+  }
+  catch (...)
+  {
+    _failure = "out of memory";  // short enough to need none
   }
 }
 

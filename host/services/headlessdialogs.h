@@ -50,6 +50,8 @@ public:
   Int BaseMessage(HostDialogBase*, Int32) noexcept override { return 0; }
 
 private:
+  void NoteFailure(const char* reason) noexcept;
+
   HeadlessJob* _job = nullptr;
   std::atomic<Float> _progress{0};
   std::string _failure;
