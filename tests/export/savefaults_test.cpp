@@ -1,0 +1,472 @@
+// Whatever fails in a save, and wherever it is cancelled: the status tells it, nothing is left over, the user's document is as it was,
+// and the next save writes what the first one wrote.
+
+#include <atomic>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "framework/check.h"
+#include "plugin/module/hostdialog.h"
+#include "plugin/module/hostfile.h"
+#include "plugin/module/hostservices.h"
+#include "tests/export/preprocessorfixture.h"
+#include "tests/export/savedfile.h"
+#include "tests/export/savefolder.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+// An animated mesh that its selections split, with a tag of each kind of data; an instance of it; a group, hidden and shown meshes,
+// a camera, and a branch with nothing in it.
+constexpr const char* kScene = R"("name": "something of everything",
+  "parameters": {"1001": 2, "1002": {"time": [0,1]}, "1003": {"time": [1,1]}, "2002": "by hand"},
+  "materials": [{"id": 50, "type": 5703, "name": "Red", "channels": {}}, {"id": 51, "type": 5703, "name": "Blue", "channels": {}}],
+  "objects": [
+    {"id": 1, "type": 5100, "name": "Cut", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0, 0,200,0],
+     "polygons": [0,1,3,2, 2,3,4,4, 4,3,2,2], "tags": [
+       {"id": 2, "type": 5711, "normals": [0,0,1, 0,0,1, 0,0,1, 0,0,1, 0,0,1, 1,0,0, 0,1,0, 0,1,0, 0,0,-1, 0,0,-1, 0,0,-1, 0,0,-1]},
+       {"id": 3, "type": 5671, "uvws": [0,0,0, 1,0,0, 1,1,0, 0,1,0, 0,1,0, 1,1,0, 0,0,0, 0,0,0, 0,0,0, 1,1,0, 0,1,0, 0,1,0]},
+       {"id": 4, "type": 431000045, "perPoint": true, "colors": [1,0,0,1, 0,1,0,0.5, 0,0,1,0, 1,1,1,1, 0,0,0,1]},
+       {"id": 5, "type": 5673, "name": "a", "polygons": [[0,0]]},
+       {"id": 6, "type": 5673, "name": "b", "polygons": [[1,1]]},
+       {"id": 7, "type": 5616, "name": "t", "material": 50, "parameters": {"1006": "a"}},
+       {"id": 8, "type": 5616, "name": "u", "material": 51, "parameters": {"1006": "b"}}],
+     "tracks": [{"id": [[903,23,0],[1000,19,0]], "keys": [{"time": [0,1], "value": 0.0, "interpolation": 2},
+       {"time": [1,1], "value": 100.0, "interpolation": 2}]}],
+     "children": [{"id": 9, "type": 5100, "name": "Round", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,50],
+       "polygons": [0,1,2,2, 1,3,2,2], "tags": [{"id": 10, "type": 5612, "on": true, "limit": false, "angle": 0.7}]}]},
+    {"id": 20, "type": 5126, "name": "Shown again, under a name that takes memory", "position": [300,0,0], "reference": 1},
+    {"id": 30, "type": 5140, "name": "Group", "rotation": [0.5,0,0], "children": [
+      {"id": 31, "type": 5103, "name": "Eye", "parameters": {"1001": 0, "1008": 1.0, "4600": 0.5}},
+      {"id": 32, "type": 5140, "name": "Empty"},
+      {"id": 33, "type": 5100, "name": "Hidden", "editor": 1, "render": 1, "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2]},
+      {"id": 34, "type": 5100, "name": "Painted", "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2], "tags": [
+        {"id": 35, "type": 431000045, "perPoint": false, "colors": [1,0,0,1, 0,1,0,1, 0,0,1,1, 0,0,1,1]}]}]}])";
+
+class SaveFaults : public testing::Test
+{
+protected:
+  SaveFaults() : _document(ReadScene(SceneText(kScene))), _text(WriteScene(*_document)) {}
+
+  void UseForm(Int32 format) { _request.parameters = {{kFileFormatParameter, format}, {kBakeAnimationParameter, true}}; }
+  SaveRequest& Request() { return _request; }
+  HostTables& Tables() { return _host.Host().GetTables(); }
+  HeadlessHost& Host() { return _host.Host(); }
+  const std::vector<std::string>& Diagnostics() const { return _host.Diagnostics(); }
+
+  /// One save; whatever becomes of it, the scene is as it was. Arms a failure just before.
+  template <typename Arm>
+  Int32 Save(Arm arm)
+  {
+    const SceneCounts before;
+    _request.path = _folder.File();
+    arm();
+    _report = Host().Save(_request, *_document);
+    _failures = StopFailingAllocations();
+    EXPECT_EQ(SceneCounts(), before);
+    EXPECT_EQ(WriteScene(*_document), _text) << "the save has changed the document";
+    EXPECT_FALSE(_folder.HasAnythingElse()) << "a temporary file is left";
+    _hasFile = _folder.HasFile();
+    _bytes = _folder.TakeBytes();
+    return _report.returnValue;
+  }
+  Int32 Save()
+  {
+    return Save([] {});
+  }
+
+  /// What a save writes when nothing fails.
+  std::string SaveWell()
+  {
+    EXPECT_EQ(Save(), 0) << _report.error;
+    EXPECT_NE(_bytes, "");
+    return _bytes;
+  }
+
+  SaveReport _report;
+  Int _failures = 0;
+  Bool _hasFile = false;
+  std::string _bytes;
+
+private:
+  TestHost _host;
+  HeadlessOwner<HeadlessDocument> _document;  // goes before the host
+  const std::string _text;
+  SaveFolder _folder;
+  SaveRequest _request;
+};
+
+struct MemoryCase
+{
+  std::string name;
+  Int32 format;
+  Int count;           // of allocations that fail, one behind the other
+  bool isOnItsThread;  // the save runs on the thread of a progress dialog
+};
+
+void PrintTo(const MemoryCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+class SaveMemory : public SaveFaults, public testing::WithParamInterface<MemoryCase>
+{
+protected:
+  /// A failed allocation never ends in another file. Some of the host's operations say only that they failed, which is a state that
+  /// the saver did not expect.
+  void ExpectTheFailureToBeTold(const std::string& good)
+  {
+    if (_report.returnValue == 0)
+    {
+      EXPECT_EQ(_hasFile, _report.Succeeded()) << _report.error;
+      EXPECT_THAT(_report.error, testing::AnyOf("", testing::StartsWith("the save could not be started: ")));
+      EXPECT_TRUE(!_hasFile || _bytes == good) << "another file";
+      return;
+    }
+    EXPECT_THAT(_report.returnValue, testing::AnyOf(-6, -7));
+    const char* const expected = _report.returnValue == -6 ? "The file could not be saved: Illegal state: Condition "
+                                                           : "The file could not be saved: Out of memory.";
+    EXPECT_THAT(_report.error, testing::AnyOf(testing::StartsWith(expected), "out of memory"));
+    EXPECT_TRUE(GetParam().format == kGlbFormat || !_hasFile) << "the text form is written whole or not at all";
+    EXPECT_TRUE(good.starts_with(_bytes));
+  }
+};
+
+TEST_P(SaveMemory, EveryAllocationFailsOnce)
+{
+  UseForm(GetParam().format);
+  HeadlessJob job;
+  Request().job = GetParam().isOnItsThread ? &job : nullptr;
+  const std::string good = SaveWell();
+  Int outOfMemory = 0;
+  Int failAt = 1;
+  for (;; ++failAt)
+  {
+    Save([&] { FailAllocation(failAt, GetParam().count); });
+    if (!_failures)
+      break;
+    ExpectTheFailureToBeTold(good);
+    outOfMemory += _report.returnValue == -7;
+    if (failAt % 16 == 0)
+    {
+      EXPECT_EQ(SaveWell(), good);
+    }
+    ASSERT_FALSE(HasFailure()) << "allocation " << failAt;
+  }
+  EXPECT_GT(outOfMemory, failAt / 2);
+  EXPECT_EQ(SaveWell(), good);
+}
+
+const MemoryCase kMemoryCases[] = {
+  {"TextOne", kGltfFormat, 1, false},
+  {"TextAllFollowing", kGltfFormat, Int(1) << 40, false},
+  {"BinaryOne", kGlbFormat, 1, false},
+  {"BinaryAllFollowing", kGlbFormat, Int(1) << 40, false},
+  {"BinaryOneOnItsThread", kGlbFormat, 1, true},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SaveMemory, testing::ValuesIn(kMemoryCases), RowName());
+
+// The calls that a save makes of the file system, of which one can be made to fail.
+class FaultyFiles final : public HostFileTable
+{
+public:
+  explicit FaultyFiles(HostFileTable* base) noexcept : _base(base) {}
+  Int failAt = -1;  // counted from 0
+  Int calls = 0;
+
+  HostFile* Alloc() noexcept override { return Fails() ? nullptr : _base->Alloc(); }
+  void Free(HostFile* file) noexcept override { _base->Free(file); }
+  Bool Open(HostFile* file, const HostFilename& name, FILEOPEN mode, FILEDIALOG dialog, BYTEORDER order, UInt32 type,
+            UInt32 creator) noexcept override
+  {
+    return !Fails() && _base->Open(file, name, mode, dialog, order, type, creator);
+  }
+  Bool Close(HostFile* file) noexcept override { return _base->Close(file) && !Fails(); }
+  Bool WriteBytes(HostFile* file, const void* source, Int byteCount) noexcept override
+  {
+    return !Fails() && _base->WriteBytes(file, source, byteCount);
+  }
+  Bool Seek(HostFile*, Int) noexcept override { return false; }
+  Int GetPosition(const HostFile* file) noexcept override { return _base->GetPosition(file); }
+  Int GetLength(const HostFile* file) noexcept override { return _base->GetLength(file); }
+  Int ReadBytes(HostFile*, void*, Int) noexcept override { return -1; }
+  Bool ReadUInt32(HostFile*, UInt32*) noexcept override { return false; }
+  Bool Exists(const HostFilename& name) noexcept override { return _base->Exists(name); }
+
+private:
+  Bool Fails() noexcept { return calls++ == failAt; }
+  HostFileTable* _base;
+};
+
+#define OPEN(MODE)                                              \
+  "Illegal state: Condition bf->Open(filename, FILEOPEN::" MODE \
+  ", FILEDIALOG::ANY, BYTEORDER::V_MOTOROLA, 'Q7ZC', 'Q7Z1') not fulfilled."
+constexpr const char* kNoFile = "Out of memory.";
+constexpr const char* kClose = "Illegal state: Condition bf->Close() not fulfilled.";
+constexpr const char* kWriteHeader = "Illegal state: Condition bf->WriteBytes(this, sizeof(UInt32) * 3) not fulfilled.";
+constexpr const char* kWriteChunkHeader = "Illegal state: Condition bf->WriteBytes(this, sizeof(UInt32) * 2) not fulfilled.";
+constexpr const char* kWriteChunk =
+  "Illegal state: Condition bf->WriteBytes(chunkData.ToBlock().GetFirst(), sizeof(Char) * _chunkLength) not fulfilled.";
+
+// What each call says when it fails, in their order: the file is emptied, then the header and the two chunks are appended.
+constexpr const char* kBinaryCalls[] = {kNoFile,     OPEN("WRITE"),  kClose,  //
+                                        kNoFile,     OPEN("APPEND"), kWriteHeader,
+                                        kClose,  //
+                                        kNoFile,     OPEN("APPEND"), kWriteChunkHeader,
+                                        kWriteChunk, kClose,  //
+                                        kNoFile,     OPEN("APPEND"), kWriteChunkHeader,
+                                        kWriteChunk, kClose};
+#undef OPEN
+
+TEST_F(SaveFaults, EveryFileCallOfTheBinaryFormFailsOnce)
+{
+  UseForm(kGlbFormat);
+  const std::string good = SaveWell();
+  FaultyFiles files(Tables().file);
+  Tables().file = &files;
+  for (const char* const message : kBinaryCalls)
+  {
+    ++files.failAt;
+    files.calls = 0;
+    EXPECT_EQ(Save(), message == kNoFile ? -7 : -6) << "call " << files.failAt;
+    EXPECT_EQ(files.calls, files.failAt + 1) << "it went on behind the failure";
+    EXPECT_EQ(_report.error, std::string("The file could not be saved: ") + message);
+    EXPECT_THAT(Diagnostics().back(), testing::StartsWith(std::string("The file could not be saved: ") + message + " ["));
+    EXPECT_TRUE(good.starts_with(_bytes)) << "call " << files.failAt;
+  }
+  files.failAt = -1;
+  files.calls = 0;
+  EXPECT_EQ(SaveWell(), good);
+  EXPECT_EQ(files.calls, static_cast<Int>(std::size(kBinaryCalls)));
+}
+
+TEST_F(SaveFaults, TheTextFormNeedsNoFileCall)
+{
+  UseForm(kGltfFormat);
+  FaultyFiles files(Tables().file);
+  Tables().file = &files;
+  SaveWell();
+  EXPECT_EQ(files.calls, 0);
+}
+
+// Fails to write.
+class FaultyUrls final : public HostUrlService
+{
+public:
+  ErrorClass errorClass = ErrorClass::kIo;
+
+  HostFileSystemType GetType(const Url&) noexcept override { return HostFileSystemType::kNone; }
+  Result<void> Write(const Url&, const Byte*, Int) noexcept override { return MAKE_ERROR(errorClass, "No room left."_s); }
+  Result<void> CreateFolder(const Url&) noexcept override { return {}; }
+  Result<Url> GetBaseFolder() noexcept override { return Url(); }
+};
+
+struct StatusCase
+{
+  const char* name;
+  ErrorClass errorClass;
+  Int32 status;
+};
+
+void PrintTo(const StatusCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+class SaveStatus : public SaveFaults, public testing::WithParamInterface<StatusCase>
+{};
+
+TEST_P(SaveStatus, FollowsTheErrorsClass)
+{
+  UseForm(kGltfFormat);
+  FaultyUrls urls;
+  urls.errorClass = GetParam().errorClass;
+  Host().ReplaceService(HostUrlService::kId, static_cast<HostUrlService*>(&urls));
+  EXPECT_EQ(Save(), GetParam().status);
+  EXPECT_EQ(_report.error, "The file could not be saved: No room left.");
+  EXPECT_FALSE(_hasFile);
+}
+
+const StatusCase kStatusCases[] = {
+  {"IllegalState", ErrorClass::kIllegalState, -6},
+  {"IllegalArgument", ErrorClass::kIllegalArgument, -6},
+  {"NullPtr", ErrorClass::kNullPtr, -100},
+  {"OutOfMemory", ErrorClass::kOutOfMemory, -7},
+  {"Io", ErrorClass::kIo, -100},
+  {"Unexpected", ErrorClass::kUnexpected, -100},
+  {"UnsupportedOperation", ErrorClass::kUnsupportedOperation, -100},
+  {"FunctionNotImplemented", ErrorClass::kFunctionNotImplemented, -100},
+  {"OperationCancelled", ErrorClass::kOperationCancelled, -8},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SaveStatus, testing::ValuesIn(kStatusCases), RowName());
+
+struct MissingCase
+{
+  const char* name;
+  const char* id;
+  Int32 format;
+  const char* message;  // null when the save does without
+};
+
+void PrintTo(const MissingCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+class SaveWithoutService : public SaveFaults, public testing::WithParamInterface<MissingCase>
+{};
+
+TEST_P(SaveWithoutService, FailsOnlyWhenItIsNeeded)
+{
+  UseForm(GetParam().format);
+  const std::string good = SaveWell();
+  Host().ReplaceService(GetParam().id, nullptr);
+  EXPECT_EQ(Save(), GetParam().message ? -100 : 0);
+  EXPECT_EQ(_bytes, GetParam().message ? "" : good);
+  EXPECT_EQ(_report.error, GetParam().message ? std::string("The file could not be saved: ") + GetParam().message : "");
+}
+
+const MissingCase kMissingCases[] = {
+  {"JsonOfText", HostJson::kId, kGltfFormat, "The host offers no JSON writer."},
+  {"JsonOfBinary", HostJson::kId, kGlbFormat, "The host offers no JSON writer."},
+  {"Base64OfText", HostBase64Encoder::kId, kGltfFormat, "The host offers no base64 encoder."},
+  {"Base64OfBinary", HostBase64Encoder::kId, kGlbFormat, nullptr},
+  {"UrlsOfText", HostUrlService::kId, kGltfFormat, "The host offers no file access by location."},
+  {"UrlsOfBinary", HostUrlService::kId, kGlbFormat, nullptr},
+  {"Jobs", HostJobs::kId, kGltfFormat, nullptr},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SaveWithoutService, testing::ValuesIn(kMissingCases), RowName());
+
+// A progress dialog without a thread, whose user cancels at the n-th question.
+class DirectDialogs final : public HostDialogTable
+{
+public:
+  Bool mayShow = true;
+  Bool canOpen = true;
+  int cancelAt = 0;
+  std::atomic<int> questions{0};
+  int opened = 0;
+  int begun = 0;
+  int ended = 0;
+
+  void ShowMessage(const String&) noexcept override {}
+  Bool MayShowDialog() noexcept override { return mayShow; }
+  void BeginBackgroundWork(Int32) noexcept override { ++begun; }
+  void EndBackgroundWork() noexcept override { ++ended; }
+  Bool RunWorkerDialog(HostWorkerClient* client, Int32* result) noexcept override
+  {
+    ++opened;
+    if (canOpen)
+      *result = client->Run();
+    return canOpen;
+  }
+  void SetWorkerProgress(Float) noexcept override {}
+  Bool IsWorkerCancelled() noexcept override { return ++questions == cancelAt; }
+  HostDialogBase* Alloc(HostDialogClient*) noexcept override { return nullptr; }
+  void Free(HostDialogBase*) noexcept override {}
+  Bool Open(HostDialogBase*, Int32, Int32, Int32, Int32, Int32, Int32) noexcept override { return false; }
+  Bool IsOpen(const HostDialogBase*) noexcept override { return false; }
+  Bool RestoreLayout(HostDialogBase*, Int32, void*) noexcept override { return false; }
+  void SetTitle(HostDialogBase*, const String&) noexcept override {}
+  Bool BeginMenu(HostDialogBase*, const String&) noexcept override { return false; }
+  Bool AddMenuItem(HostDialogBase*, Int32, const String&) noexcept override { return false; }
+  void EndMenu(HostDialogBase*) noexcept override {}
+  void SetMenuCheck(HostDialogBase*, Int32, Bool) noexcept override {}
+  Bool BeginGroup(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override { return false; }
+  void SetGroupBorderSpace(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override {}
+  void EndGroup(HostDialogBase*) noexcept override {}
+  Bool AddMultiLineText(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override { return false; }
+  void AddSeparator(HostDialogBase*) noexcept override {}
+  Bool GetText(HostDialogBase*, Int32, String&) noexcept override { return false; }
+  Bool SetText(HostDialogBase*, Int32, const String&) noexcept override { return false; }
+  Bool BaseCommand(HostDialogBase*, Int32) noexcept override { return false; }
+  Int BaseMessage(HostDialogBase*, Int32) noexcept override { return 0; }
+};
+
+class SaveDialog : public SaveFaults, public testing::WithParamInterface<Int32>
+{
+protected:
+  SaveDialog()
+  {
+    UseForm(GetParam());
+    Tables().dialog = &_dialogs;
+    Request().flags |= kLoadDialogsAllowed;
+  }
+  DirectDialogs _dialogs;
+};
+
+TEST_P(SaveDialog, EveryQuestionCanCancel)
+{
+  const std::string good = SaveWell();
+  const int questions = _dialogs.questions;
+  for (_dialogs.cancelAt = 1; _dialogs.cancelAt <= questions; ++_dialogs.cancelAt)
+  {
+    _dialogs.questions = 0;
+    ASSERT_EQ(Save(), -8) << "question " << _dialogs.cancelAt;
+    ASSERT_EQ(_report.error, "The file could not be saved: The save was cancelled.");
+    ASSERT_FALSE(_hasFile) << "question " << _dialogs.cancelAt;
+    ASSERT_LE(_dialogs.questions, _dialogs.cancelAt + 1) << "it went on";
+  }
+  // One ahead of all, one for each of two selections, one for each of three frames and of the objects in it, one for each converted
+  // and each written object, one behind all; at least four meshes and two groups are there.
+  EXPECT_GT(questions, 1 + 2 + 3 * (1 + 6) + 6 + 6 + 1);
+  _dialogs.questions = 0;
+  EXPECT_EQ(SaveWell(), good) << "the cancelled save is forgotten";
+  EXPECT_EQ(_dialogs.questions, questions);
+}
+
+TEST_P(SaveDialog, ThatDoesNotOpenLeavesNothingWritten)
+{
+  _dialogs.canOpen = false;
+  EXPECT_EQ(Save(), 0);
+  EXPECT_FALSE(_hasFile);
+  EXPECT_EQ(_dialogs.begun, 1);
+  EXPECT_EQ(_dialogs.ended, 1);
+  _dialogs.canOpen = true;
+  SaveWell();
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, SaveDialog, testing::Values(kGltfFormat, kGlbFormat),
+                         [](const auto& row) { return row.param == kGlbFormat ? "Binary" : "Text"; });
+
+struct DialogCase
+{
+  const char* name;
+  Bool mayShow;
+  Int32 flags;
+  int opened;
+};
+
+void PrintTo(const DialogCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+class SaveDialogChoice : public SaveFaults, public testing::WithParamInterface<DialogCase>
+{};
+
+TEST_P(SaveDialogChoice, TakesHostAndFlag)
+{
+  UseForm(kGlbFormat);
+  DirectDialogs dialogs;
+  dialogs.mayShow = GetParam().mayShow;
+  Tables().dialog = &dialogs;
+  Request().flags = GetParam().flags;
+  SaveWell();
+  EXPECT_EQ(dialogs.opened, GetParam().opened);
+  EXPECT_EQ(dialogs.begun, GetParam().opened);
+  EXPECT_EQ(dialogs.ended, 1);
+  EXPECT_EQ(dialogs.questions > 0, GetParam().opened > 0) << "only a dialog can be asked";
+}
+
+const DialogCase kDialogCases[] = {{"Both", true, 1 | 8, 1},
+                                   {"FlagAlone", false, 1 | 8, 0},
+                                   {"HostAlone", true, 1, 0},
+                                   {"OtherFlags", true, 1 | 2 | 4, 0}};
+INSTANTIATE_TEST_SUITE_P(Rows, SaveDialogChoice, testing::ValuesIn(kDialogCases), RowName());
+
+}  // namespace
+}  // namespace q7z::test
