@@ -72,6 +72,8 @@ Result<Bool> FillInLoadedData(GltfData* gltfData, const DataDictionary& jsonGLTF
 {
   CHECK_ARGUMENT(gltfData);
   ReadAsset(jsonGLTF, *gltfData);
+  if (options.IsCameras())
+    RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kCameras, gltfData->cameras));
   if (options.IsGeometry())
     RETURN_IF_ERROR(ReadGeometry(jsonGLTF, *gltfData));
   if (options.IsSkins())

@@ -5,6 +5,7 @@
 
 #include "framework/hashmap.h"
 #include "plugin/document/gltfaccessor.h"
+#include "plugin/document/gltfcamera.h"
 #include "plugin/document/gltfnode.h"
 #include "plugin/document/gltfprimitive.h"
 
@@ -25,6 +26,7 @@ struct GltfData
 
   HashMap<Int, GltfScene> scenes;
   HashMap<Int, GltfNode> nodes;
+  HashMap<Int, GltfCameraRecord> cameras;
   HashMap<Int, GltfMesh> meshes;
   HashMap<Int32, GltfAccessor> accessors;  // -1 is the non-indexed accessor
   HashMap<Int, GltfBufferView> bufferViews;

@@ -10,6 +10,7 @@
 #include "framework/hashmap.h"
 #include "framework/spinlock.h"
 #include "plugin/document/gltfbuffer.h"
+#include "plugin/document/gltfcamera.h"
 #include "plugin/document/gltfexportoptions.h"
 #include "plugin/export/gltfpreprocessor.h"
 #include "plugin/geometry/gltfmeshexport.h"
@@ -59,6 +60,8 @@ private:
   Result<DataDictionary*> AddNode(HostObject* op, Int& nodeIndex) noexcept;
   Result<void> TakeMorphTag(HostObject* op, HostObject* source) noexcept;
   Result<void> SetMesh(HostPolygonObject* op, HostObject* source, DataDictionary& node) noexcept;
+  Result<void> SetCamera(HostObject* op, DataDictionary& node) noexcept;
+  Result<Int> AppendCameraJson(const GltfCamera& camera) noexcept;
   Result<void> SetTransform(HostObject* op, DataDictionary& node) noexcept;
 
   // gltfexportsharing.cpp: which objects share a mesh.

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "framework/check.h"
+#include "plugin/camera/gltfcamera.h"
 #include "plugin/document/gltfkeys.h"
 #include "plugin/export/gltfexporter.h"
 #include "plugin/export/gltfexporttransform.h"
@@ -24,16 +25,12 @@ Result<Data> MakeSingles(const Float (&values)[count]) noexcept
   return Data::CreateArray(elements, count, nullptr);
 }
 
-Bool IsCamera(const HostObject* op) noexcept
-{
-  return op->GetType() == kCameraObjectType || op->GetType() == kRenderCameraObjectType;
-}
-
 // Joints, meshes and cameras can be part of a skin; other objects never are.
 Bool IsSkinned(const HostObject* op) noexcept
 {
   const Int32 type = op->GetType();
-  const Bool takesPart = type == kPolygonObjectType || type == kNullObjectType || type == kJointObjectType || IsCamera(op);
+  const Bool takesPart =
+    type == kPolygonObjectType || type == kNullObjectType || type == kJointObjectType || IsExportableCamera(op);
   return takesPart && op->GetTag(kWeightTagType) != nullptr;
 }
 
@@ -61,6 +58,8 @@ Result<void> GLTFExporter::VisitObject(HostObject* op) noexcept
   RETURN_IF_ERROR(TakeMorphTag(op, source));
   if (HasGeometry(op) && !GetBoolMarker(op, kHiddenObject))
     RETURN_IF_ERROR(SetMesh(ToPoly(op), source, *node));
+  if (_options.exportCameras && IsExportableCamera(op) && !GetBoolMarker(op, kHiddenObject))
+    RETURN_IF_ERROR(SetCamera(op, *node));
   // A skinned mesh stands where its joints put it.
   if (!IsSkinned(op))
     RETURN_IF_ERROR(SetTransform(op, *node));
@@ -129,12 +128,34 @@ Result<void> GLTFExporter::SetMesh(HostPolygonObject* op, HostObject* source, Da
   return {};
 }
 
+Result<void> GLTFExporter::SetCamera(HostObject* op, DataDictionary& node) noexcept
+{
+  ASSIGN_OR_RETURN(const GltfCameraOwner camera, CreateCameraFromHost(op, _options));
+  ASSIGN_OR_RETURN(const Int cameraIndex, AppendCameraJson(*camera));
+  return node.Set(keys::kCamera, Data(cameraIndex));
+}
+
+Result<Int> GLTFExporter::AppendCameraJson(const GltfCamera& camera) noexcept
+{
+  const Bool isPerspective = camera.type == "perspective"_s;
+  DataDictionary members;
+  RETURN_IF_ERROR(members.Set(keys::kZnear, Data(static_cast<Float32>(camera.znear))));
+  RETURN_IF_ERROR(members.Set(keys::kZfar, Data(static_cast<Float32>(camera.zfar))));
+  RETURN_IF_ERROR(members.Set(isPerspective ? keys::kAspectRatio : keys::kXmag, Data(static_cast<Float32>(camera.first))));
+  RETURN_IF_ERROR(members.Set(isPerspective ? keys::kYfov : keys::kYmag, Data(static_cast<Float32>(camera.second))));
+  DataDictionary element;
+  RETURN_IF_ERROR(element.Set(keys::kType, Data(camera.type)));
+  RETURN_IF_ERROR(element.Set(isPerspective ? keys::kPerspective : keys::kOrthographic, Data(std::move(members))));
+  RETURN_IF_ERROR(_cameras.Append(Data(std::move(element))));
+  return _cameras.GetCount() - 1;
+}
+
 Result<void> GLTFExporter::SetTransform(HostObject* op, DataDictionary& node) noexcept
 {
   const HostMatrix matrix = op->GetLocalMatrix();
   if (IsIdentity(matrix) && !HasTransformTracks(op))
     return {};
-  const TransformRules rules{_options.exportScale, _options.flipZ, IsCamera(op)};
+  const TransformRules rules{_options.exportScale, _options.flipZ, IsCameraObject(op)};
   const ExportedTransform transform = MakeExportedTransform(matrix, op->GetRelativeScale(), rules);
   const Vector& t = transform.translation;
   const Vector4& r = transform.rotation;

@@ -51,11 +51,13 @@ private:
   Result<HostObject*> BuildNode(const GltfNode* node, Int nodeIndex, HostObject* parent) noexcept;
   Result<void> BuildDetached(NodeBuild& build) noexcept;
   Result<void> MakeMain(NodeBuild& build) noexcept;
+  Result<void> GroupMeshAndCamera(NodeBuild& build) noexcept;
   Result<void> ReplaceByJoint(NodeBuild& build) noexcept;
   Result<void> FindSkinned(NodeBuild& build) noexcept;
   Result<void> PlaceMain(NodeBuild& build) noexcept;
   Result<void> EnterIntoMaps(const NodeBuild& build) noexcept;
   Result<HostOwner<HostObject>> MakeMesh(const GltfNode& node) noexcept;
+  Result<HostOwner<HostObject>> MakeCamera(const GltfNode& node) noexcept;
   Result<HostOwner<HostObject>> MakeInstance(HostObject* shown) noexcept;
   Result<HostOwner<HostObject>> MakeMeshObject(const GltfNode& node, const GltfMesh& mesh) noexcept;
   Result<HostOwner<HostObject>> GroupPrimitives(BaseArray<HostOwner<HostPolygonObject>>& meshPolys) noexcept;

@@ -1,6 +1,7 @@
 // One node of the file becomes one object: a mesh, an instance of one, a group, or the joint that takes their place.
 
 #include "framework/check.h"
+#include "plugin/camera/gltfcamera.h"
 #include "plugin/import/gltfimporter.h"
 #include "plugin/module/hostconsole.h"
 
@@ -23,6 +24,7 @@ struct GltfImporter::NodeBuild
   const GltfNode& node;
   Int nodeIndex;
   HostOwner<HostObject> mesh;
+  HostOwner<HostObject> camera;
   HostOwner<HostObject> opMain;
   HostObject* meshObject = nullptr;             // the node's mesh or instance; null when there is none or it went with its group
   HostPolygonObject* skinned = nullptr;         // what the node's skin is to deform; null for none
@@ -49,6 +51,7 @@ Result<void> GltfImporter::BuildDetached(NodeBuild& build) noexcept
 {
   ASSIGN_OR_RETURN(build.mesh, MakeMesh(build.node));
   build.meshObject = build.mesh.get();
+  ASSIGN_OR_RETURN(build.camera, MakeCamera(build.node));
   RETURN_IF_ERROR(MakeMain(build));
   RETURN_IF_ERROR(ReplaceByJoint(build));
   RETURN_IF_ERROR(FindSkinned(build));
@@ -59,14 +62,29 @@ Result<void> GltfImporter::BuildDetached(NodeBuild& build) noexcept
 Result<void> GltfImporter::MakeMain(NodeBuild& build) noexcept
 {
   HostOwner<HostObject>& opMain = build.opMain;
-  if (build.mesh)
-  {
+  if (build.mesh && !build.camera)
     opMain = std::move(build.mesh);
+  else if (build.camera && !build.mesh)
+    opMain = std::move(build.camera);
+  if (opMain)
     return {};
-  }
   opMain.reset(HostAllocObject(kNullObjectType));
   CHECK_STATE(opMain);
-  return SetObjectName(opMain.get(), build.node.name, kNodePattern, build.nodeIndex);
+  RETURN_IF_ERROR(SetObjectName(opMain.get(), build.node.name, kNodePattern, build.nodeIndex));
+  return build.mesh ? GroupMeshAndCamera(build) : Result<void>();
+}
+
+/// Both stand under the main object; the mesh is inserted first, so that the camera comes first.
+Result<void> GltfImporter::GroupMeshAndCamera(NodeBuild& build) noexcept
+{
+  const String name = build.opMain->GetName();
+  ASSIGN_OR_RETURN(const String meshName, String::Join({name, " Mesh"_s}));
+  ASSIGN_OR_RETURN(const String cameraName, String::Join({name, " Camera"_s}));
+  if (!build.mesh->SetName(meshName) || !build.camera->SetName(cameraName))
+    return Error::OutOfMemory();
+  HostInsertUnder(build.mesh.release(), build.opMain.get());
+  HostInsertUnder(build.camera.release(), build.opMain.get());
+  return {};
 }
 
 Result<void> GltfImporter::ReplaceByJoint(NodeBuild& build) noexcept
@@ -158,6 +176,21 @@ Result<HostOwner<HostObject>> GltfImporter::MakeMesh(const GltfNode& node) noexc
   if (!mesh->SetName(node.name.IsPopulated() ? node.name : "Mesh"_s))
     return Error::OutOfMemory();
   return mesh;
+}
+
+Result<HostOwner<HostObject>> GltfImporter::MakeCamera(const GltfNode& node) noexcept
+{
+  if (!_options.IsCameras() || !node.HasCamera())
+    return HostOwner<HostObject>();
+  const GltfCameraRecord* const cameraPtr = _gltfData.cameras.Find(node.camera);
+  CHECK_STATE(cameraPtr);
+  HostOwner<HostObject> camera(HostAllocObject(kCameraObjectType));
+  if (!camera)
+    return Error::OutOfMemory();
+  RETURN_IF_ERROR(WriteCameraToHost(cameraPtr->camera.get(), camera.get(), _doc, _options));
+  if (!camera->SetName(node.name.IsPopulated() ? node.name : "Camera"_s))
+    return Error::OutOfMemory();
+  return camera;
 }
 
 Result<HostOwner<HostObject>> GltfImporter::MakeInstance(HostObject* shown) noexcept

@@ -67,8 +67,12 @@ const HierarchyCase kHierarchyCases[] = {
    "Scene 0[A#, B#]"},
   {"BrokenMesh", R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"A","mesh":2,"children":[1]},{"name":"B"}])", "Scene 0", {0}},
   {"MissingMesh", R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","mesh":9},{"name":"B"}])", "Scene 0[B]", {0}},
-  {"CameraAloneIsAGroup", R"("scenes":[{"nodes":[0]}],"cameras":[{"type":"perspective"}],"nodes":[{"name":"A","camera":0}])",
-   "Scene 0[A]"},
+  {"CameraAlone",
+   R"("scenes":[{"nodes":[0,1]}],"cameras":[{"type":"perspective"}],"nodes":[{"name":"A","camera":0},{"camera":0}])",
+   "Scene 0[A*, Camera*]"},
+  {"MeshAndCamera", R"("scenes":[{"nodes":[0]}],"cameras":[{"type":"any"}],"nodes":[{"camera":0,"mesh":0}])",
+   "Scene 0[Node_0[Node_0 Camera*, Node_0 Mesh#]]"},
+  {"MissingCamera", R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","camera":3},{"name":"B"}])", "Scene 0[B]", {0}},
 };
 
 class ImportHierarchy : public ImportTest, public testing::WithParamInterface<HierarchyCase>

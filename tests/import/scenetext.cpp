@@ -23,6 +23,7 @@ std::string WriteMark(HostObject* op)
     case kNullObjectType: break;
     case kPolygonObjectType: mark = "#"; break;
     case kJointObjectType: mark = "^"; break;
+    case kCameraObjectType: mark = "*"; break;
     case kSkinDeformerType: mark = "~"; break;
     case kInstanceObjectType: mark = "=" + (op->GetReference() ? ToStd(op->GetReference()->GetName()) : ""); break;
     default: mark = "?" + std::to_string(op->GetType());

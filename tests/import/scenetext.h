@@ -11,7 +11,7 @@ namespace q7z::test
 {
 
 /// The objects on one line, siblings in order: "Scene 0[A[B#, C=B], J^]". A mark tells the type: none for a group, "#" for a
-/// polygon object, "^" for a joint, "~" for a skin deformer, "=" and the shown object's name for an instance. An object that is
+/// polygon object, "^" for a joint, "*" for a camera, "~" for a skin deformer, "=" and the shown object's name for an instance. An object that is
 /// hidden in editor and renderer has a "!" behind its mark.
 std::string WriteOutline(HostDocument* document);
 
