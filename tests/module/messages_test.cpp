@@ -134,11 +134,11 @@ const SettledMessage kSettledMessages[] = {
   {kBuilt, kState, "meshCreator.mesh"},
   {kBuilt, kState, "polySel"},
   // Cameras.
-  {kPending, kState, "cameraPtr"},
-  {kPending, kState, "src.IsPopulated()"},
-  {kPending, kArgument, "src.IsPopulated()"},
-  {kPending, kState, "rd"},
-  {kPending, kState, "camera"},
+  {kBuilt, kState, "cameraPtr"},
+  {kBuilt, kState, "src.IsPopulated()"},
+  {kBuilt, kArgument, "src.IsPopulated()"},
+  {kBuilt, kState, "rd"},
+  {kBuilt, kState, "camera"},
   // Skin weights.
   {kPending, kState, "gltfSkin"},
   {kPending, kState, "q7zJointIdx != -1"},
