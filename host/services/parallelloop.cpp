@@ -1,6 +1,10 @@
 #include "host/services/parallelloop.h"
 
+#include <algorithm>
+
 #include <tbb/blocked_range.h>
+#include <tbb/global_control.h>
+#include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
@@ -9,7 +13,12 @@ namespace q7z
 
 struct ParallelLoop::Arena
 {
-  explicit Arena(int threads) : arena(threads > 0 ? threads : tbb::task_arena::automatic) {}
+  explicit Arena(int threads)
+      : limit(tbb::global_control::max_allowed_parallelism,
+              static_cast<size_t>(std::max(threads, tbb::info::default_concurrency()))),
+        arena(threads > 0 ? threads : tbb::task_arena::automatic)
+  {}
+  tbb::global_control limit;  // more threads than cores, where they are asked for
   tbb::task_arena arena;
 };
 
