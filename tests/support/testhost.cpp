@@ -20,9 +20,10 @@ Int32 AnswerMessage(Int32 message, void* argument1, void* argument2, void* argum
   return AnswerModuleMessage(message, argument1, argument2, argument3);
 }
 
-std::unique_ptr<HeadlessHost> MakeHost(std::vector<std::string>* diagnostics)
+std::unique_ptr<HeadlessHost> MakeHost(int threads, std::vector<std::string>* diagnostics)
 {
   HostSettings settings;
+  settings.threads = threads;
   settings.pluginPath = "io_gltf.so";
   settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
   if (diagnostics)
@@ -63,7 +64,8 @@ private:
 
 }  // namespace
 
-TestHost::TestHost() : _host(MakeHost(&_diagnostics)), _document(_host->NewDocument()), _job(std::make_unique<HeadlessJob>())
+TestHost::TestHost(int threads)
+    : _host(MakeHost(threads, &_diagnostics)), _document(_host->NewDocument()), _job(std::make_unique<HeadlessJob>())
 {}
 TestHost::~TestHost() = default;
 
@@ -93,7 +95,7 @@ int TestHost::WarningCount() const
 
 void LoadOnce(const std::uint8_t* data, std::size_t size, const char* suffix)
 {
-  static const std::unique_ptr<HeadlessHost> host = MakeHost(nullptr);
+  static const std::unique_ptr<HeadlessHost> host = MakeHost(0, nullptr);
   static const std::string path = "/tmp/q7z-fuzz-" + std::to_string(getpid()) + "." + suffix;
   std::FILE* const file = std::fopen(path.c_str(), "wb");
   if (!file)

@@ -18,7 +18,8 @@ namespace q7z::test
 class TestHost
 {
 public:
-  TestHost();
+  /// @param threads  for jobs; 0 for one a core.
+  explicit TestHost(int threads = 0);
   ~TestHost();
 
   /// Sets a parameter of the loader.
