@@ -139,7 +139,7 @@ std::string GetTransformName(const HostDescId& id)
 
 std::string GetTrackName(const HostDescId& id)
 {
-  const std::string transform = GetTransformName(id);
+  std::string transform = GetTransformName(id);
   if (!transform.empty())
     return transform;
   if (id.GetDepth() == 1 && id[0].id == kPointTrackParameter)
