@@ -64,9 +64,9 @@ Result<void> CheckPath(const String& path) noexcept
   return {};
 }
 
-Result<String> DecodePath(const String& text) noexcept
+Result<String> DecodePath(const String& text, Bool isDecoded) noexcept
 {
-  ASSIGN_OR_RETURN(String path, DecodePercent(text));
+  ASSIGN_OR_RETURN(String path, isDecoded ? Result<String>(text) : DecodePercent(text));
   RETURN_IF_ERROR(CheckPath(path));
   return path;
 }
@@ -89,6 +89,16 @@ String TrimLeadingSlashes(String path) noexcept
 
 Result<Url> Url::FromReference(const String& text) noexcept
 {
+  return MakeFromReference(text, false);
+}
+
+Result<Url> Url::FromDecodedReference(const String& text) noexcept
+{
+  return MakeFromReference(text, true);
+}
+
+Result<Url> Url::MakeFromReference(const String& text, Bool isDecoded) noexcept
+{
   if (text.IsEmpty())
     return Url();
   const Int schemeLength = GetSchemeLength(text);
@@ -100,19 +110,19 @@ Result<Url> Url::FromReference(const String& text) noexcept
       return url;
     }
     const Bool local = text.StartsWith("/"_s) || IsDrivePath(text);
-    ASSIGN_OR_RETURN(String path, DecodePath(text));
+    ASSIGN_OR_RETURN(String path, DecodePath(text, isDecoded));
     return local ? Url(URLSCHEME_FILESYSTEM, path) : Url(URLSCHEME_RELATIVE, TrimLeadingSlashes(path));
   }
   const String scheme = text.GetPart(0, schemeLength);
   const String rest = text.GetPart(schemeLength + 1, text.GetByteCount());
   if (scheme.EqualsIgnoringCase("file"_s))
   {
-    ASSIGN_OR_RETURN(String path, DecodePath(SkipAuthority(rest)));
+    ASSIGN_OR_RETURN(String path, DecodePath(SkipAuthority(rest), isDecoded));
     return Url(URLSCHEME_FILESYSTEM, DropSlashOfDrive(path));
   }
   if (scheme.EqualsIgnoringCase("relative"_s))
   {
-    ASSIGN_OR_RETURN(String path, DecodePath(rest));
+    ASSIGN_OR_RETURN(String path, DecodePath(rest, isDecoded));
     return Url(URLSCHEME_RELATIVE, TrimLeadingSlashes(path));
   }
   Url url(scheme.EqualsIgnoringCase("http"_s) ? URLSCHEME_HTTP : URLSCHEME_OTHER, rest);

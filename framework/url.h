@@ -27,6 +27,9 @@ public:
   /// "http://..." and other schemes are kept as text. Percent codes in a path are decoded, once.
   static Result<Url> FromReference(const String& text) noexcept;
 
+  /// The same from a reference whose percent codes were decoded before: what looks like one is part of a name.
+  static Result<Url> FromDecodedReference(const String& text) noexcept;
+
   /// From a local path, taken as it stands (no percent codes). A zero byte in a path is an illegal argument here and above.
   static Result<Url> FromPath(const String& path) noexcept;
 
@@ -60,6 +63,7 @@ public:
   friend Bool operator==(const Url&, const Url&) noexcept = default;
 
 private:
+  static Result<Url> MakeFromReference(const String& text, Bool isDecoded) noexcept;
   Url(UrlScheme scheme, String path) noexcept : _scheme(scheme), _path(std::move(path)) {}
   UrlScheme _scheme = URLSCHEME_NONE;
   String _path;

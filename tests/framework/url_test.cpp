@@ -75,6 +75,19 @@ TEST(Url, TextReadsBackAsTheSameUrl)
   }
 }
 
+TEST(Url, DecodedReferenceIsNotDecodedAgain)
+{
+  const std::pair<String, const char*> rows[] = {{"a%20b/c.bin"_s, "relative:///a%20b/c.bin"},
+                                                 {"/a%20b"_s, "file:///a%20b"},
+                                                 {"file:///a%20b"_s, "file:///a%20b"},
+                                                 {"relative:///a%00b"_s, "relative:///a%00b"},
+                                                 {"http://host/a%20b"_s, "http://host/a%20b"},
+                                                 {String(), ""}};
+  for (const auto& [text, url] : rows)
+    EXPECT_EQ(Text(Url::FromDecodedReference(text).GetValue().GetUrl()), url) << Text(text);
+  EXPECT_TRUE(Url::FromDecodedReference("a\0b"_s).HasError());
+}
+
 TEST(Url, LocalPathIsTakenAsItStands)
 {
   const Url url = Url::FromPath("/a%20b/c:d"_s).GetValue();
