@@ -17,7 +17,6 @@ namespace
 {
 
 constexpr String kBufferDataPrefixes[] = {"data:application/octet-stream;base64,"_s, "data:application/gltf-buffer;base64,"_s};
-constexpr String kImageDataPrefixes[] = {"data:image/png;base64,"_s, "data:image/jpeg;base64,"_s};
 
 /// The prefix that uri begins with, or null.
 template <size_t count>

@@ -9,6 +9,11 @@
 namespace q7z
 {
 
+/// What a data URI of an image begins with.
+inline constexpr String kImageDataPrefixes[] = {"data:image/png;base64,"_s, "data:image/jpeg;base64,"_s};
+inline constexpr const String& kPngDataPrefix = kImageDataPrefixes[0];
+inline constexpr const String& kJpegDataPrefix = kImageDataPrefixes[1];
+
 /// The length of the prefix when uri is a data URI of the family, else 0. Case-sensitive.
 Int GetBufferDataPrefixLength(const String& uri) noexcept;
 Int GetImageDataPrefixLength(const String& uri) noexcept;

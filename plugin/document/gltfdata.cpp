@@ -60,11 +60,20 @@ Result<void> ReadGeometry(const DataDictionary& jsonGLTF, GltfData& gltfData) no
   return ReadRecords(jsonGLTF, keys::kMeshes, gltfData.meshes);
 }
 
+Result<void> ReadMaterials(const DataDictionary& jsonGLTF, GltfData& gltfData) noexcept
+{
+  RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kMaterials, gltfData.materials));
+  RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kTextures, gltfData.textures));
+  RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kSamplers, gltfData.samplers));
+  return ReadRecords(jsonGLTF, keys::kImages, gltfData.images);
+}
+
 }  // namespace
 
 Result<void> GltfData::Init() noexcept
 {
   RETURN_IF_ERROR(accessors.Set(-1, GltfAccessor::MakeNonIndexed()));
+  RETURN_IF_ERROR(samplers.Set(-1, GltfSampler()));
   return {};
 }
 
@@ -76,6 +85,8 @@ Result<Bool> FillInLoadedData(GltfData* gltfData, const DataDictionary& jsonGLTF
     RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kCameras, gltfData->cameras));
   if (options.IsGeometry())
     RETURN_IF_ERROR(ReadGeometry(jsonGLTF, *gltfData));
+  if (options.IsMaterials())
+    RETURN_IF_ERROR(ReadMaterials(jsonGLTF, *gltfData));
   if (options.IsSkins())
     RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kSkins, gltfData->skins));
   RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kNodes, gltfData->nodes));

@@ -6,6 +6,7 @@
 #include "framework/hashmap.h"
 #include "plugin/document/gltfaccessor.h"
 #include "plugin/document/gltfcamera.h"
+#include "plugin/document/gltfmaterial.h"
 #include "plugin/document/gltfnode.h"
 #include "plugin/document/gltfprimitive.h"
 
@@ -32,6 +33,10 @@ struct GltfData
   HashMap<Int, GltfBufferView> bufferViews;
   HashMap<Int, GltfBuffer> buffers;
   HashMap<Int, GltfSkin> skins;
+  HashMap<Int, GltfMaterial> materials;
+  HashMap<Int, GltfTexture> textures;
+  HashMap<Int, GltfSampler> samplers;  // -1 is the default sampler
+  HashMap<Int, GltfImage> images;
   Int defaultScene = 0;
   String generator;
   String version;

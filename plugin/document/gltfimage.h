@@ -38,9 +38,14 @@ public:
   Result<void> Resolve(GltfData& gltfData) noexcept;
   /// Fills the bytes from the URI: decoded, or from a file below assetFolderUrl. Without a URI nothing is loaded.
   Result<void> LoadImageData(const Url& assetFolderUrl) noexcept;
-  /// Fills the bytes from the view.
+  /// Fills the bytes from the view. Where that fails there are none.
   Result<void> CopyFromBufferView() noexcept;
-  /// Writes the bytes to a file.
+  /// The bytes that CopyFromBufferView asks for; 0 without a view.
+  Int GetViewByteLength() const noexcept { return _bufferView ? _bufferView->GetByteLength() : 0; }
+  /// Lets go of what is no longer asked for once the image was loaded: the encoded text of a data URI, and the bytes of a file of
+  /// its own, which others read under its name.
+  void DropLoadedSource() noexcept;
+  /// Writes the bytes to a file. A data URI that was not decoded is no error and writes nothing.
   Result<void> SaveImageData(const Url& url) const noexcept;
 
   const String& GetName() const noexcept { return _name; }
@@ -61,6 +66,9 @@ public:
   const BaseArray<Byte>& GetData() const noexcept { return _data; }
 
 private:
+  Result<void> DecodeDataUri() noexcept;
+  Result<void> ReadSideFile(const Url& assetFolderUrl) noexcept;
+
   String _name;
   Int _bufferViewIndex = -1;  // into bufferViews
   String _uri;

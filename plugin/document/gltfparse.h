@@ -34,6 +34,10 @@ private:
   Result<Bool> ResolveAssets(HostBackgroundJob* backgroundJob) noexcept;
   void ResolveBuffers(const ImportWarnings& warnings) noexcept;
   void ResolveMeshes(const ImportWarnings& warnings) noexcept;
+  void ResolveMaterials(const ImportWarnings& warnings) noexcept;
+  void LoadImages(const ImportWarnings& warnings) noexcept;
+  void LoadImage(GltfImage& image, const Result<Url>& folder, const ImportWarnings& warnings) noexcept;
+  void CopyImage(GltfImage& image, Int& budget, const ImportWarnings& warnings) noexcept;
   void ResolveSkins(const ImportWarnings& warnings) noexcept;
 
   GltfLoad* _sceneLoader = nullptr;   // not owned

@@ -1,4 +1,4 @@
-// What the records refer to: bytes of buffers, accessors of meshes and skins. An item that cannot be had is a warning and the load
+// What the records refer to: bytes of buffers and images, accessors of meshes and skins. An item that cannot be had is a warning and the load
 // goes on; whoever needs it finds nothing later.
 
 #include "plugin/document/gltfparse.h"
@@ -12,6 +12,10 @@ namespace
 {
 
 constexpr Int kMaximumUriCharacters = 260;  // of the whole message; a data URI may run to millions
+
+// Images may share views, so a small file can ask for far more bytes than it has. Below this much no file is held to its size.
+constexpr Int kFreeImageBytes = Int(64) << 20;
+constexpr Int kImageBytesPerBufferByte = 4;
 
 void WarnAboutAsset(const ImportWarnings& warnings, const Error& error) noexcept
 {
@@ -37,6 +41,11 @@ Result<Bool> GltfParser::ResolveAssets(HostBackgroundJob* backgroundJob) noexcep
   ResolveBuffers(warnings);
   if (_options->IsGeometry())
     ResolveMeshes(warnings);
+  if (_options->IsMaterials())
+  {
+    ResolveMaterials(warnings);
+    LoadImages(warnings);
+  }
   if (_options->IsAnimations())
     ResolveSkins(warnings);
   return true;
@@ -73,6 +82,55 @@ void GltfParser::ResolveMeshes(const ImportWarnings& warnings) noexcept
     if (resolved.HasError())
       WarnAboutAsset(warnings, resolved.GetError());
   }
+}
+
+void GltfParser::ResolveMaterials(const ImportWarnings& warnings) noexcept
+{
+  for (auto& entry : _gltfData->materials)
+  {
+    const Result<void> resolved = entry.GetValue().ResolveMaterial(_gltfData);
+    if (resolved.HasError())
+      WarnAboutAsset(warnings, resolved.GetError());
+  }
+}
+
+void GltfParser::LoadImages(const ImportWarnings& warnings) noexcept
+{
+  const Result<Url> folder = _fileUrl.GetDirectory();
+  Int budget = kFreeImageBytes;
+  for (const auto& entry : _gltfData->buffers)
+    budget += kImageBytesPerBufferByte * entry.GetValue().GetBytes().GetCount();
+  for (auto& entry : _gltfData->images)
+  {
+    GltfImage& image = entry.GetValue();
+    const Bool hasView = image.GetBufferViewIndex() != -1;
+    const Bool hasUri = image.GetURIString().IsPopulated();
+    // One with both, or with neither, is left alone.
+    if (hasUri && !hasView)
+      LoadImage(image, folder, warnings);
+    else if (hasView && !hasUri)
+      CopyImage(image, budget, warnings);
+  }
+}
+
+void GltfParser::LoadImage(GltfImage& image, const Result<Url>& folder, const ImportWarnings& warnings) noexcept
+{
+  const Result<void> loaded = folder.HasError() ? folder.GetError() : image.LoadImageData(folder.GetValue());
+  if (loaded.HasError() && image.IsBase64())
+    WarnAboutDataUri(warnings, image.GetURIString(), loaded.GetError());
+  else if (loaded.HasError())
+    WarnAboutAsset(warnings, loaded.GetError());
+  image.DropLoadedSource();
+}
+
+/// Views are bound by the materials: the view of an image that no material asks for cannot be had.
+void GltfParser::CopyImage(GltfImage& image, Int& budget, const ImportWarnings& warnings) noexcept
+{
+  const Bool fits = image.GetViewByteLength() <= budget;
+  const Result<void> copied = fits ? image.CopyFromBufferView() : Error::OutOfMemory();
+  if (copied.HasError())
+    WarnAboutAsset(warnings, copied.GetError());
+  budget -= image.GetData().GetCount();
 }
 
 void GltfParser::ResolveSkins(const ImportWarnings& warnings) noexcept

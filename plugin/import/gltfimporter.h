@@ -8,6 +8,7 @@
 #include "plugin/document/gltfload.h"
 #include "plugin/geometry/gltfmesh.h"
 #include "plugin/import/gltfimportplan.h"
+#include "plugin/material/gltfmaterialimport.h"
 #include "plugin/module/hostdocument.h"
 
 namespace q7z
@@ -27,10 +28,14 @@ private:
   struct NodeBuild;
 
   GltfImporter(HostDocument* doc, const Url& fileUrl, Bool isGlb, Bool merging, HostBackgroundJob* backgroundJob) noexcept
-      : GltfLoad(fileUrl, isGlb, backgroundJob), _doc(doc), _merging(merging)
+      : GltfLoad(fileUrl, isGlb, backgroundJob), _doc(doc), _merging(merging), _materialImporter(_warnings)
   {}
 
-  // gltfimportscene.cpp: scenes, roots and the document's texts.
+  // gltfimportscene.cpp: materials, scenes, roots and the document's texts.
+  Result<void> LoadMaterials(const LoadProgress& progress) noexcept;
+  Result<void> CreateDocumentMaterial(Int gltfMatIdx, const GltfMaterial& gltfMaterial, const ImportWarnings& log) noexcept;
+  Result<HostOwner<HostMaterial>> MakeMaterial(Int gltfMatIdx, const GltfMaterial& gltfMaterial,
+                                               const ImportWarnings& log) noexcept;
   void SetLimits() noexcept;
   Result<void> LoadScenes() noexcept;
   Result<void> LoadScene(Int sceneIndex, const GltfScene& scene) noexcept;
@@ -73,6 +78,7 @@ private:
 
   HostDocument* _doc;  // not owned
   Bool _merging;
+  MaterialImporter _materialImporter;
 
   BaseArray<Int> _roots;                             // node indices, of a file without scenes
   HashMap<Int, HostObject*> _nodesToObjects;         // every visited node; a stand-in for one that failed

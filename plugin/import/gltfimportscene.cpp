@@ -1,9 +1,10 @@
-// The scene of a load: its steps in order, the group objects of the file's scenes, and the document's texts.
+// The scene of a load: its steps in order, its materials, the group objects of the file's scenes, and the document's texts.
 
 #include <new>
 
 #include "framework/check.h"
 #include "plugin/import/gltfimporter.h"
+#include "plugin/module/diagnostics.h"
 
 namespace q7z
 {
@@ -13,6 +14,8 @@ namespace
 
 constexpr Float kMaterialWeight = 0.35;
 constexpr Int32 kMaterialTitle = 10019;
+constexpr Int32 kMaterialFailedText = 10016;
+constexpr String kNodeSpace = Q7Z_NODE_SPACE_ID ""_s;
 constexpr Float kHierarchyWeight = 0.55;
 constexpr Int32 kHierarchyTitle = 10018;
 
@@ -39,6 +42,7 @@ Result<void> GltfImporter::ConstructScene() noexcept
   CHECK_STATE(_doc);
   const LoadProgress materialProgress(_job, kMaterialWeight, kMaterialTitle);
   RETURN_IF_ERROR(materialProgress.Report(0.01));
+  RETURN_IF_ERROR(LoadMaterials(materialProgress));
 
   RETURN_IF_ERROR(_meshesToObjects.Reserve(_gltfData.meshes.GetCount()));
   RETURN_IF_ERROR(_nodesToObjects.Reserve(_gltfData.nodes.GetCount()));
@@ -49,6 +53,60 @@ Result<void> GltfImporter::ConstructScene() noexcept
 
   CHECK_STATE(LoadMetaInfo());
   return _hierarchyProgress.Report(1.0);
+}
+
+/// In other node spaces the objects simply get no materials.
+Result<void> GltfImporter::LoadMaterials(const LoadProgress& progress) noexcept
+{
+  const Int materialCount = _gltfData.materials.GetCount();
+  if (!_options.IsMaterials() || materialCount == 0 || HostGetActiveNodeSpace() != kNodeSpace)
+    return {};
+  const Result<void> prepared = _materialImporter.Init(_doc, _fileUrl);
+  if (prepared.HasError())  // a material that needs what is missing falls back by itself
+    PrintError("The material import could not be prepared"_s, prepared.GetError());
+  Int count = 0;
+  for (const auto& entry : _gltfData.materials)
+  {
+    RETURN_IF_ERROR(CreateDocumentMaterial(entry.GetKey(), entry.GetValue(), _warnings));
+    RETURN_IF_ERROR(progress.Report(static_cast<Float>(++count) / static_cast<Float>(materialCount)));
+  }
+  return {};
+}
+
+Result<void> GltfImporter::CreateDocumentMaterial(Int gltfMatIdx, const GltfMaterial& gltfMaterial,
+                                                  const ImportWarnings& log) noexcept
+{
+  CHECK_STATE(gltfMatIdx > -1);
+  ASSIGN_OR_RETURN(auto* const place, _materialsToObjects.FindOrInsert(gltfMatIdx));
+  HostOwner<HostMaterial> created;
+  if (!*place)
+  {
+    ASSIGN_OR_RETURN(created, MakeMaterial(gltfMatIdx, gltfMaterial, log));
+  }
+  HostMaterial* const material = created ? created.get() : *place;
+  if (!material->SetName(gltfMaterial.name))
+    return Error::OutOfMemory();
+  if (created)
+    _doc->InsertMaterial(created.release());
+  *place = material;
+  return {};
+}
+
+/// A material that cannot be had is a warning and becomes a plain one.
+Result<HostOwner<HostMaterial>> GltfImporter::MakeMaterial(Int gltfMatIdx, const GltfMaterial& gltfMaterial,
+                                                           const ImportWarnings& log) noexcept
+{
+  Result<HostOwner<HostMaterial>> material = _materialImporter.CreateMaterial(gltfMaterial);
+  if (!material.HasError())
+    return material;
+  PrintError("A material could not be imported"_s, material.GetError());
+  const Result<String> index = String::FromInt(gltfMatIdx);
+  if (!index.HasError())  // without memory there is no message
+    log.AddResource(HostMessageClass::kWarning, kMaterialFailedText, index.GetValue());
+  HostOwner<HostMaterial> plain(HostMaterial::Alloc(kMaterialType));
+  if (!plain)
+    return Error::OutOfMemory();
+  return plain;
 }
 
 void GltfImporter::SetLimits() noexcept
