@@ -129,7 +129,9 @@ Result<void> SceneReader::ReadPolygons(const JsonNode& array, Int pointCount, Ho
   Int count = 0;
   RETURN_IF_ERROR(ReadGroupCount(array, 4, count));
   CHECK_MEMORY(polygons.Create(count));
-  Int32* const target = count > 0 ? &polygons.GetW()->a : nullptr;
+  if (count == 0)
+    return {};
+  Int32* const target = &polygons.GetW()->a;
   for (Int i = 0; i < 4 * count; ++i)
   {
     const JsonNode element = array.GetElement(i);

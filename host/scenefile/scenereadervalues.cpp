@@ -266,9 +266,9 @@ namespace
 /// A decimal number as it is written: no plus, no needless zeros.
 Bool ParseLevel(std::string_view text, Int32& id) noexcept
 {
-  const char* const end = text.data() + text.size();
-  const auto [parsed, error] = std::from_chars(text.data(), end, id);
-  return error == std::errc() && parsed == end && text == std::to_string(id);
+  const std::string_view::const_iterator first = text.begin();
+  const std::errc error = std::from_chars(first, first + text.size(), id).ec;
+  return error == std::errc() && text == std::to_string(id);
 }
 
 }  // namespace

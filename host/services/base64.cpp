@@ -243,7 +243,7 @@ Result<String> HeadlessBase64Encoder::Encode(const String& prefix, const Byte* b
     if (rest == 1)
       out[2] = '=';
   }
-  const String text(block, block->GetBytes(), total);
+  String text(block, block->GetBytes(), total);
   block->Release();
   return text;
 }

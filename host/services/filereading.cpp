@@ -48,7 +48,7 @@ Result<BlockOwner> ReadFileIntoBlock(const String& path, Int padding) noexcept
 std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount)
 {
   WholeFile file;
-  const std::string failure = file.Open(path);
+  std::string failure = file.Open(path);
   if (!failure.empty())
     return failure;
   std::fwrite(bytes, 1, byteCount, file.GetStream());  // what fails here fails the commit
