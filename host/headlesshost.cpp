@@ -3,6 +3,7 @@
 #include <map>
 
 #include "host/modeling/modelingtable.h"
+#include "host/scene/materialimport.h"
 #include "host/scene/scenetables.h"
 #include "host/services/base64.h"
 #include "host/services/filereading.h"
@@ -190,6 +191,7 @@ struct HeadlessHost::State
   HeadlessUrlService urls;
   HeadlessHash hash;
   HeadlessUsageReport usageReport;
+  HeadlessMaterialImport materialImport;
   HeadlessJobs jobs;
 
   HostTables tables;
@@ -297,6 +299,7 @@ void HeadlessHost::State::Assemble(const HostSettings& settings)
   services.Set(HostUrlService::kId, static_cast<HostUrlService*>(&urls));
   services.Set(HostHash::kId, static_cast<HostHash*>(&hash));
   services.Set(HostUsageReport::kId, static_cast<HostUsageReport*>(&usageReport));
+  services.Set(HostMaterialImport::kId, static_cast<HostMaterialImport*>(&materialImport));
   services.Set(HostJobs::kId, static_cast<HostJobs*>(&jobs));
 }
 
