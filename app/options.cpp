@@ -74,7 +74,7 @@ constexpr std::array<Choice, 8> kChoices = {{
   {OptionType::kTextureResize, "exact", 1010},
   {OptionType::kTextureResize, "keep", 1011},
   {OptionType::kFileFormat, "gltf", 1028},
-  {OptionType::kFileFormat, "glb", 1029},
+  {OptionType::kFileFormat, "glb", kGlbFileFormat},
 }};
 
 std::optional<Int32> ParseChoice(OptionType type, std::string_view text)

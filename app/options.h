@@ -48,6 +48,9 @@ const OptionTable& GetExportOptions();
 inline constexpr int kExportMorphsOption = 1015;
 inline constexpr int kFileFormatOption = 1027;
 
+/// The value of fileFormat for GLB.
+inline constexpr Int32 kGlbFileFormat = 1029;
+
 /// What people call a type.
 std::string_view GetTypeName(OptionType type);
 

@@ -49,6 +49,8 @@ private:
   int SaveInto(const std::string& path);
   int SaveThrough(std::FILE* stream);
   int JudgeSave(const SaveReport& saved);
+  int JudgeSize(const std::string& path);
+  std::string NameOutput() const;
   void TakeMessages();
   void CountObjects();
   void Say(const char* kind, const char* color, const std::string& message);

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "app/exitcode.h"
+#include "app/glblimit.h"
 #include "app/options.h"
 #include "app/session.h"
 #include "host/services/platform.h"
@@ -80,6 +81,14 @@ void LeaveMorphsOut(const HeadlessDocument& document, std::vector<std::pair<int,
     parameters.emplace_back(kExportMorphsOption, HostValue(false));
 }
 
+/// The last choice counts.
+bool IsGlb(const std::vector<std::pair<int, HostValue>>& parameters)
+{
+  const auto chosen = std::find_if(parameters.rbegin(), parameters.rend(),
+                                   [](const auto& parameter) { return parameter.first == kFileFormatOption; });
+  return chosen != parameters.rend() && chosen->second == HostValue(kGlbFileFormat);
+}
+
 }  // namespace
 
 int Session::SaveOutput()
@@ -124,7 +133,9 @@ int Session::SaveInto(const std::string& path)
   const SaveReport saved = _host->Save(request, *_document);
   StopTimer("save");
   _bar.Clear();
-  return JudgeSave(saved);
+  if (const int code = JudgeSave(saved))
+    return code;
+  return IsGlb(request.parameters) && !IsFarBelowGlbLimit(*_document) ? JudgeSize(path) : kDone;
 }
 
 int Session::JudgeSave(const SaveReport& saved)
@@ -134,7 +145,7 @@ int Session::JudgeSave(const SaveReport& saved)
     return FailInterrupted();
   if (saved.Succeeded())
     return kDone;
-  const std::string name = _arguments.output == "-" ? "the file" : "\"" + _arguments.output + "\"";
+  const std::string name = NameOutput();
   if (saved.returnValue == kSaveOutOfMemory)
   {
     _report.status = "out_of_memory";
@@ -147,6 +158,30 @@ int Session::JudgeSave(const SaveReport& saved)
   }
   _report.status = "save_failed";
   return Fail(kRefused, name + " could not be saved: " + saved.error);
+}
+
+/// The saver does not see when a GLB file becomes too large for its own words.
+int Session::JudgeSize(const std::string& path)
+{
+  switch (LookAtGlb(path))
+  {
+    case GlbLook::kFits: return kDone;
+    case GlbLook::kUnreadable:
+      _report.status = "io_error";
+      return Fail(kNoAccess, "cannot read back what was saved: " + GetSystemReason());
+    case GlbLook::kOutOfMemory:
+      _report.status = "out_of_memory";
+      return Fail(kOutOfMemory, NameOutput() + " needs more memory to be saved than there is");
+    case GlbLook::kTooLarge: break;
+  }
+  _report.status = "out_of_memory";
+  return Fail(kOutOfMemory,
+              NameOutput() + " would be larger than a GLB file can be, 4 GiB; save it as .gltf, or split the scene");
+}
+
+std::string Session::NameOutput() const
+{
+  return _arguments.output == "-" ? "the file" : "\"" + _arguments.output + "\"";
 }
 
 }  // namespace q7z::app

@@ -45,14 +45,18 @@ Result<BlockOwner> ReadFileIntoBlock(const String& path, Int padding) noexcept
   }
 }
 
-std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount)
+std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount, std::string* reason)
 {
   WholeFile file;
   std::string failure = file.Open(path);
-  if (!failure.empty())
-    return failure;
-  std::fwrite(bytes, 1, byteCount, file.GetStream());  // what fails here fails the commit
-  return file.Commit();
+  if (failure.empty())
+  {
+    std::fwrite(bytes, 1, byteCount, file.GetStream());  // what fails here fails the commit
+    failure = file.Commit();
+  }
+  if (reason && !failure.empty())
+    *reason = file.GetReason();
+  return failure;
 }
 
 Error MakeIoError(const std::string& text) noexcept

@@ -38,8 +38,9 @@ private:
 /// The whole file followed by padding bytes of 0. An I/O error names the path and the reason.
 Result<BlockOwner> ReadFileIntoBlock(const String& path, Int padding) noexcept;
 
-/// Writes a whole file, as WholeFile does. @return an empty text, or what went wrong.
-std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount);
+/// Writes a whole file, as WholeFile does.
+/// @param reason  receives the reason alone of a failure; may be null. @return an empty text, or what went wrong.
+std::string WriteFileWhole(const std::string& path, const void* bytes, size_t byteCount, std::string* reason = nullptr);
 
 /// An error of the class io.
 Error MakeIoError(const std::string& text) noexcept;

@@ -255,11 +255,8 @@ Result<void> HeadlessUrlService::Write(const Url& url, const Byte* bytes, Int by
     return MakeSchemeError();
   try
   {
-    const std::string failure = WriteFileWhole(ToStd(url.GetPath()), bytes, static_cast<size_t>(byteCount));
-    if (failure.empty())
-      return {};
-    _writeFailure = failure;
-    return MakeIoError(failure);
+    const std::string failure = WriteFileWhole(ToStd(url.GetPath()), bytes, static_cast<size_t>(byteCount), &_writeFailure);
+    return failure.empty() ? Result<void>() : MakeIoError(failure);
   }
   catch (...)
   {

@@ -65,8 +65,9 @@ bool WholeFile::CloseStream() noexcept
   return !stream || std::fclose(stream) == 0;
 }
 
-std::string WholeFile::Describe(const std::string& reason) const
+std::string WholeFile::Describe(const std::string& reason)
 {
+  _reason = reason;
   return "cannot write \"" + _named + "\": " + reason;
 }
 

@@ -27,15 +27,18 @@ public:
   const std::string& GetTemporaryName() const noexcept { return _temporary; }
   /// Puts the file in the target's place. @return an empty text, or why that failed.
   std::string Commit();
+  /// The reason alone of the last failure, without what could not be written.
+  const std::string& GetReason() const noexcept { return _reason; }
 
 private:
   void Discard() noexcept;
   bool CloseStream() noexcept;
-  std::string Describe(const std::string& reason) const;
+  std::string Describe(const std::string& reason);
 
   std::FILE* _stream = nullptr;
-  std::string _named;      // the target as the caller names it
-  std::string _target;     // without links
+  std::string _named;   // the target as the caller names it
+  std::string _target;  // without links
+  std::string _reason;
   std::string _temporary;  // empty for a target that is written to as it is
 };
 

@@ -1,0 +1,405 @@
+// Saving from the command line: forms and options, what is refused, what survives a failure, and what the run tells.
+
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "tests/app/expectations.h"
+#include "tests/support/gltfbuilders.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+// A textured, animated triangle with normals and UVs, one metre to the right, and an instance of it.
+constexpr const char* kScene = R"({"format": "q7z scene", "version": 1, "parameters": {"2002": "by hand"},
+  "materials": [{"id": 9, "type": 5703, "name": "Red", "channels": {}}],
+  "objects": [{"id": 1, "type": 5100, "name": "Tri", "position": [100,0,100], "points": [0,0,0, 100,0,0, 0,100,0],
+    "polygons": [0,1,2,2], "tags": [{"id": 2, "type": 5711, "normals": [0,0,1, 0,0,1, 0,0,1, 0,0,1]},
+      {"id": 3, "type": 5671, "uvws": [0,0,0, 1,0,0, 0,1,0, 0,0,0]}]},
+    {"id": 4, "type": 5126, "name": "Again", "position": [0,100,0], "reference": 1},
+    {"id": 5, "type": 5103, "name": "Eye", "parameters": {"1001": 0, "1008": 1.0, "4600": 0.5}}]})";
+
+/// A run in a folder with these files. What it leaves is looked at by name.
+class Stage
+{
+public:
+  Stage()
+  {
+    _folder.Write("in.json", kScene);
+    _folder.Write("in.gltf", kGoodFile);
+    _folder.Write("warned.gltf", kWarnedFile);
+  }
+  RunResult Run(const std::vector<std::string>& arguments, RunSettings settings = {}) const
+  {
+    settings.folder = _folder.GetPath();
+    return RunTool(arguments, settings);
+  }
+  std::string Read(const std::string& name) const { return ReadWhole(_folder / name); }
+  const TempFolder& Folder() const { return _folder; }
+  /// The names beside the inputs.
+  std::vector<std::string> ListNew() const
+  {
+    std::vector<std::string> names = _folder.List();
+    std::erase_if(names, [](const std::string& name) { return name == "in.json" || name == "in.gltf" || name == "warned.gltf"; });
+    return names;
+  }
+
+private:
+  TempFolder _folder;
+};
+
+std::vector<std::string> Join(std::vector<std::string> arguments, const std::vector<std::string>& more)
+{
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  return arguments;
+}
+
+struct FormCase
+{
+  std::string name;
+  std::string out;
+  std::vector<std::string> options;
+  std::string begin;  // of the bytes
+};
+
+class AppForm : public testing::TestWithParam<FormCase>
+{};
+
+TEST_P(AppForm, FollowsOptionThenSuffix)
+{
+  for (const auto& [verb, in] : {std::pair("export", "in.json"), std::pair("convert", "in.gltf")})
+  {
+    SCOPED_TRACE(verb);
+    const Stage stage;
+    const RunResult result = stage.Run(Join({verb, in, GetParam().out}, GetParam().options));
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    const bool isStdout = GetParam().out == "-";
+    EXPECT_EQ(result.out == "", !isStdout);
+    const std::string bytes = isStdout ? result.out : stage.Read(GetParam().out);
+    EXPECT_EQ(bytes.substr(0, GetParam().begin.size()), GetParam().begin);
+    EXPECT_EQ(stage.ListNew(), isStdout ? std::vector<std::string>{} : std::vector<std::string>{GetParam().out});
+  }
+}
+
+const FormCase kFormCases[] = {
+  {"Text", "out.gltf", {}, "{\n"},
+  {"Binary", "out.glb", {}, "glTF"},
+  {"Capitals", "OUT.GLB", {}, "glTF"},
+  {"BinaryUnderTheOtherName", "out.gltf", {"--export", "fileFormat=glb"}, "glTF"},
+  {"TextUnderTheOtherName", "out.glb", {"--export", "fileFormat=gltf"}, "{\n"},
+  {"AnyNameWithTheOption", "out.bin", {"--export", "fileFormat=glb"}, "glTF"},
+  {"TheLastOptionCounts", "out.bin", {"--export", "fileFormat=glb", "--export", "fileFormat=gltf"}, "{\n"},
+  {"Stdout", "-", {}, "{\n"},
+  {"StdoutBinary", "-", {"--export", "fileFormat=glb"}, "glTF"},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, AppForm, testing::ValuesIn(kFormCases), RowName());
+
+/// A text that the option takes out of the file, and one that it puts in; empty for none.
+struct OptionCase
+{
+  std::string name;
+  std::string option;
+  std::string taken;
+  std::string put;
+};
+
+class AppExportOption : public testing::TestWithParam<OptionCase>
+{};
+
+TEST_P(AppExportOption, ReachesTheSaver)
+{
+  const auto& [name, option, taken, put] = GetParam();
+  const Stage stage;
+  const std::string plain = stage.Run({"export", "in.json", "-"}).out;
+  const RunResult chosen = stage.Run({"export", "in.json", "-", "--export", option});
+  EXPECT_EQ(chosen.status, 0) << chosen.err;
+  EXPECT_TRUE(taken.empty() || plain.find(taken) != std::string::npos) << plain;
+  EXPECT_TRUE(taken.empty() || chosen.out.find(taken) == std::string::npos) << chosen.out;
+  EXPECT_TRUE(put.empty() || plain.find(put) == std::string::npos) << plain;
+  EXPECT_TRUE(put.empty() || chosen.out.find(put) != std::string::npos) << chosen.out;
+}
+
+const OptionCase kOptionCases[] = {
+  {"Normals", "exportNormals=false", "\"NORMAL\"", ""},
+  {"Uvs", "exportUvs=off", "\"TEXCOORD_0\"", ""},
+  {"Cameras", "exportCameras=no", "\"Eye\"", ""},
+  {"Scale", "exportScale=50cm", "1.0,\n        0.0,\n        -1.0", "2.0,\n        0.0,\n        -2.0"},
+  {"ScaleAsFactor", "exportScale=0.5", "1.0,\n        0.0,\n        -1.0", "2.0,\n        0.0,\n        -2.0"},
+  {"Mirror", "flipZ=false", "1.0,\n        0.0,\n        -1.0", "1.0,\n        0.0,\n        1.0"},
+  {"Sharing", "shareMeshes=0", "", "\"mesh\": 1"},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, AppExportOption, testing::ValuesIn(kOptionCases), RowName());
+
+/// A run that saves nothing. An older out.glb stays as it is.
+struct FailCase
+{
+  std::string name;
+  std::vector<std::string> arguments;
+  int status;
+  std::string said;
+};
+
+class AppExportFails : public testing::TestWithParam<FailCase>
+{};
+
+TEST_P(AppExportFails, AndLeavesAllAsItWas)
+{
+  const Stage stage;
+  stage.Folder().Write("out.glb", "precious");
+  stage.Folder().Write("broken.json", R"({"format": "q7z scene", "version": 1, "objects": [{"id": 1, "type": 5140}, 2]})");
+  stage.Folder().Write("short.json", R"({"format": "q7z scene", "version": 1,
+    "objects": [{"id": 1, "type": 5100, "points": [0,0,0], "polygons": [0,0]}]})");
+  stage.Folder().Write("text.json", "no JSON");
+  stage.Folder().Write("refused.gltf", R"({"extensionsUsed":["EXT_one"],"extensionsRequired":["EXT_one"],"nodes":[{}]})");
+  std::filesystem::create_directory(stage.Folder() / "folder.glb");
+  std::filesystem::create_hard_link(stage.Folder() / "in.json", stage.Folder() / "link.glb");
+  const std::vector<std::string> before = stage.Folder().List();
+  ExpectFailure(stage.Run(Join(GetParam().arguments, {"--quiet"})), GetParam().status, GetParam().said);
+  EXPECT_EQ(stage.Read("out.glb"), "precious");
+  EXPECT_EQ(stage.Read("in.json"), kScene);
+  EXPECT_EQ(stage.Folder().List(), before);
+}
+
+const FailCase kFailCases[] = {
+  // Wrong usage.
+  {"UnknownSuffix",
+   {"export", "in.json", "out.obj"},
+   2,
+   "\"out.obj\" ends in neither .gltf nor .glb; choose with --export fileFormat=gltf or glb"},
+  {"NoSuffix", {"convert", "in.gltf", "out"}, 2, "\"out\" ends in neither .gltf nor .glb"},
+  {"NoOutput", {"export", "in.json"}, 2, "OUT is required"},
+  {"UnknownField", {"export", "in.json", "out.glb", "--export", "exportNormal=true"}, 2, "exportNormal"},
+  {"UnknownValue", {"export", "in.json", "out.glb", "--export", "exportNormals=perhaps"}, 2, "true or false"},
+  {"UnknownForm", {"export", "in.json", "out.glb", "--export", "fileFormat=obj"}, 2, "gltf or glb"},
+  {"ImportOptionOfAnExport", {"export", "in.json", "out.glb", "--import", "lights=true"}, 2, "--import"},
+  {"OutputIsTheInput", {"convert", "in.gltf", "./in.gltf"}, 2, "is the input itself; give another name"},
+  {"OutputLinksTheInput", {"export", "in.json", "link.glb"}, 2, "is the input itself; give another name"},
+  {"ReportIsTheOutput", {"export", "in.json", "out.glb", "--report", "out.glb"}, 2, "the report would replace \"out.glb\""},
+  {"BothToStdout", {"export", "in.json", "-", "--report", "-"}, 2, "cannot both go to stdout"},
+  // Inputs.
+  {"MissingScene", {"export", "none.json", "out.glb"}, 3, "cannot read \"none.json\": No such file or directory"},
+  {"SceneIsAFolder", {"export", "folder.glb", "out.glb"}, 3, "\"folder.glb\" is a folder; give a file"},
+  {"ObjectIsANumber", {"export", "broken.json", "out.glb"}, 1, "\"broken.json\" is no scene document: objects[1]"},
+  {"PolygonIsCut", {"export", "short.json", "out.glb"}, 1, "objects[0].polygons: "},
+  {"SceneIsText", {"export", "text.json", "out.glb"}, 1, "\"text.json\" is no scene document"},
+  {"SceneIsAnotherFile", {"export", "in.gltf", "out.glb"}, 1, "\"in.gltf\" is no scene document: "},
+  {"MissingFile", {"convert", "none.gltf", "out.glb"}, 3, "cannot read \"none.gltf\": No such file or directory"},
+  {"RefusedFile", {"convert", "refused.gltf", "out.glb"}, 1, "EXT_one"},
+  {"FileIsAScene", {"convert", "in.json", "out.glb"}, 1, "is neither a GLB file (version 2) nor named .gltf"},
+  // Outputs.
+  {"MissingFolder", {"export", "in.json", "none/out.glb"}, 3, "cannot write \"none/out.glb\": No such file or directory"},
+  {"OutputIsAFolder", {"export", "in.json", "folder.glb"}, 3, "cannot write \"folder.glb\": it is a folder"},
+  {"FullDevice", {"export", "in.json", "/dev/full", "--export", "fileFormat=glb"}, 3, "No space left on device"},
+  {"FullDeviceAsText", {"convert", "in.gltf", "/dev/full", "--export", "fileFormat=gltf"}, 3, "No space left on device"},
+  {"ReportInAMissingFolder", {"export", "in.json", "-", "--report", "none/report.json"}, 3, "none/report.json"},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, AppExportFails, testing::ValuesIn(kFailCases), RowName());
+
+TEST(AppExportStdout, OnAFullDeviceFails)
+{
+  const Stage stage;
+  for (const char* const form : {"fileFormat=gltf", "fileFormat=glb"})
+    ExpectFailure(stage.Run({"export", "in.json", "-", "--export", form}, {.input = "", .outPath = "/dev/full"}), 3,
+                  "cannot write to stdout: No space left on device");
+}
+
+/// A disk that is full in the middle of the file: no file may grow beyond 512 bytes.
+class AppFullDisk : public testing::TestWithParam<std::string>
+{};
+
+TEST_P(AppFullDisk, LeavesTheOlderFile)
+{
+  const Stage stage;
+  const std::string name = "out." + GetParam();
+  stage.Folder().Write(name, "precious");
+  const std::string line = "trap '' XFSZ; ulimit -f 1; exec " Q7Z_TEST_BIN_DIR "/q7z export in.json " + name + " --report -";
+  RunSettings settings{.input = "", .environment = {{"LLVM_PROFILE_FILE", "/dev/null"}}};  // its file would be cut, too
+  settings.folder = stage.Folder().GetPath();
+  const RunResult result = Process("/bin/sh", {"-c", line}, settings).Finish();
+  ExpectFailure(result, 3, "q7z: error: cannot write \"" + name + "\": File too large\n");
+  EXPECT_NE(result.out.find(R"("status": "io_error")"), std::string::npos) << result.out;
+  EXPECT_EQ(stage.Read(name), "precious");
+  EXPECT_EQ(stage.ListNew(), std::vector<std::string>{name});
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, AppFullDisk, testing::Values("gltf", "glb"), [](const auto& row) { return row.param; });
+
+TEST(AppExport, ReplacesAnOlderFileAndKeepsItsRights)
+{
+  for (const char* const name : {"out.gltf", "out.glb"})
+  {
+    const Stage stage;
+    const std::string out = stage.Folder().Write(name, std::string(1 << 20, 'x'));
+    ASSERT_EQ(chmod(out.c_str(), 0640), 0);
+    EXPECT_EQ(stage.Run({"export", "in.json", name}).status, 0);
+    EXPECT_EQ(stage.Read(name), stage.Run({"export", "in.json", "-", "--export", std::string("fileFormat=") + (name + 4)}).out);
+    struct stat status = {};
+    ASSERT_EQ(stat(out.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+    EXPECT_EQ(stage.ListNew(), std::vector<std::string>{name});
+  }
+}
+
+TEST(AppExport, ReadsAndWritesStreams)
+{
+  const Stage stage;
+  const TempFolder temporary;
+  const std::vector<std::pair<std::string, std::string>> environment = {{"TMPDIR", temporary.GetPath()}};
+  const RunResult exported = stage.Run({"export", "-", "-"}, {.input = kScene, .environment = environment});
+  EXPECT_EQ(exported.status, 0) << exported.err;
+  EXPECT_EQ(exported.out, stage.Run({"export", "in.json", "-"}).out);
+  const RunResult converted = stage.Run({"convert", "-", "-"}, {.input = exported.out, .environment = environment});
+  EXPECT_EQ(converted.status, 0) << converted.err;
+  EXPECT_NE(converted.out.find("\"Tri\""), std::string::npos) << converted.out;
+  EXPECT_EQ(temporary.List(), std::vector<std::string>{});
+}
+
+TEST(AppExport, WithoutAFolderForStdoutFails)
+{
+  const Stage stage;
+  ExpectFailure(stage.Run({"export", "in.json", "-"}, {.input = "", .environment = {{"TMPDIR", stage.Folder() / "none"}}}), 3,
+                "cannot make a temporary folder: No such file or directory");
+}
+
+TEST(AppConvert, IsAnImportAndAnExport)
+{
+  const Stage stage;
+  ASSERT_EQ(stage.Run({"export", "in.json", "a.glb"}).status, 0);
+  ASSERT_EQ(stage.Run({"convert", "a.glb", "b.gltf"}).status, 0);
+  ASSERT_EQ(stage.Run({"import", "a.glb", "scene.json"}).status, 0);
+  ASSERT_EQ(stage.Run({"export", "scene.json", "c.gltf"}).status, 0);
+  EXPECT_NE(stage.Read("b.gltf"), "");
+  EXPECT_EQ(stage.Read("b.gltf"), stage.Read("c.gltf"));
+}
+
+TEST(AppConvert, WritesInSpiteOfWarnings)
+{
+  const Stage stage;
+  const RunResult warned = stage.Run({"convert", "warned.gltf", "a.gltf"});
+  EXPECT_EQ(warned.status, 0);
+  EXPECT_EQ(warned.err, kWarning);
+  const RunResult strict = stage.Run({"convert", "warned.gltf", "b.gltf", "--strict", "--quiet"});
+  EXPECT_EQ(strict.status, 5);
+  EXPECT_EQ(strict.err, "");
+  EXPECT_NE(stage.Read("a.gltf"), "");
+  EXPECT_EQ(stage.Read("a.gltf"), stage.Read("b.gltf"));
+}
+
+TEST(AppConvert, ShowsABarOnTheThreadOfItsOwn)
+{
+  const Stage stage;
+  const RunResult result = stage.Run({"convert", "in.gltf", "a.glb", "--progress", "always"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(stage.Run({"convert", "in.gltf", "b.glb"}).status, 0);
+  EXPECT_EQ(stage.Read("a.glb"), stage.Read("b.glb"));
+}
+
+TEST(AppExportVerbose, TellsWhy)
+{
+  const Stage stage;
+  const RunResult result = stage.Run({"export", "in.json", "-", "--verbose", "--plugin", Q7Z_TEST_BIN_DIR "/io_gltf.so"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.err, "");
+}
+
+/// What stands in the report.
+struct SavedReportCase
+{
+  std::string name;
+  std::vector<std::string> arguments;
+  int status;
+  std::vector<std::string> texts;
+};
+
+class AppSavedReport : public testing::TestWithParam<SavedReportCase>
+{};
+
+TEST_P(AppSavedReport, TellsTheRun)
+{
+  const Stage stage;
+  const std::vector<std::string> arguments = Join(GetParam().arguments, {"--report", "report.json", "--quiet"});
+  EXPECT_EQ(stage.Run(arguments).status, GetParam().status);
+  const std::string report = stage.Read("report.json");
+  for (const std::string& text : GetParam().texts)
+    EXPECT_NE(report.find(text), std::string::npos) << report << "lacks: " << text;
+  EXPECT_NE(report.find("\"exitCode\": " + std::to_string(GetParam().status) + ","), std::string::npos) << report;
+  EXPECT_EQ(report.find(stage.Folder().GetPath()), std::string::npos) << "an absolute path: " << report;
+  EXPECT_EQ(stage.Run(arguments).status, GetParam().status);
+  EXPECT_EQ(stage.Read("report.json"), report) << "two runs differ";
+}
+
+const SavedReportCase kSavedReportCases[] = {
+  {"Export",
+   {"export", "in.json", "out.glb"},
+   0,
+   {R"("verb": "export")", R"("uri": "in.json")", R"("status": "none")", R"("numErrors": 0)", R"("objects": 3)", R"("points": 3)",
+    R"("polygons": 1)"}},
+  {"Convert",
+   {"convert", "warned.gltf", "out.gltf"},
+   0,
+   {R"("verb": "convert")", R"("uri": "warned.gltf")", R"("status": "none")", R"("numWarnings": 1)", R"("objects": )"}},
+  {"ConvertStrictly", {"convert", "warned.gltf", "out.gltf", "--strict"}, 5, {R"("status": "none")", R"("numWarnings": 1)"}},
+  {"Refused",
+   {"export", "in.gltf", "out.glb"},
+   1,
+   {R"("status": "not_recognised")", R"("numErrors": 1)", "is no scene document"}},
+  {"NotWritten", {"export", "in.json", "none/out.glb"}, 3, {R"("numErrors": 1)", "cannot write \\\"none/out.glb\\\""}},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, AppSavedReport, testing::ValuesIn(kSavedReportCases), RowName());
+
+/// What the plug-in answers, and what becomes of it.
+struct AnswerCase
+{
+  std::string name;
+  std::string answer;
+  std::string out;
+  std::string scene;
+  int status;
+  std::string said;  // empty when nothing is
+};
+
+class AppSaverAnswer : public testing::TestWithParam<AnswerCase>
+{};
+
+TEST_P(AppSaverAnswer, BecomesAnExitCode)
+{
+  const Stage stage;
+  stage.Folder().Write("plain.json", R"({"format": "q7z scene", "version": 1})");
+  stage.Folder().Write(GetParam().out, "precious");
+  const RunResult result = stage.Run({"export", GetParam().scene, GetParam().out, "--plugin", Q7Z_TEST_FAKE_SAVER},
+                                     {.input = "", .environment = {{"Q7Z_FAKE_SAVE", GetParam().answer}}});
+  EXPECT_EQ(result.status, GetParam().status);
+  EXPECT_EQ(result.err, GetParam().said.empty() ? "" : "q7z: error: " + GetParam().said + "\n");
+  EXPECT_EQ(stage.Read(GetParam().out) == "precious", GetParam().status != 0);
+  EXPECT_EQ(stage.ListNew(), (std::vector<std::string>{GetParam().out, "plain.json"}));
+}
+
+const AnswerCase kAnswerCases[] = {
+  {"State", "-6", "out.gltf", "in.json", 1, "\"out.gltf\" could not be saved: the plug-in answered -6"},
+  {"Memory", "-7", "out.gltf", "in.json", 4, "\"out.gltf\" needs more memory to be saved than there is"},
+  {"Cancelled", "-8", "out.gltf", "in.json", 130, "interrupted"},
+  {"AnyOther", "-100", "out.gltf", "in.json", 1, "\"out.gltf\" could not be saved: the plug-in answered -100"},
+  {"TooLarge", "large", "out.glb", "in.json", 4,
+   "\"out.glb\" would be larger than a GLB file can be, 4 GiB; save it as .gltf, or split the scene"},
+  {"LargeIsNoMatterForText", "large", "out.gltf", "in.json", 0, ""},
+  {"SmallScenesAreNotLookedAt", "large", "out.glb", "plain.json", 0, ""},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, AppSaverAnswer, testing::ValuesIn(kAnswerCases), RowName());
+
+TEST(AppSaverAnswerToStdout, IsLookedAtBeforeItIsWritten)
+{
+  const Stage stage;
+  const RunResult result = stage.Run({"export", "in.json", "-", "--export", "fileFormat=glb", "--plugin", Q7Z_TEST_FAKE_SAVER},
+                                     {.input = "", .environment = {{"Q7Z_FAKE_SAVE", "large"}}});
+  ExpectFailure(result, 4, "the file would be larger than a GLB file can be, 4 GiB");
+  EXPECT_EQ(result.out, "");
+}
+
+}  // namespace
+}  // namespace q7z::test
