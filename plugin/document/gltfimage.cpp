@@ -173,7 +173,14 @@ Result<String> GltfImage::GetImageExtension() const noexcept
 
 Result<void> GltfImage::SetImageData(const BaseArray<Byte>& bytes, Int32 imageType, Bool keepRaw) noexcept
 {
-  RETURN_IF_ERROR(_data.CopyFrom(bytes));
+  BaseArray<Byte> copy;
+  RETURN_IF_ERROR(copy.CopyFrom(bytes));
+  return SetImageData(std::move(copy), imageType, keepRaw);
+}
+
+Result<void> GltfImage::SetImageData(BaseArray<Byte>&& bytes, Int32 imageType, Bool keepRaw) noexcept
+{
+  _data = std::move(bytes);
   _imageType = imageType;
   _mimeType = imageType == kPngImageType ? "image/png"_s : "image/jpeg"_s;
   if (keepRaw)

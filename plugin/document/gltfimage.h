@@ -60,6 +60,8 @@ public:
 
   /// Copies the encoded bytes. @param keepRaw  they go into a view later; else they become the URI at once.
   Result<void> SetImageData(const BaseArray<Byte>& bytes, Int32 imageType, Bool keepRaw) noexcept;
+  /// The same, taking them over.
+  Result<void> SetImageData(BaseArray<Byte>&& bytes, Int32 imageType, Bool keepRaw) noexcept;
   const String& GetMimeType() const noexcept { return _mimeType; }
   Int32 GetImageType() const noexcept { return _imageType; }
 

@@ -277,8 +277,8 @@ Result<void> EncodeBitmap(HostBitmap* bitmap, ExportTexture& texture, Bool keepR
   HostImage* const image = Bitmap().GetImage(bitmap);
   CHECK_STATE(image);
   const Char* const session = asJpeg ? HostMediaSessions::kJpegExport : HostMediaSessions::kPngExport;
-  ASSIGN_OR_RETURN(const BaseArray<Byte> bytes, sessions->Encode(session, image));
-  RETURN_IF_ERROR(texture.image.SetImageData(bytes, asJpeg ? kJpegImageType : kPngImageType, keepRaw));
+  ASSIGN_OR_RETURN(BaseArray<Byte> bytes, sessions->Encode(session, image));
+  RETURN_IF_ERROR(texture.image.SetImageData(std::move(bytes), asJpeg ? kJpegImageType : kPngImageType, keepRaw));
   texture.hasImage = true;
   return {};
 }

@@ -104,7 +104,7 @@ private:
   // gltfmaterialexportexchange.cpp: node materials.
   Result<void> ExchangeMaterialExport(const DataDictionary& settings, Bool exportTextures, Bool keepRaw) noexcept;
   Result<void> EncodeTextures(const HostMaterialExchangeData& record, Bool keepRaw) noexcept;
-  Result<void> TakeTexture(const Encoding& encoding, HostMediaSessions& sessions, Bool keepRaw) noexcept;
+  Result<void> TakeTexture(Encoding& encoding, HostMediaSessions& sessions, Bool keepRaw) noexcept;
   Result<void> ReadParameters(const HostMaterialExchangeData& record) noexcept;
 
   String _name;

@@ -188,12 +188,12 @@ Result<void> MaterialDescriptor::EncodeTextures(const HostMaterialExchangeData& 
                             }
                             return {};
                           }));
-  for (const Encoding& encoding : encodings)
+  for (Encoding& encoding : encodings)
     RETURN_IF_ERROR(TakeTexture(encoding, *sessions, keepRaw));
   return {};
 }
 
-Result<void> MaterialDescriptor::TakeTexture(const Encoding& encoding, HostMediaSessions& sessions, Bool keepRaw) noexcept
+Result<void> MaterialDescriptor::TakeTexture(Encoding& encoding, HostMediaSessions& sessions, Bool keepRaw) noexcept
 {
   const auto saveConvert = [&]() -> const Result<BaseArray<Byte>>& { return encoding.bytes; };
   CHECK_STATE(saveConvert());
@@ -203,7 +203,7 @@ Result<void> MaterialDescriptor::TakeTexture(const Encoding& encoding, HostMedia
   CHECK_STATE(bitmapFilenameKey < Bitmaps::BCOUNT);
   ExportTexture& texture = _textures[textureInfo->kind];
   if (encoding.bytes.GetValue().IsPopulated())
-    RETURN_IF_ERROR(texture.image.SetImageData(encoding.bytes.GetValue(), kPngImageType, keepRaw));
+    RETURN_IF_ERROR(texture.image.SetImageData(std::move(encoding.bytes).GetValue(), kPngImageType, keepRaw));
   texture.hasImage = true;
   _fileNames[bitmapFilenameKey] = encoding.imageKey.first;
   if (!_dupdetect->FindImage(encoding.imageKey))

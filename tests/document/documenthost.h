@@ -30,6 +30,7 @@ public:
     std::unique_ptr<Byte[]> bytes;
     Int size = 0;
     Int position = 0;
+    std::string written;  // the path of a file that is written
   };
 
   HostFile* Alloc() noexcept override
@@ -44,8 +45,14 @@ public:
     --liveFiles;
     delete static_cast<File*>(file);
   }
-  Bool Open(HostFile* file, const HostFilename& name, FILEOPEN, FILEDIALOG, BYTEORDER, UInt32, UInt32) noexcept override
+  Bool Open(HostFile* file, const HostFilename& name, FILEOPEN mode, FILEDIALOG, BYTEORDER, UInt32, UInt32) noexcept override
   {
+    if (mode == FILEOPEN::WRITE && !refuseOpen)
+    {
+      static_cast<File&>(*file).written = Text(name.GetPath());
+      contents[Text(name.GetPath())].clear();
+      return true;
+    }
     const auto found = contents.find(Text(name.GetPath()));
     if (found == contents.end() || refuseOpen)
       return false;
@@ -74,7 +81,14 @@ public:
     source.position += count;
     return count;
   }
-  Bool WriteBytes(HostFile*, const void*, Int) noexcept override { return false; }
+  Bool WriteBytes(HostFile* file, const void* source, Int byteCount) noexcept override
+  {
+    if (failWrite)
+      return false;
+    Bytes& target = contents[static_cast<File*>(file)->written];
+    target.insert(target.end(), static_cast<const Byte*>(source), static_cast<const Byte*>(source) + byteCount);
+    return true;
+  }
   Bool ReadUInt32(HostFile* file, UInt32* value) noexcept override { return ReadBytes(file, value, 4) == 4; }
   Bool Exists(const HostFilename& name) noexcept override { return contents.contains(Text(name.GetPath())); }
 
@@ -83,6 +97,7 @@ public:
   Bool refuseOpen = false;
   int seeksUntilFailure = -1;  // never
   Bool failRead = false;
+  Bool failWrite = false;
   Bool failClose = false;
   Int longestRead = INT64_MAX;
   int liveFiles = 0;
@@ -246,6 +261,8 @@ public:
     _tables.console = &console;
     Offer<HostJson>(&json);
     Offer<HostBase64Decoder>(&base64);
+    Offer<HostBase64Encoder>(&encoder);
+    Offer<HostUrlPathDecoder>(&pathDecoder);
     Offer<HostUrlService>(&urls);
     Offer<HostHash>(&hash);
     g_hostTables = &_tables;
@@ -270,6 +287,8 @@ public:
   DocumentConsole console;
   TestJson json;
   TestBase64 base64;
+  HeadlessBase64Encoder encoder;
+  HeadlessUrlPathDecoder pathDecoder;
   TestUrls urls;
   TestHash hash;
   TestRegistry registry;

@@ -1,0 +1,290 @@
+// The bytes of an image: where they come from, where they go, and what an image is called.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/document/documenthost.h"
+#include "tests/document/records.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+constexpr const char* kWrongScheme = "Illegal state: Condition assetUrl.GetScheme() == URLSCHEME_FILESYSTEM not fulfilled. ";
+constexpr const char* kNoSuchFile = "Illegal state: Condition GeFExist(fileName) not fulfilled. ";
+
+GltfImage ReadImage(const std::string& members)
+{
+  GltfImage image;
+  EXPECT_EQ(ErrorText(image.ReadFromJson(ParseObject("{" + members + "}"))), "");
+  return image;
+}
+
+GltfImage ReadUri(const std::string& uri)
+{
+  return ReadImage(R"("uri":")" + uri + "\"");
+}
+
+BaseArray<Byte> MakeArray(const Bytes& bytes)
+{
+  BaseArray<Byte> array;
+  EXPECT_EQ(ErrorText(array.AppendCopies(bytes.data(), static_cast<Int>(bytes.size()))), "");
+  return array;
+}
+
+/// /models holds some images; /other one.
+struct SourceRow
+{
+  const char* name;
+  const char* uri;
+  const char* message;
+  Bytes bytes;
+};
+
+class ImageSource : public testing::TestWithParam<SourceRow>
+{};
+
+TEST_P(ImageSource, FillsTheBytesOrTellsWhyNot)
+{
+  DocumentHost host;
+  host.files.contents = {{"/models/wood.png", {1, 2, 3}}, {"/models/a b.png", {4}}, {"/models/a%20b.png", {5}},
+                         {"/models/textures/x.jpg", {6}}, {"/models/empty", {}},    {"/other/x.png", {7}}};
+  GltfImage image = ReadUri(GetParam().uri);
+  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl("/models"))), GetParam().message);
+  EXPECT_EQ(ToVector(image.GetData()), GetParam().bytes);
+  EXPECT_EQ(host.files.liveFiles, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ImageSource,
+                         testing::Values(SourceRow{"Png", "data:image/png;base64,AQID", "", {1, 2, 3}},
+                                         SourceRow{"Jpeg", "data:image/jpeg;base64,AQI=", "", {1, 2}},
+                                         SourceRow{"EmptyDataUri", "data:image/png;base64,", "", {}},
+                                         SourceRow{"BrokenDataUri", "data:image/png;base64,A*ID", "no base64", {}},
+                                         SourceRow{"OtherDataUri", "data:image/webp;base64,AQID", kWrongScheme, {}},
+                                         SourceRow{"DataUriOfABuffer",
+                                                   "data:application/octet-stream;base64,AQID",
+                                                   kWrongScheme,
+                                                   {}},
+                                         SourceRow{"RelativeFile", "wood.png", "", {1, 2, 3}},
+                                         SourceRow{"FileBelow", "textures/x.jpg", "", {6}},
+                                         SourceRow{"PercentCodes", "a%20b.png", "", {4}},
+                                         SourceRow{"PercentCodesAreDecodedOnce", "a%2520b.png", "", {5}},
+                                         SourceRow{"EmptyFile", "empty", "", {}}, SourceRow{"LocalFile", "/other/x.png", "", {7}},
+                                         SourceRow{"FileScheme", "file:///other/x.png", "", {7}},
+                                         SourceRow{"MissingFile", "no.png", kNoSuchFile, {}},
+                                         SourceRow{"Http", "http://models/wood.png", "This is not supported.", {}},
+                                         SourceRow{"CodedHttp", "http%3A//models/wood.png", "This is not supported.", {}},
+                                         SourceRow{"Https", "https://models/wood.png", kWrongScheme, {}},
+                                         SourceRow{"ZeroByte", "a%00.png", "A path cannot hold a zero byte.", {}}),
+                         RowName());
+
+struct FaultRow
+{
+  const char* name;
+  void (*fault)(MemoryFiles&);
+  const char* message;
+};
+
+class ImageFileFaults : public testing::TestWithParam<FaultRow>
+{};
+
+TEST_P(ImageFileFaults, LeaveTheImageEmpty)
+{
+  DocumentHost host;
+  host.files.contents["/models/wood.png"] = {1, 2, 3};
+  GetParam().fault(host.files);
+  GltfImage image = ReadUri("wood.png");
+  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl("/models"))), GetParam().message);
+  EXPECT_TRUE(image.GetData().IsEmpty());
+  EXPECT_EQ(host.files.liveFiles, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ImageFileFaults,
+                         testing::Values(FaultRow{"Alloc", [](MemoryFiles& files) { files.refuseAlloc = true; },
+                                                  "Out of memory. "},
+                                         FaultRow{"Open", [](MemoryFiles& files) { files.refuseOpen = true; },
+                                                  "Illegal state: Condition file->Open(fileName) not fulfilled. "},
+                                         FaultRow{"Close", [](MemoryFiles& files) { files.failClose = true; },
+                                                  "Illegal state: Condition file->Close() not fulfilled. "},
+                                         FaultRow{"ShortRead", [](MemoryFiles& files) { files.longestRead = 2; },
+                                                  "Illegal state: Condition bytesRead == bytes.GetCount() not fulfilled. "},
+                                         FaultRow{"FailedRead", [](MemoryFiles& files) { files.failRead = true; },
+                                                  "Illegal state: Condition bytesRead == bytes.GetCount() not fulfilled. "}),
+                         RowName());
+
+TEST(ImageSource, NeedsTheDecoders)
+{
+  DocumentHost host;
+  GltfImage image = ReadUri("data:image/png;base64,AQID");
+  host.Withdraw<HostBase64Decoder>();
+  host.Withdraw<HostUrlPathDecoder>();
+  EXPECT_EQ(image.LoadImageData(PathUrl("/models")).GetError().GetClass(), ErrorClass::kNullPtr);
+  EXPECT_TRUE(GltfImage().ReadFromJson(ParseObject(R"({"uri":"a.png"})")).HasError());
+}
+
+TEST(ImageSource, BytesWithoutUriNeedAnExtension)
+{
+  const DocumentHost host;
+  GltfImage nothing = ReadImage("");
+  EXPECT_EQ(ErrorText(nothing.LoadImageData(PathUrl("/models"))), "");
+  GltfData data = ReadRecords(R"({"materials":[{"normalTexture":{"index":0}}],"textures":[{"source":0}],
+                                  "images":[{"bufferView":0}],"buffers":[{"byteLength":2}],
+                                  "bufferViews":[{"buffer":0,"byteLength":2}]})",
+                              {1, 2});
+  ASSERT_EQ(ErrorText(data.materials.Find(0)->ResolveMaterial(&data)), "");
+  GltfImage& image = *data.images.Find(0);
+  ASSERT_EQ(ErrorText(image.CopyFromBufferView()), "");
+  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl("/models"))),
+            "Illegal state: Condition _data.IsEmpty() || GetImageExtension().IsPopulated() not fulfilled. ");
+}
+
+/// A view over a buffer of the bytes 0 to 7.
+struct ViewRow
+{
+  const char* name;
+  const char* view;
+  Bool copies;
+  Bytes bytes;
+};
+
+class ImageView : public testing::TestWithParam<ViewRow>
+{};
+
+TEST_P(ImageView, IsCopiedWholeOrNotAtAll)
+{
+  const DocumentHost host;
+  GltfData data = ReadRecords(R"({"images":[{"bufferView":0}],"buffers":[{"byteLength":8}],"bufferViews":[)" +
+                                std::string(GetParam().view) + "]}",
+                              {0, 1, 2, 3, 4, 5, 6, 7});
+  GltfImage& image = *data.images.Find(0);
+  EXPECT_EQ(ErrorText(image.CopyFromBufferView()), "Illegal state: Condition _bufferView not fulfilled. ");
+  ASSERT_EQ(ErrorText(image.Resolve(data)), "");
+  EXPECT_EQ(!image.CopyFromBufferView().HasError(), GetParam().copies);
+  EXPECT_EQ(ToVector(image.GetData()), GetParam().bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ImageView,
+                         testing::Values(ViewRow{"Part", R"({"buffer":0,"byteOffset":2,"byteLength":3})", true, {2, 3, 4}},
+                                         ViewRow{"Whole", R"({"buffer":0,"byteLength":8})", true, {0, 1, 2, 3, 4, 5, 6, 7}},
+                                         ViewRow{"StrideCountsForNothing",
+                                                 R"({"buffer":0,"byteLength":2,"byteStride":64})",
+                                                 true,
+                                                 {0, 1}},
+                                         ViewRow{"Empty", R"({"buffer":0,"byteLength":0})", true, {}},
+                                         ViewRow{"OneTooLong", R"({"buffer":0,"byteLength":9})", false, {}},
+                                         ViewRow{"OneTooFar", R"({"buffer":0,"byteOffset":6,"byteLength":3})", false, {}},
+                                         ViewRow{"NegativeLength", R"({"buffer":0,"byteLength":-4})", false, {}},
+                                         ViewRow{"NegativeOffset", R"({"buffer":0,"byteOffset":-1,"byteLength":4})", false, {}},
+                                         ViewRow{"HugeLength", R"({"buffer":0,"byteLength":9223372036854775807})", false, {}},
+                                         ViewRow{"HugeOffset",
+                                                 R"({"buffer":0,"byteOffset":9223372036854775807,"byteLength":8})",
+                                                 false,
+                                                 {}}),
+                         RowName());
+
+struct ExtensionRow
+{
+  const char* members;
+  const char* extension;
+};
+
+TEST(ImageExtension, ComesFromUriBeforeMimeType)
+{
+  const ExtensionRow rows[] = {
+    {R"("uri":"data:image/png;base64,AQID","mimeType":"image/jpeg")", "png"},
+    {R"("uri":"data:image/jpeg;base64,AQID","mimeType":"image/png")", "jpg"},
+    {R"("uri":"a/b.c/wood.TGA","mimeType":"image/png")", "TGA"},
+    {R"("uri":"wood.png.jpeg")", "jpeg"},
+    {R"("uri":"a.b/wood","mimeType":"image/png")", ""},
+    {R"("uri":"wood.webp","bufferView":0,"mimeType":"image/png")", "webp"},
+    {R"("mimeType":"image/png")", "png"},
+    {R"("mimeType":"image/jpeg")", "jpg"},
+    {R"("mimeType":"image/webp")", ""},
+    {R"("bufferView":0)", ""},
+  };
+  const DocumentHost host;
+  for (const ExtensionRow& row : rows)
+    EXPECT_EQ(Text(ReadImage(row.members).GetImageExtension().GetValue()), row.extension) << row.members;
+}
+
+TEST(SetImageData, MakesAUriUnlessTheBytesStayRaw)
+{
+  struct Row
+  {
+    Int32 type;
+    Bool keepRaw;
+    const char* mimeType;
+    const char* uri;
+  };
+  const Row rows[] = {
+    {1023671, false, "image/png", "data:image/png;base64,AQID"},
+    {1104, false, "image/jpeg", "data:image/jpeg;base64,AQID"},
+    {5, false, "image/jpeg", "data:image/png;base64,AQID"},  // no type of ours
+    {1023671, true, "image/png", ""},
+    {1104, true, "image/jpeg", ""},
+  };
+  const DocumentHost host;
+  for (const Row& row : rows)
+  {
+    GltfImage image;
+    ASSERT_EQ(ErrorText(image.SetImageData(MakeArray({1, 2, 3}), row.type, row.keepRaw)), "");
+    EXPECT_EQ(Text(image.GetMimeType()), row.mimeType);
+    EXPECT_EQ(Text(image.GetURIString()), row.uri);
+    EXPECT_EQ(image.GetImageType(), row.type);
+    EXPECT_EQ(ToVector(image.GetData()), (Bytes{1, 2, 3}));
+  }
+}
+
+struct SaveRow
+{
+  const char* name;
+  void (*fault)(MemoryFiles&);
+  const char* message;
+};
+
+class ImageSave : public testing::TestWithParam<SaveRow>
+{};
+
+TEST_P(ImageSave, WritesTheBytesOrTellsWhyNot)
+{
+  DocumentHost host;
+  GetParam().fault(host.files);
+  GltfImage image;
+  ASSERT_EQ(ErrorText(image.SetImageData(MakeArray({1, 2, 3}), kPngImageType, true)), "");
+  EXPECT_EQ(ErrorText(image.SaveImageData(PathUrl("/tex/a.png"))), GetParam().message);
+  EXPECT_EQ(host.files.liveFiles, 0);
+  if (!*GetParam().message)
+  {
+    EXPECT_EQ(host.files.contents["/tex/a.png"], (Bytes{1, 2, 3}));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+  Rows, ImageSave,
+  testing::Values(SaveRow{"New", [](MemoryFiles&) {}, ""},
+                  SaveRow{"OverALongerFile", [](MemoryFiles& files) { files.contents["/tex/a.png"] = {9, 9, 9, 9}; }, ""},
+                  SaveRow{"Alloc", [](MemoryFiles& files) { files.refuseAlloc = true; }, "Out of memory. "},
+                  SaveRow{"Open", [](MemoryFiles& files) { files.refuseOpen = true; },
+                          "Illegal state: Condition bfOut->Open(TarnoConvert(url), FILEOPEN::WRITE, FILEDIALOG::NONE) not "
+                          "fulfilled. "},
+                  SaveRow{"Write", [](MemoryFiles& files) { files.failWrite = true; },
+                          "Illegal state: Condition bfOut->WriteBytes(_data.GetFirst(), _data.GetCount()) not fulfilled. "},
+                  SaveRow{"Close", [](MemoryFiles& files) { files.failClose = true; },
+                          "Illegal state: Condition bfOut->Close() not fulfilled. "}),
+  RowName());
+
+TEST(ImageSave, WithoutBytesWritesNothing)
+{
+  const char* const kNoBytes =
+    "Illegal state: Condition _data.IsPopulated() || (_uri.IsPopulated() && IsBase64()) not fulfilled. ";
+  const std::pair<const char*, const char*> rows[] = {{"data:image/png;base64,AQID", ""}, {"wood.png", kNoBytes}, {"", kNoBytes}};
+  DocumentHost host;
+  for (const auto& [uri, message] : rows)
+    EXPECT_EQ(ErrorText(ReadUri(uri).SaveImageData(PathUrl("/tex/a.png"))), message) << uri;
+  EXPECT_TRUE(host.files.contents.empty());
+}
+
+}  // namespace
+}  // namespace q7z::test
