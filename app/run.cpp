@@ -19,13 +19,6 @@ namespace q7z::app
 namespace
 {
 
-/// The folder part of a path; empty for a bare name.
-std::string GetFolder(const std::string& path)
-{
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : slash == 0 ? "/" : path.substr(0, slash);
-}
-
 /// A stream that takes no more once the run was interrupted.
 class RunSink final : public ByteSink
 {
@@ -65,14 +58,14 @@ int WriteDocument(Session& session, const std::string& path)
   if (path == "-")
   {
     RunSink sink(stdout);
-    const int code = Judge(session, WriteSceneDocument(session.GetDocument(), "", sink));
+    const int code = Judge(session, WriteSceneDocument(session.GetDocument(), "", sink, session.GetImageFolder()));
     return code ? code : FlushStdout(session);
   }
   WholeFile file;
   if (const std::string failure = file.Open(path); !failure.empty())
     return session.Fail(kNoAccess, failure);
   RunSink sink(file.GetStream());
-  if (const int code = Judge(session, WriteSceneDocument(session.GetDocument(), GetFolder(path), sink)))
+  if (const int code = Judge(session, WriteSceneDocument(session.GetDocument(), GetFolder(path), sink, session.GetImageFolder())))
     return code;
   const std::string failure = file.Commit();
   return failure.empty() ? kDone : session.Fail(kNoAccess, failure);
@@ -81,7 +74,9 @@ int WriteDocument(Session& session, const std::string& path)
 int ShowTree(Session& session)
 {
   RunSink sink(stdout);
-  const TreeSettings settings{.isUtf8 = IsUtf8Locale(std::getenv("LC_ALL"), std::getenv("LC_CTYPE"), std::getenv("LANG"))};
+  const std::string imageFolder = session.GetImageFolder();
+  const TreeSettings settings{.isUtf8 = IsUtf8Locale(std::getenv("LC_ALL"), std::getenv("LC_CTYPE"), std::getenv("LANG")),
+                              .imageFolder = imageFolder};
   const int code = Judge(session, PrintTree(session.GetDocument(), settings, sink));
   return code ? code : FlushStdout(session);
 }
@@ -93,6 +88,8 @@ int RunImport(const Arguments& arguments)
   int code = session.LoadInput();
   if (code == kDone && !arguments.output.empty())
     code = WriteDocument(session, arguments.output);
+  if (code == kDone)
+    session.WarnOfLostImages();
   return session.Finish(code);
 }
 

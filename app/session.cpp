@@ -39,7 +39,34 @@ int64_t CountOf(const HeadlessObject& object, Int32 type, Int32 (HeadlessPolygon
   return object.GetType() == type ? (static_cast<const HeadlessPolygonObject&>(object).*count)() : 0;
 }
 
+/// The folder for images is there in each load of materials; one that got none goes again.
+class ImageFolderGuard
+{
+public:
+  explicit ImageFolderGuard(const std::string& parent) : _path(parent.empty() ? "" : parent + "/tex")
+  {
+    if (GetFileSystemType(_path) != HostFileSystemType::kNone)
+      _path.clear();
+  }
+  ImageFolderGuard(const ImageFolderGuard&) = delete;
+  ImageFolderGuard& operator=(const ImageFolderGuard&) = delete;
+  ~ImageFolderGuard()
+  {
+    if (!_path.empty())
+      rmdir(_path.c_str());  // refused when something is in it
+  }
+
+private:
+  std::string _path;  // empty for nothing to do
+};
+
 }  // namespace
+
+std::string GetFolder(const std::string& path)
+{
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : slash == 0 ? "/" : path.substr(0, slash);
+}
 
 Session::Session(const Arguments& arguments)
     : _arguments(arguments),
@@ -65,7 +92,8 @@ int Session::LoadInput()
   request.path = _path;
   request.parameters = _arguments.importParameters;
   request.allowOutside = _arguments.allowOutside;
-  request.texFolder = _arguments.texFolder;
+  request.texFolder = ChooseImageFolder();
+  const ImageFolderGuard imageFolder(request.texFolder);
   const LoadReport loaded = _host->Load(request, *_document, _job);
   StopTimer("load");
   _bar.Clear();
@@ -99,6 +127,37 @@ int Session::ReadScene()
   if (error.GetClass() == ErrorClass::kIo)
     return Fail(kNoAccess, reason);
   return Fail(kRefused, "\"" + _arguments.input + "\" is no scene document: " + reason);
+}
+
+/// A scene document finds its images beside it; all other output holds them itself, or names nothing that stays.
+std::string Session::ChooseImageFolder() const
+{
+  if (!_arguments.texFolder.empty() || _arguments.verb != Verb::kImport || _arguments.output.empty() || _arguments.output == "-")
+    return _arguments.texFolder;
+  const std::string folder = GetFolder(_arguments.output);
+  if (folder.empty())
+    return ".";
+  return GetFileSystemType(folder) == HostFileSystemType::kFolder ? folder : "";
+}
+
+std::string Session::GetImageFolder() const
+{
+  if (!_arguments.texFolder.empty())
+    return "";
+  const std::string& temporary = _host->GetTemporaryFolder();
+  return temporary.empty() ? ChooseImageFolder() : temporary;
+}
+
+void Session::WarnOfLostImages()
+{
+  const std::string& temporary = _host->GetTemporaryFolder();
+  std::error_code error;
+  if (_arguments.output.empty() || temporary.empty() || std::filesystem::is_empty(temporary + "/tex", error) || error)
+    return;
+  const std::string text = "the images that \"" + _arguments.input + "\" holds itself are not kept; --tex DIR keeps them";
+  _report.issues.push_back({"IMAGES_NOT_KEPT", Severity::kWarning, text});
+  if (!_arguments.quiet)
+    Say("warning", kYellow, text);
 }
 
 int Session::CheckInput(const std::string& stdinName)

@@ -13,6 +13,9 @@
 namespace q7z::app
 {
 
+/// The folder part of a path; empty for a bare name.
+std::string GetFolder(const std::string& path);
+
 class Session
 {
 public:
@@ -27,6 +30,11 @@ public:
   /// Saves the document as a glTF file where the output is wanted. @return the exit code so far.
   int SaveOutput();
 
+  /// Says that images which the file held itself go with the run, where a document was written that names them.
+  void WarnOfLostImages();
+
+  /// Where images that the file held itself are, when nobody named a folder for them; empty for nowhere.
+  std::string GetImageFolder() const;
   HeadlessDocument& GetDocument() { return *_document; }
   HeadlessJob& GetJob() { return _job; }
   RunReport& GetReport() { return _report; }
@@ -41,6 +49,7 @@ public:
   int Finish(int code);
 
 private:
+  std::string ChooseImageFolder() const;
   int CheckInput(const std::string& stdinName);
   int StartHost();
   int MakeDocument();

@@ -473,6 +473,11 @@ SaveReport HeadlessHost::RunSave(const SaveRequest& request, HeadlessDocument& d
   return report;
 }
 
+const std::string& HeadlessHost::GetTemporaryFolder() const noexcept
+{
+  return _state->urls.GetTemporaryFolder();
+}
+
 HostTables& HeadlessHost::GetTables()
 {
   return _state->tables;

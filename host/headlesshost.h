@@ -106,6 +106,9 @@ public:
   /// the status is "out_of_memory", as when the plug-in runs out of it.
   LoadReport Load(const LoadRequest& request, HeadlessDocument& document, HeadlessJob& job) noexcept;
 
+  /// The folder in which `tex` was made for want of another; empty when none was needed.
+  const std::string& GetTemporaryFolder() const noexcept;
+
   /// Saves a document, which becomes the active one. Does not throw.
   SaveReport Save(const SaveRequest& request, HeadlessDocument& document) noexcept;
 

@@ -69,7 +69,7 @@ class TreePrinter
 {
 public:
   TreePrinter(const HeadlessDocument& document, const TreeSettings& settings, ByteSink& sink)
-      : _document(document), _isUtf8(settings.isUtf8), _lines(settings.isUtf8, sink)
+      : _document(document), _isUtf8(settings.isUtf8), _imageFolder(settings.imageFolder), _lines(settings.isUtf8, sink)
   {}
 
   Result<void> Print()
@@ -192,7 +192,7 @@ private:
       texts.push_back(std::move(factors));
     for (const auto& entry : record.data.textures)
     {
-      const std::string file = MakeTextureText(entry.GetValue().url, _document.GetFolder().GetView());
+      const std::string file = MakeTextureText(entry.GetValue().url, _document.GetFolder().GetView(), _imageFolder);
       texts.push_back(EscapeText(entry.GetKey().GetView(), _isUtf8) + " <- " + EscapeText(file, _isUtf8));
     }
     return texts;
@@ -440,6 +440,7 @@ private:
 
   const HeadlessDocument& _document;
   Bool _isUtf8;
+  std::string_view _imageFolder;
   TreeLines _lines;
   Int _objectCount = 0;
   Int _pointCount = 0;

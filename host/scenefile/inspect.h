@@ -12,6 +12,8 @@ struct TreeSettings
 {
   /// Lines of box characters, and texts as they are; else everything beyond ASCII is escaped.
   Bool isUtf8 = true;
+  /// Where images went that the file held itself: textures below it are shown relative to it; empty for nowhere.
+  std::string_view imageFolder{};
 };
 
 /// Writes the tree: layers, materials, objects with tags and tracks, takes, and a line of totals. Control characters in texts

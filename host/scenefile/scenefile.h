@@ -20,8 +20,10 @@ namespace q7z
 
 /// Writes the document, piece by piece, with memory for the ids of linked nodes only. A hierarchy of any depth is written, though
 /// one of more than some 500 levels nests deeper than JSON is read.
-/// @return the sink's error, or out of memory.
-Result<void> WriteSceneDocument(const HeadlessDocument& document, std::string_view folder, ByteSink& sink) noexcept;
+/// @param imageFolder  where images went that a file held itself: textures below it are written relative to it, wherever it is;
+///   empty for nowhere. @return the sink's error, or out of memory.
+Result<void> WriteSceneDocument(const HeadlessDocument& document, std::string_view folder, ByteSink& sink,
+                                std::string_view imageFolder = {}) noexcept;
 
 /// Reads a whole document; on failure there is none.
 /// @return an error of the class unexpected whose message begins with the JSON path of what is wrong, such as

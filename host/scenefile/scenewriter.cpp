@@ -143,11 +143,12 @@ void SceneWriter::WriteIdOrNull(const HeadlessNode* node)
 
 // The face.
 
-Result<void> WriteSceneDocument(const HeadlessDocument& document, std::string_view folder, ByteSink& sink) noexcept
+Result<void> WriteSceneDocument(const HeadlessDocument& document, std::string_view folder, ByteSink& sink,
+                                std::string_view imageFolder) noexcept
 {
   try
   {
-    SceneWriter writer(document, folder, sink);
+    SceneWriter writer(document, folder, imageFolder, sink);
     return writer.Write();
   }
   catch (...)

@@ -20,8 +20,8 @@ class SceneWriter
 {
 public:
   /// All must outlive the writer. folder: that of the document's file.
-  SceneWriter(const HeadlessDocument& document, std::string_view folder, ByteSink& sink)
-      : _document(document), _folder(folder), _json(sink)
+  SceneWriter(const HeadlessDocument& document, std::string_view folder, std::string_view imageFolder, ByteSink& sink)
+      : _document(document), _folder(folder), _imageFolder(imageFolder), _json(sink)
   {}
 
   Result<void> Write();
@@ -103,6 +103,7 @@ private:
 
   const HeadlessDocument& _document;
   std::string_view _folder;
+  std::string_view _imageFolder;
   JsonEmitter _json;
   std::unordered_map<const HeadlessNode*, Int> _linkedIds;  // of nodes that a link leads to, or once did
   Int _lastId = 0;

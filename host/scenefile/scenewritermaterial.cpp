@@ -62,7 +62,7 @@ void SceneWriter::WriteNodeMaterial(const NodeMaterialRecord& record)
     _json.WriteKey("textures");
     _json.BeginObject();
     for (const auto& entry : record.data.textures)
-      WriteTextMember(entry.GetKey().GetView(), MakeTextureText(entry.GetValue().url, _folder));
+      WriteTextMember(entry.GetKey().GetView(), MakeTextureText(entry.GetValue().url, _folder, _imageFolder));
     _json.EndObject();
   }
   _json.EndObject();

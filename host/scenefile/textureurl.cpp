@@ -55,7 +55,7 @@ std::string_view GetPathBelow(std::string_view path, std::string_view folder) no
 
 }  // namespace
 
-std::string MakeTextureText(const Url& url, std::string_view folder)
+std::string MakeTextureText(const Url& url, std::string_view folder, std::string_view imageFolder)
 {
   const std::string_view path = url.GetPath().GetView();
   switch (url.GetScheme())
@@ -71,7 +71,8 @@ std::string MakeTextureText(const Url& url, std::string_view folder)
       return std::string(text.GetValue().GetView());
     }
   }
-  const std::string_view below = GetPathBelow(path, folder);
+  const std::string_view belowImages = imageFolder.empty() ? imageFolder : GetPathBelow(path, imageFolder);
+  const std::string_view below = belowImages.empty() ? GetPathBelow(path, folder) : belowImages;
   if (!below.empty())
     return Encode(below, ":");  // a colon would make what stands before it a scheme or a drive
   const Bool isDrive = path.size() > 1 && path[1] == ':';

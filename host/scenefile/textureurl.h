@@ -11,8 +11,9 @@
 namespace q7z
 {
 
-/// @param folder  with "/" between components; empty for the current one. Throws bad_alloc.
-std::string MakeTextureText(const Url& url, std::string_view folder);
+/// @param folder  with "/" between components; empty for the current one. @param imageFolder  files below this one are relative, too;
+///   empty for none. Throws bad_alloc.
+std::string MakeTextureText(const Url& url, std::string_view folder, std::string_view imageFolder = {});
 
 /// The way back. @return an error for a reference that no Url can be made of.
 Result<Url> ReadTextureText(std::string_view text, std::string_view folder);

@@ -86,6 +86,7 @@ public:
 
   /// The folder in which `tex` is made; empty for a temporary one, which is made when it is asked for.
   void SetBaseFolder(const std::string& folder) { _baseFolder = folder; }
+  const std::string& GetTemporaryFolder() const noexcept { return _temporaryFolder; }
 
   /// Why a file could last not be written, once; empty when none failed.
   std::string TakeWriteFailure() noexcept { return std::exchange(_writeFailure, std::string()); }
