@@ -7,6 +7,7 @@
 #include "framework/spinlock.h"
 #include "framework/types.h"
 #include "plugin/module/hostdocument.h"
+#include "plugin/module/hosttrack.h"
 
 namespace q7z
 {
@@ -45,19 +46,6 @@ HostObject* GetAuxSource(const HostObject* op) noexcept;
 
 /// Whether op is hidden in editor and render and bears the name that keeps objects out of files.
 Bool IsDontExport(HostObject* op) noexcept;
-
-/// The parameters of an object's transform that have tracks: position, rotation and scale, three components each.
-constexpr HostDescId MakeTransformTrackId(Int32 vector, Int32 component) noexcept
-{
-  return {HostDescLevel{vector, kVectorDataType}, HostDescLevel{component, kRealDataType}};
-}
-inline constexpr HostDescId kTransformTrackIds[9] = {
-  MakeTransformTrackId(kPositionParameter, kComponentX), MakeTransformTrackId(kPositionParameter, kComponentY),
-  MakeTransformTrackId(kPositionParameter, kComponentZ), MakeTransformTrackId(kRotationParameter, kComponentX),
-  MakeTransformTrackId(kRotationParameter, kComponentY), MakeTransformTrackId(kRotationParameter, kComponentZ),
-  MakeTransformTrackId(kScaleParameter, kComponentX),    MakeTransformTrackId(kScaleParameter, kComponentY),
-  MakeTransformTrackId(kScaleParameter, kComponentZ),
-};
 
 /// Takes all tracks of an id off op.
 void FreeTracks(HostObject* op, const HostDescId& id) noexcept;

@@ -149,4 +149,17 @@ inline void HostKeySetAuxiliaryMode(HostKey* key, HostCurve* curve, Int32 mode) 
   g_hostTables->key->SetAuxiliaryMode(key, curve, mode);
 }
 
+/// The parameters of an object's transform that have tracks: position, rotation and scale, three components each.
+constexpr HostDescId MakeTransformTrackId(Int32 vector, Int32 component) noexcept
+{
+  return {HostDescLevel{vector, kVectorDataType}, HostDescLevel{component, kRealDataType}};
+}
+inline constexpr HostDescId kTransformTrackIds[9] = {
+  MakeTransformTrackId(kPositionParameter, kComponentX), MakeTransformTrackId(kPositionParameter, kComponentY),
+  MakeTransformTrackId(kPositionParameter, kComponentZ), MakeTransformTrackId(kRotationParameter, kComponentX),
+  MakeTransformTrackId(kRotationParameter, kComponentY), MakeTransformTrackId(kRotationParameter, kComponentZ),
+  MakeTransformTrackId(kScaleParameter, kComponentX),    MakeTransformTrackId(kScaleParameter, kComponentY),
+  MakeTransformTrackId(kScaleParameter, kComponentZ),
+};
+
 }  // namespace q7z
