@@ -13,6 +13,9 @@ namespace
 
 constexpr Int kFewUnsorted = 64;
 
+// More than there are sorted ones, too, and they are sorted while setting: they may all be of the same few points.
+constexpr Int kManyUnsorted = 4096;
+
 Bool IsBefore(const PointWeight& a, const PointWeight& b) noexcept
 {
   return a.point != b.point ? a.point < b.point : a.order < b.order;
@@ -29,6 +32,8 @@ PointWeight* JointWeights::FindSorted(Int32 point) const noexcept
 
 Bool JointWeights::Set(Int32 point, Float weight) noexcept
 {
+  if (_entries.GetCount() - _sortedCount > std::max(kManyUnsorted, _sortedCount))
+    SettleLocked();  // nobody reads meanwhile
   const Int count = _entries.GetCount();
   const Bool isSorted = _sortedCount == count;
   const Bool isBehind = isSorted && (count == 0 || _entries.GetLast().point < point);
@@ -159,11 +164,22 @@ void HeadlessWeightTag::CopyWeights(Int32 jointIndex, Int32 firstPoint, Int32 co
 
 Bool HeadlessWeightTag::SetWeight(Int32 jointIndex, Int32 pointIndex, Float weight) noexcept
 {
-  Joint* const joint = FindJoint(jointIndex);
+  const HostPointWeight entry{jointIndex, pointIndex, weight};
+  return SetWeights(&entry, 1);
+}
+
+Bool HeadlessWeightTag::SetWeights(const HostPointWeight* weights, Int32 count) noexcept
+{
   const HeadlessPolygonObject* const object = GetObject() ? GetObject()->AsPolygonObject() : nullptr;
-  if (!joint || pointIndex < 0 || (object && pointIndex >= object->GetPointCount()))
-    return false;
-  return joint->weights.Set(pointIndex, weight);
+  const Int pointEnd = object ? Int(object->GetPointCount()) : Int(INT32_MAX) + 1;
+  for (Int32 i = 0; i < count; ++i)
+  {
+    const HostPointWeight& entry = weights[i];
+    Joint* const joint = FindJoint(entry.joint);
+    if (!joint || entry.point < 0 || entry.point >= pointEnd || !joint->weights.Set(entry.point, entry.weight))
+      return false;
+  }
+  return true;
 }
 
 HostMatrix HeadlessWeightTag::GetJointBindMatrix(Int32 jointIndex) const noexcept

@@ -64,6 +64,8 @@ public:
   void CopyWeights(Int32 jointIndex, Int32 firstPoint, Int32 count, Float* weights) const noexcept;
   /// @return false for an index out of range (points are those of the object that the tag is on) or without memory.
   Bool SetWeight(Int32 jointIndex, Int32 pointIndex, Float weight) noexcept;
+  /// The same for many, in their order; the first that fails ends it.
+  Bool SetWeights(const HostPointWeight* weights, Int32 count) noexcept;
   /// The joint's weights in point order, those of 0 included; jointIndex is in range.
   const BaseArray<PointWeight>& GetWeights(Int32 jointIndex) const noexcept { return _joints[jointIndex]->weights.GetSorted(); }
 

@@ -30,6 +30,10 @@ public:
   {
     return ToHeadless(tag)->SetWeight(jointIndex, pointIndex, weight);
   }
+  Bool SetWeights(HostWeightTag* tag, const HostPointWeight* weights, Int32 count) noexcept override
+  {
+    return ToHeadless(tag)->SetWeights(weights, count);
+  }
   Bool SetBindPose(HostWeightTag* tag, HostDocument*) noexcept override { return ToHeadless(tag)->TakeBindPose(); }
 };
 

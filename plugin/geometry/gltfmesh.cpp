@@ -4,6 +4,7 @@
 #include "framework/check.h"
 #include "plugin/document/gltfaccessor.h"
 #include "plugin/geometry/gltfmeshcreator.h"
+#include "plugin/geometry/gltfskinweights.h"
 
 namespace q7z
 {
@@ -38,7 +39,7 @@ MeshPlan PlanMesh(const GltfMesh& mesh, const MeshContext& context) noexcept
   // The first primitive alone decides about morphs.
   plan.morphWanted =
     options.IsMorphTargets() && mesh.GetPrimitives().IsPopulated() && mesh.GetPrimitives()[0].GetTargetsCount() > 0;
-  if (options.IsAnimationTrs() && context.skin)
+  if (options.IsAnimationTrs() && context.skin && context.nodes)
   {
     for (const GltfPrimitive& primitive : mesh.GetPrimitives())
       plan.skinWanted = plan.skinWanted || HasSkinAttributes(primitive);
@@ -68,9 +69,16 @@ Result<GltfPrimitive::Counts> CountPrimitive(const GltfPrimitive& primitive, con
   return counts;
 }
 
+/// The skin that a primitive's points get weights for; nothing for none.
+struct PrimitiveSkin
+{
+  SkinCreator* skinCreator = nullptr;
+  const GltfSkin* skinPtr = nullptr;
+};
+
 /// Writes one primitive at the creator's cursors.
 Result<void> AddPrimitiveGeometry(MeshCreator& meshCreator, const GltfPrimitive& primitive, const ImportOptions& options,
-                                  Bool noSelections) noexcept
+                                  Bool noSelections, const PrimitiveSkin& skin) noexcept
 {
   const PrimitiveAccessors& _primAccessors = primitive.GetAccessors();
   ASSIGN_OR_RETURN(const GltfPrimitive::Counts counts, primitive.GetCounts());
@@ -93,6 +101,9 @@ Result<void> AddPrimitiveGeometry(MeshCreator& meshCreator, const GltfPrimitive&
   CHECK_STATE(AddMeshUVs(meshCreator, _primAccessors, nullptr, polyCount));
   if (options.IsMaterials() && !noSelections)
     CHECK_STATE(AddPolygonSelections(meshCreator, _primAccessors, polyCount));
+  const auto [skinCreator, skinPtr] = skin;
+  if (skinCreator && skinPtr)
+    CHECK_STATE(AddMeshSkinJointWeights(meshCreator, *skinCreator, _primAccessors, vertexCount, skinPtr));
   meshCreator.Advance(vertexCount, polyCount);
   return {};
 }
@@ -148,7 +159,7 @@ Result<void> CreateSplit(const GltfMesh& mesh, const MeshContext& context,
     meshCreator.currentMaterial = primitive.GetMaterial();
     ASSIGN_OR_RETURN(const GltfPrimitive::Counts counts, CountPrimitive(primitive, context));
     RETURN_IF_ERROR(meshCreator.AllocatePolyAndTags(counts.vertexCount, counts.polygonCount));
-    RETURN_IF_ERROR(AddPrimitiveGeometry(meshCreator, primitive, *context.options, true));
+    RETURN_IF_ERROR(AddPrimitiveGeometry(meshCreator, primitive, *context.options, true, {}));
     RETURN_IF_ERROR(AssignPrimitiveMaterial(meshCreator, primitive, context));
     meshCreator.RemoveUnusedTags();
     RETURN_IF_ERROR(objects.Append(std::move(meshCreator.mesh)));
@@ -156,7 +167,7 @@ Result<void> CreateSplit(const GltfMesh& mesh, const MeshContext& context,
   return {};
 }
 
-Result<void> CreateMerged(const GltfMesh& mesh, const MeshContext& context,
+Result<void> CreateMerged(const GltfMesh& mesh, const MeshContext& context, const MeshPlan& plan,
                           BaseArray<HostOwner<HostPolygonObject>>& objects) noexcept
 {
   Int vertexCount = 0;
@@ -171,13 +182,20 @@ Result<void> CreateMerged(const GltfMesh& mesh, const MeshContext& context,
     return {};  // no object; whoever asked counts them
   MeshCreator meshCreator(context.options);
   RETURN_IF_ERROR(meshCreator.AllocatePolyAndTags(vertexCount, polyCount));
+  SkinCreator skinCreator;
+  PrimitiveSkin skin;
+  if (plan.skinWanted)
+  {
+    RETURN_IF_ERROR(StartSkinCreator(skinCreator, meshCreator, context.skin, *context.nodes, context.node, context.budget));
+    skin = {&skinCreator, context.skin};
+  }
   const Bool noSelections = mesh.GetPrimitives().GetCount() == 1;
   for (Int i = 0; i < mesh.GetPrimitives().GetCount(); ++i)
   {
     const GltfPrimitive& primitive = mesh.GetPrimitives()[i];
     meshCreator.currentPrimitive = static_cast<Int32>(i);
     meshCreator.currentMaterial = primitive.GetMaterial();
-    RETURN_IF_ERROR(AddPrimitiveGeometry(meshCreator, primitive, *context.options, noSelections));
+    RETURN_IF_ERROR(AddPrimitiveGeometry(meshCreator, primitive, *context.options, noSelections, skin));
     RETURN_IF_ERROR(AssignPrimitiveMaterial(meshCreator, primitive, context));
   }
   meshCreator.RemoveUnusedTags();
@@ -197,7 +215,7 @@ Result<void> GeometryBudget::Take(Int pointCount, Int polygonCount) noexcept
 {
   Int elements = 0;
   if (!CheckedAdd(pointCount, polygonCount, elements) || elements > _remaining)
-    return Error::OutOfMemory();
+    return MAKE_ERROR(ErrorClass::kOutOfMemory, "The meshes would become larger than the data of the file allows."_s);
   _remaining -= elements;
   return {};
 }
@@ -211,7 +229,7 @@ Result<void> CreateMeshObjects(const GltfMesh& mesh, const MeshContext& context,
     RETURN_IF_ERROR(primitive.CheckValid());
   const Int firstObject = objects.GetCount();
   const MeshPlan plan = PlanMesh(mesh, context);
-  RETURN_IF_ERROR(plan.split ? CreateSplit(mesh, context, objects) : CreateMerged(mesh, context, objects));
+  RETURN_IF_ERROR(plan.split ? CreateSplit(mesh, context, objects) : CreateMerged(mesh, context, plan, objects));
   if (context.options->GetNormals() == "none"_s)
     return {};
   const Float phongAngle = context.options->GetPhongAngle() * kRadiansPerDegree;

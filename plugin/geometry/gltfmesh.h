@@ -15,8 +15,8 @@
 namespace q7z
 {
 
-/// How much geometry one load may make. Primitives may share accessors, so a small file can ask for far more points than it has
-/// bytes; what all its meshes hold together is bounded by its buffers' bytes.
+/// How much geometry one load may make. Primitives may share accessors, and meshes a skin, so a small file can ask for far more
+/// points, poses or weights than it has bytes; what all its meshes hold together is bounded by its data.
 class GeometryBudget
 {
 public:

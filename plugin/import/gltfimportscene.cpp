@@ -114,6 +114,8 @@ void GltfImporter::SetLimits() noexcept
   Int bufferByteCount = 0;
   for (const auto& entry : _gltfData.buffers)
     bufferByteCount += entry.GetValue().GetBytes().GetCount();
+  for (const auto& entry : _gltfData.skins)  // what lists joints may have tags of them
+    bufferByteCount += entry.GetValue().joints.GetCount();
   _geometryBudget = GeometryBudget(bufferByteCount);
   _remainingObjects = _gltfData.nodes.GetCount() + kMaximumExtraObjects;
   _remainingSteps = kMaximumUpwardSteps;

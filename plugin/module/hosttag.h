@@ -268,6 +268,14 @@ protected:
   ~HostPhongTable() = default;
 };
 
+/// A weight to be set.
+struct HostPointWeight
+{
+  Int32 joint = 0;  ///< index in the tag
+  Int32 point = 0;
+  Float weight = 0;
+};
+
 class HostWeightTable
 {
 public:
@@ -284,6 +292,16 @@ public:
   }
   /// @return false for an index out of range or without memory.
   virtual Bool SetWeight(HostWeightTag* tag, Int32 jointIndex, Int32 pointIndex, Float weight) noexcept = 0;
+  /// Sets count weights in their order, as SetWeight does; here by asking for each. The first that fails ends it with false.
+  virtual Bool SetWeights(HostWeightTag* tag, const HostPointWeight* weights, Int32 count) noexcept
+  {
+    for (Int32 i = 0; i < count; ++i)
+    {
+      if (!SetWeight(tag, weights[i].joint, weights[i].point, weights[i].weight))
+        return false;
+    }
+    return true;
+  }
   /// Takes the present global matrices of the object and the joints as the bind pose.
   virtual Bool SetBindPose(HostWeightTag* tag, HostDocument* document) noexcept = 0;
 
@@ -311,6 +329,10 @@ public:
   Bool SetWeight(Int32 jointIndex, Int32 pointIndex, Float weight) noexcept
   {
     return g_hostTables->weight->SetWeight(this, jointIndex, pointIndex, weight);
+  }
+  Bool SetWeights(const HostPointWeight* weights, Int32 count) noexcept
+  {
+    return g_hostTables->weight->SetWeights(this, weights, count);
   }
   Bool SetBindPose(HostDocument* document) noexcept { return g_hostTables->weight->SetBindPose(this, document); }
 

@@ -76,6 +76,49 @@ std::string MakeBrackets(const std::string& before, int count, const std::string
   return before + std::string(static_cast<size_t>(count), '[') + std::string(static_cast<size_t>(count), ']') + behind;
 }
 
+/// A list of count equal elements.
+std::string Repeat(const std::string& element, int count)
+{
+  std::string text = element;
+  for (int i = 1; i < count; ++i)
+    text += "," + element;
+  return text;
+}
+
+/// Meshes of one triangle each, all on one skin that lists one joint over and over.
+std::string MakeSharedSkin(int meshCount, int jointCount)
+{
+  GltfJson file;
+  file.Floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+  file.Values(std::vector<uint8_t>(12), 5121, "VEC4");
+  file.Floats(std::vector<float>(12, 1), "VEC4");
+  file.Add("skins", R"({"joints":[)" + Repeat("0", jointCount) + "]}");
+  file.Add("nodes", "{}");
+  for (int i = 0; i < meshCount; ++i)
+  {
+    file.Add("meshes", R"({"primitives":[{"attributes":{"POSITION":0,"JOINTS_0":1,"WEIGHTS_0":2}}]})");
+    file.Add("nodes", R"({"skin":0,"mesh":)" + std::to_string(i) + "}");
+  }
+  return file.Text();
+}
+
+/// A skinned mesh whose sets of weights all read the same numbers.
+std::string MakeSharedWeights(size_t vertexCount, int setCount)
+{
+  GltfJson file;
+  file.Floats(std::vector<float>(3 * vertexCount), "VEC3");
+  file.Values(std::vector<uint8_t>(4 * vertexCount), 5121, "VEC4");
+  file.Floats(std::vector<float>(4 * vertexCount, 1), "VEC4");
+  std::string attributes = R"("POSITION":0)";
+  for (int i = 0; i < setCount; ++i)
+    attributes += ",\"JOINTS_" + std::to_string(i) + "\":1,\"WEIGHTS_" + std::to_string(i) + "\":2";
+  file.Add("meshes", R"({"primitives":[{"attributes":{)" + attributes + "}}]}");
+  file.Add("skins", R"({"joints":[1]})");
+  file.Add("nodes", R"({"skin":0,"mesh":0})");
+  file.Add("nodes", "{}");
+  return file.Text();
+}
+
 /// peakPerByte: bytes of memory that a byte of the file may take, over what the program takes anyway.
 struct HostileRow
 {
@@ -150,6 +193,9 @@ const std::vector<HostileRow> kHostileRows = {
   {"CycleOfOne", "in.gltf", [] { return MakeCycle(1); }, 0, kNodeWarning, 64},
   {"CycleOfAThousand", "in.gltf", [] { return MakeCycle(1000); }, 0, kNodeWarning, 64},
   {"ChainOfAMillion", "in.gltf", [] { return MakeDoublingNodes(1000000, 1); }, 0, "", 64},
+  {"JointsOfOneSkinOnManyMeshes", "in.gltf", [] { return MakeSharedSkin(2000, 20000); }, 0, "The node with the index", 256},
+  {"MillionJoints", "in.gltf", [] { return MakeSharedSkin(1, 1000000); }, 0, "", 256},
+  {"WeightSetsThatShareTheirNumbers", "in.gltf", [] { return MakeSharedWeights(5000, 2000); }, 0, kNodeWarning, 64},
   {"BracketsInAnUnknownMember", "in.gltf", [] { return MakeBrackets(R"({"extras":)", 100000, "}"); }, 1, "JSON file couldn't",
    64},
   {"BracketsAlone", "in.gltf", [] { return MakeBrackets("", 100000, ""); }, 1, "JSON file couldn't be read", 64},

@@ -190,8 +190,8 @@ TEST_F(ImportSharedSkin, JointThatFailedServesTheNextVisit)
   EXPECT_EQ(FailedNodes(), std::vector<int>{0});
 }
 
-// Weights are not read yet, so the tag comes from a table that puts one on every polygon object; what it is told shows what the
-// joints looked like at that moment.
+// The meshes here have no weights, so the tag comes from a table that puts one on every polygon object; what it is told shows what
+// the joints looked like at that moment.
 class WeightedObjects final : public HostObjectTable
 {
 public:
