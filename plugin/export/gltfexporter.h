@@ -9,6 +9,7 @@
 #include "framework/data.h"
 #include "framework/hashmap.h"
 #include "framework/spinlock.h"
+#include "plugin/animation/gltfanimationexport.h"
 #include "plugin/document/gltfbuffer.h"
 #include "plugin/document/gltfcamera.h"
 #include "plugin/document/gltfexportoptions.h"
@@ -63,6 +64,11 @@ private:
   Result<void> SetCamera(HostObject* op, DataDictionary& node) noexcept;
   Result<Int> AppendCameraJson(const GltfCamera& camera) noexcept;
   Result<void> SetTransform(HostObject* op, DataDictionary& node) noexcept;
+
+  // gltfexportanimation.cpp: the samplers and channels of one object.
+  Result<void> SetAnimation(HostObject* op, HostObject* source, Int nodeIndex) noexcept;
+  Result<void> EmitNodeAnimation(NodeAnimationSet& set, Int nodeIndex) noexcept;
+  Result<void> EmitSampler(const AnimationSamplerWriter& writer, Int bufferIndex, Int nodeIndex) noexcept;
 
   // gltfexportsharing.cpp: which objects share a mesh.
   Result<UInt> PointHash(HostPolygonObject* op) noexcept;

@@ -60,6 +60,7 @@ Result<void> GLTFExporter::VisitObject(HostObject* op) noexcept
     RETURN_IF_ERROR(SetMesh(ToPoly(op), source, *node));
   if (_options.exportCameras && IsExportableCamera(op) && !GetBoolMarker(op, kHiddenObject))
     RETURN_IF_ERROR(SetCamera(op, *node));
+  RETURN_IF_ERROR(SetAnimation(op, source, nodeIndex));
   // A skinned mesh stands where its joints put it.
   if (!IsSkinned(op))
     RETURN_IF_ERROR(SetTransform(op, *node));
