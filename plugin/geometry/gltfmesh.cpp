@@ -4,6 +4,7 @@
 #include "framework/check.h"
 #include "plugin/document/gltfaccessor.h"
 #include "plugin/geometry/gltfmeshcreator.h"
+#include "plugin/geometry/gltfmorphtargets.h"
 #include "plugin/geometry/gltfskinweights.h"
 
 namespace q7z
@@ -22,6 +23,7 @@ constexpr Int kElementsPerByte = 16;
 struct MeshPlan
 {
   Bool morphWanted = false;
+  Int targetsCount = 0;  // of the first primitive, which alone decides about morphs
   Bool skinWanted = false;
   Bool split = false;
 };
@@ -36,9 +38,8 @@ MeshPlan PlanMesh(const GltfMesh& mesh, const MeshContext& context) noexcept
 {
   const ImportOptions& options = *context.options;
   MeshPlan plan;
-  // The first primitive alone decides about morphs.
-  plan.morphWanted =
-    options.IsMorphTargets() && mesh.GetPrimitives().IsPopulated() && mesh.GetPrimitives()[0].GetTargetsCount() > 0;
+  plan.targetsCount = mesh.GetPrimitives().IsPopulated() ? mesh.GetPrimitives()[0].GetTargetsCount() : 0;
+  plan.morphWanted = options.IsMorphTargets() && plan.targetsCount > 0;
   if (options.IsAnimationTrs() && context.skin && context.nodes)
   {
     for (const GltfPrimitive& primitive : mesh.GetPrimitives())
@@ -148,7 +149,7 @@ Result<void> AssignPrimitiveMaterial(MeshCreator& meshCreator, const GltfPrimiti
   return {};
 }
 
-Result<void> CreateSplit(const GltfMesh& mesh, const MeshContext& context,
+Result<void> CreateSplit(const GltfMesh& mesh, const MeshContext& context, const MeshPlan& plan,
                          BaseArray<HostOwner<HostPolygonObject>>& objects) noexcept
 {
   MeshCreator meshCreator(context.options);
@@ -159,8 +160,16 @@ Result<void> CreateSplit(const GltfMesh& mesh, const MeshContext& context,
     meshCreator.currentMaterial = primitive.GetMaterial();
     ASSIGN_OR_RETURN(const GltfPrimitive::Counts counts, CountPrimitive(primitive, context));
     RETURN_IF_ERROR(meshCreator.AllocatePolyAndTags(counts.vertexCount, counts.polygonCount));
+    TargetCreator targetCreator;
+    if (plan.morphWanted)
+      RETURN_IF_ERROR(targetCreator.StartTargetCreator(meshCreator, {&primitive, 1}, plan.targetsCount, context));
     RETURN_IF_ERROR(AddPrimitiveGeometry(meshCreator, primitive, *context.options, true, {}));
     RETURN_IF_ERROR(AssignPrimitiveMaterial(meshCreator, primitive, context));
+    if (plan.morphWanted)
+    {
+      RETURN_IF_ERROR(AddPrimitivePose(primitive, targetCreator, *context.options));
+      targetCreator.FinishTargetCreator(mesh.GetWeights());
+    }
     meshCreator.RemoveUnusedTags();
     RETURN_IF_ERROR(objects.Append(std::move(meshCreator.mesh)));
   }
@@ -182,6 +191,10 @@ Result<void> CreateMerged(const GltfMesh& mesh, const MeshContext& context, cons
     return {};  // no object; whoever asked counts them
   MeshCreator meshCreator(context.options);
   RETURN_IF_ERROR(meshCreator.AllocatePolyAndTags(vertexCount, polyCount));
+  TargetCreator targetCreator;
+  const PrimitiveRange allPrimitives{mesh.GetPrimitives().GetFirst(), mesh.GetPrimitives().GetCount()};
+  if (plan.morphWanted)
+    RETURN_IF_ERROR(targetCreator.StartTargetCreator(meshCreator, allPrimitives, plan.targetsCount, context));
   SkinCreator skinCreator;
   PrimitiveSkin skin;
   if (plan.skinWanted)
@@ -197,7 +210,11 @@ Result<void> CreateMerged(const GltfMesh& mesh, const MeshContext& context, cons
     meshCreator.currentMaterial = primitive.GetMaterial();
     RETURN_IF_ERROR(AddPrimitiveGeometry(meshCreator, primitive, *context.options, noSelections, skin));
     RETURN_IF_ERROR(AssignPrimitiveMaterial(meshCreator, primitive, context));
+    if (plan.morphWanted)
+      RETURN_IF_ERROR(AddPrimitivePose(primitive, targetCreator, *context.options));
   }
+  if (plan.morphWanted)
+    targetCreator.FinishTargetCreator(mesh.GetWeights());
   meshCreator.RemoveUnusedTags();
   return objects.Append(std::move(meshCreator.mesh));
 }
@@ -229,7 +246,7 @@ Result<void> CreateMeshObjects(const GltfMesh& mesh, const MeshContext& context,
     RETURN_IF_ERROR(primitive.CheckValid());
   const Int firstObject = objects.GetCount();
   const MeshPlan plan = PlanMesh(mesh, context);
-  RETURN_IF_ERROR(plan.split ? CreateSplit(mesh, context, objects) : CreateMerged(mesh, context, plan, objects));
+  RETURN_IF_ERROR(plan.split ? CreateSplit(mesh, context, plan, objects) : CreateMerged(mesh, context, plan, objects));
   if (context.options->GetNormals() == "none"_s)
     return {};
   const Float phongAngle = context.options->GetPhongAngle() * kRadiansPerDegree;

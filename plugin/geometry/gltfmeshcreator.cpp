@@ -45,15 +45,15 @@ Result<void> MeshCreator::AllocatePolyAndTags(Int vertexCount, Int polyCount) no
   normalsWritten = uvsWritten = colorsWritten = false;
   polygonSelections.Reset();
 
-  if (_options->GetNormals() == "vertex"_s)
+  if (attributes.normals && _options->GetNormals() == "vertex"_s)
   {
     ASSIGN_OR_RETURN(normalTag, MakeSizedTag<HostNormalTag>(*mesh, kNormalTagType, polyCount));
   }
-  if (_options->IsVertexColors())
+  if (attributes.colors && _options->IsVertexColors())
   {
     ASSIGN_OR_RETURN(colorTag, MakeSizedTag<HostVertexColorTag>(*mesh, kVertexColorTagType, vertexCount));
   }
-  if (_options->IsUvs())
+  if (attributes.uvs && _options->IsUvs())
   {
     ASSIGN_OR_RETURN(uvTag, MakeSizedTag<HostUvwTag>(*mesh, kUvwTagType, polyCount));
   }

@@ -11,6 +11,14 @@
 namespace q7z
 {
 
+/// The attributes that an object gets tags for, as far as the options want them.
+struct MeshAttributes
+{
+  Bool normals = true;
+  Bool uvs = true;
+  Bool colors = true;
+};
+
 class MeshCreator
 {
 public:
@@ -27,8 +35,9 @@ public:
   void Advance(Int vertexCount, Int polyCount) noexcept;
 
   HostOwner<HostPolygonObject> mesh;  // empty until AllocatePolyAndTags
-  Int32 currentPrimitive = 0;         // in the names of selections and tags
-  Int currentMaterial = -1;           // of the current primitive; -1 for none
+  MeshAttributes attributes;
+  Int32 currentPrimitive = 0;  // in the names of selections and tags
+  Int currentMaterial = -1;    // of the current primitive; -1 for none
   HostNormalTag* normalTag = nullptr;
   Bool normalsWritten = false;
   HostUvwTag* uvTag = nullptr;

@@ -1,5 +1,8 @@
 // The operations that write a primitive's attributes into the host's arrays: points, polygons, normals, UVs and selections.
 
+#include <algorithm>
+
+#include "framework/basearray.h"
 #include "plugin/document/gltfaccessor.h"
 #include "plugin/geometry/gltfelementreader.h"
 #include "plugin/geometry/gltfmeshcreator.h"
@@ -73,27 +76,84 @@ Result<void> FillCorners(const CornerJob& job, T* tagData, const Read& read) noe
   return {};
 }
 
-/// The loop with a morph target, whose elements are added before the multiplier applies.
+/// Base and target of a vertex, added.
+template <int componentCount>
+struct ElementSum
+{
+  Float values[componentCount];
+};
+
+/// Adds base and target for all vertices that have both; none when that would read far more than the corners need, or when the
+/// elements have to be read one by one.
+template <int componentCount>
+Result<void> SumElements(const CornerJob& job, BaseArray<ElementSum<componentCount>>& sums) noexcept
+{
+  GltfElements elements;
+  const Int count = std::min(job.base->GetCount(), job.target->GetCount());
+  const Bool isBulk = job.base->GetElements(elements) && elements.componentCount >= componentCount &&
+                      job.target->GetElements(elements) && elements.componentCount >= componentCount;
+  if (!isBulk || count > 12 * job.polyCount)
+    return {};
+  RETURN_IF_ERROR(sums.ResizeForOverwrite(count));
+  RETURN_IF_ERROR(WithElementReader<componentCount>(*job.base,
+                                                    [&](const auto& read) -> Result<void>
+                                                    {
+                                                      for (Int i = 0; i < count; ++i)
+                                                      {
+                                                        if (!read(i, sums[i].values)) [[unlikely]]
+                                                          return GetReadError<componentCount>(*job.base, i);
+                                                      }
+                                                      return {};
+                                                    }));
+  return WithElementReader<componentCount>(*job.target,
+                                           [&](const auto& read) -> Result<void>
+                                           {
+                                             for (Int i = 0; i < count; ++i)
+                                             {
+                                               Float delta[componentCount] = {};
+                                               if (!read(i, delta)) [[unlikely]]
+                                                 return GetReadError<componentCount>(*job.target, i);
+                                               for (int c = 0; c < componentCount; ++c)
+                                                 sums[i].values[c] += delta[c];
+                                             }
+                                             return {};
+                                           });
+}
+
+/// One vertex by itself.
+template <int componentCount>
+Result<void> SumElement(const CornerJob& job, Int vertex, Float (&values)[componentCount]) noexcept
+{
+  Float deltas[componentCount] = {};
+  RETURN_IF_ERROR(detail::ReadSingle(*job.base, vertex, values));
+  RETURN_IF_ERROR(detail::ReadSingle(*job.target, vertex, deltas));
+  for (int c = 0; c < componentCount; ++c)
+    values[c] += deltas[c];
+  return {};
+}
+
+/// The loop with a morph target, whose elements are added before the multiplier applies. Sums are always 64-bit numbers.
 template <int componentCount>
 Result<void> FillCornersWithTarget(const CornerJob& job) noexcept
 {
-  for (Int i = 0; i < job.polyCount; ++i)
+  BaseArray<ElementSum<componentCount>> sums;
+  RETURN_IF_ERROR(SumElements(job, sums));
+  Float* out = job.handle.doubles + 12 * Int(job.cursorPolygons);
+  for (Int i = 0; i < job.polyCount; ++i, out += 12)
   {
     const CornerVertices corners(job.polygons[i], job.cursorPoints);
     Float values[3][componentCount] = {};
     for (int k = 0; k < 3; ++k)
     {
-      Float deltas[componentCount] = {};
-      RETURN_IF_ERROR(detail::ReadSingle(*job.base, corners.vertices[k], values[k]));
-      RETURN_IF_ERROR(detail::ReadSingle(*job.target, corners.vertices[k], deltas));
+      const Int vertex = corners.vertices[k];
+      if (static_cast<UInt>(vertex) < static_cast<UInt>(sums.GetCount()))
+        std::copy_n(sums[vertex].values, componentCount, values[k]);
+      else
+        RETURN_IF_ERROR(SumElement(job, vertex, values[k]));
       for (int c = 0; c < componentCount; ++c)
-        values[k][c] = (values[k][c] + deltas[c]) * job.multiplier[c];
+        values[k][c] *= job.multiplier[c];
     }
-    const Int position = 12 * (job.cursorPolygons + i);
-    if (job.handle.singles)
-      WriteCorners(job.handle.singles + position, values);
-    else
-      WriteCorners(job.handle.doubles + position, values);
+    WriteCorners(out, values);
   }
   return {};
 }
@@ -102,7 +162,10 @@ template <int componentCount>
 Result<void> WriteCornerAttribute(const CornerJob& job) noexcept
 {
   if (job.target)
+  {
+    CHECK_STATE(job.handle.doubles);
     return FillCornersWithTarget<componentCount>(job);
+  }
   return WithElementReader<componentCount>(*job.base,
                                            [&](const auto& read)
                                            {
@@ -110,6 +173,27 @@ Result<void> WriteCornerAttribute(const CornerJob& job) noexcept
                                                       ? FillCorners<componentCount>(job, job.handle.singles, read)
                                                       : FillCorners<componentCount>(job, job.handle.doubles, read);
                                            });
+}
+
+// Points that stay in the cache between the reading of a base and of its target.
+constexpr Int kChunkVertices = 1024;
+
+/// Calls write(i, element) for the elements from first to end - 1.
+template <typename Write>
+Result<void> ReadVectors(const GltfAccessor& accessor, Int first, Int end, const Write& write) noexcept
+{
+  return WithElementReader<3>(accessor,
+                              [&](const auto& read) -> Result<void>
+                              {
+                                for (Int i = first; i < end; ++i)
+                                {
+                                  Float p[3] = {};
+                                  if (!read(i, p)) [[unlikely]]
+                                    return GetReadError<3>(accessor, i);
+                                  write(i, Vector{p[0], p[1], p[2]});
+                                }
+                                return {};
+                              });
 }
 
 /// Whether values of these accessors are 64-bit numbers that 32 bits would round.
@@ -133,31 +217,18 @@ Result<void> AddMeshPositions(MeshCreator& meshCreator, const PrimitiveAccessors
   if (vertexCount < 1)
     return {};
   Vector* const out = ptsArray + meshCreator.cursorPoints;
-  const auto convert = [&](const Float(&p)[3])
-  { return Vector{p[0] * flipZMultiplier.x * scale, p[1] * flipZMultiplier.y * scale, p[2] * flipZMultiplier.z * scale}; };
-  RETURN_IF_ERROR(WithElementReader<3>(*ptsAccessor,
-                                       [&](const auto& read) -> Result<void>
-                                       {
-                                         for (Int i = 0; i < vertexCount; ++i)
-                                         {
-                                           Float p[3] = {};
-                                           if (!read(i, p)) [[unlikely]]
-                                             return GetReadError<3>(*ptsAccessor, i);
-                                           out[i] = convert(p);
-                                         }
-                                         return {};
-                                       }));
+  const auto convert = [&](const Vector& p)
+  { return Vector{p.x * flipZMultiplier.x * scale, p.y * flipZMultiplier.y * scale, p.z * flipZMultiplier.z * scale}; };
   if (!targetAccessors)
-    return {};
+    return ReadVectors(*ptsAccessor, 0, vertexCount, [&](Int i, const Vector& p) { out[i] = convert(p); });
   const GltfAccessor* const targetAccessor = targetAccessors->positions;
   CHECK_STATE(targetAccessor);
-  for (Int i = 0; i < vertexCount; ++i)
+  for (Int first = 0; first < vertexCount; first += kChunkVertices)
   {
-    Float p[3] = {};
-    Float delta[3] = {};
-    RETURN_IF_ERROR(detail::ReadSingle(*ptsAccessor, i, p));
-    RETURN_IF_ERROR(detail::ReadSingle(*targetAccessor, i, delta));
-    out[i] = convert({p[0] + delta[0], p[1] + delta[1], p[2] + delta[2]});
+    const Int end = std::min(first + kChunkVertices, vertexCount);
+    RETURN_IF_ERROR(ReadVectors(*ptsAccessor, first, end, [&](Int i, const Vector& p) { out[i] = p; }));
+    RETURN_IF_ERROR(ReadVectors(*targetAccessor, first, end,
+                                [&](Int i, const Vector& delta) { out[i] = convert(out[i] + delta); }));
   }
   return {};
 }

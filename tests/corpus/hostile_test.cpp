@@ -102,6 +102,17 @@ std::string MakeSharedSkin(int meshCount, int jointCount)
   return file.Text();
 }
 
+/// A mesh with targets that all read the same numbers, or none.
+std::string MakeSharedTargets(size_t vertexCount, int targetCount, const std::string& target)
+{
+  GltfJson file;
+  file.Floats(std::vector<float>(3 * vertexCount), "VEC3");
+  file.Add("meshes",
+           R"({"primitives":[{"attributes":{"POSITION":0,"NORMAL":0},"targets":[)" + Repeat(target, targetCount) + "]}]}");
+  file.Add("nodes", R"({"mesh":0})");
+  return file.Text();
+}
+
 /// A skinned mesh whose sets of weights all read the same numbers.
 std::string MakeSharedWeights(size_t vertexCount, int setCount)
 {
@@ -196,6 +207,9 @@ const std::vector<HostileRow> kHostileRows = {
   {"JointsOfOneSkinOnManyMeshes", "in.gltf", [] { return MakeSharedSkin(2000, 20000); }, 0, "The node with the index", 256},
   {"MillionJoints", "in.gltf", [] { return MakeSharedSkin(1, 1000000); }, 0, "", 256},
   {"WeightSetsThatShareTheirNumbers", "in.gltf", [] { return MakeSharedWeights(5000, 2000); }, 0, kNodeWarning, 64},
+  {"TargetsThatShareTheirNumbers", "in.gltf", [] { return MakeSharedTargets(100000, 10000, R"({"POSITION":0,"NORMAL":0})"); }, 0,
+   kNodeWarning, 64},
+  {"TargetsOfNothing", "in.gltf", [] { return MakeSharedTargets(3, 300000, "{}"); }, 0, kNodeWarning, 512},
   {"BracketsInAnUnknownMember", "in.gltf", [] { return MakeBrackets(R"({"extras":)", 100000, "}"); }, 1, "JSON file couldn't",
    64},
   {"BracketsAlone", "in.gltf", [] { return MakeBrackets("", 100000, ""); }, 1, "JSON file couldn't be read", 64},

@@ -1,5 +1,5 @@
 // What becomes of the objects below a mesh: the first child of a polygon object holds its poses, which are hidden and put on a
-// layer. Morph targets are not read yet, so the poses come from a table that puts some under every polygon object.
+// layer. The meshes here have no targets, so the poses come from a table that puts some under every polygon object.
 
 #include "tests/import/importfixture.h"
 

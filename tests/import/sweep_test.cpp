@@ -14,17 +14,24 @@ namespace
 {
 
 // Two scenes; groups, meshes of one and two primitives, an instance, a skin with a joint chain, a joint with a mesh, two nodes on
-// one skin, a broken node and a missing child.
+// one skin, weights and morph targets, a broken node and a missing child.
 Bytes SomethingOfEverything()
 {
   GltfJson file = SomeMeshes();
   const int matrices =
     file.Floats({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, -2, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, -3, 0, 1}, "MAT4");
-  file.Member("scenes", R"([{"name":"S","nodes":[0,5]},{"nodes":[1,6,7]}])");
+  const std::string positions = std::to_string(file.Floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3"));
+  const std::string joints = std::to_string(file.Values(std::vector<uint8_t>(12), 5121, "VEC4"));
+  const std::string weights = std::to_string(file.Floats(std::vector<float>(12, 1), "VEC4"));
+  const std::string target = R"({"POSITION":)" + positions + R"(,"NORMAL":)" + positions + "}";
+  file.Add("meshes", R"({"weights":[0.5,1],"primitives":[{"attributes":{"POSITION":)" + positions + R"(,"NORMAL":)" + positions +
+                       R"(,"JOINTS_0":)" + joints + R"(,"WEIGHTS_0":)" + weights + R"(},"targets":[)" + target + "," + target +
+                       "]}]}");
+  file.Member("scenes", R"([{"name":"S","nodes":[0,5,8]},{"nodes":[1,6,7]}])");
   file.Member("nodes", R"([{"name":"A","mesh":0,"skin":0,"children":[1,2,99],"translation":[1,2,3]},{"mesh":0},
                            {"children":[3,4]},{"name":"a rather long name of a node","mesh":1},{"name":"broken","mesh":2},
-                           {"name":"J","children":[6]},{"name":"K","mesh":3},{"name":"B","mesh":1,"skin":0}])");
-  file.Member("skins", R"([{"joints":[5,6],"inverseBindMatrices":)" + std::to_string(matrices) + "}]");
+                           {"name":"J","children":[6]},{"name":"K","mesh":3},{"name":"B","mesh":1,"skin":0},{"name":"C","mesh":4,"skin":1}])");
+  file.Member("skins", R"([{"joints":[5,6],"inverseBindMatrices":)" + std::to_string(matrices) + R"(},{"joints":[6]}])");
   file.Member("extensionsUsed", R"(["X_y","Z_w"])");
   return file.Glb();
 }
@@ -73,7 +80,8 @@ protected:
 TEST_F(ImportSweep, TheLoadHasSomethingOfEverything)
 {
   EXPECT_STREQ(_event.status, "none");
-  for (const char* type : {"5100 'A'", "5126 'Mesh'", "1019362 'J'", "1019363 ''", "5140 'Node_2'"})
+  for (const char* type :
+       {"5100 'A'", "5126 'Mesh'", "1019362 'J'", "1019363 ''", "5140 'Node_2'", "5100 'Target 1'", "tag 1024237", "tag 1019365"})
     EXPECT_THAT(_good, testing::HasSubstr(type));
 }
 
