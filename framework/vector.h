@@ -53,6 +53,14 @@ struct Vector4
   Float y = 0;
   Float z = 0;
   Float w = 0;
+  friend constexpr Vector4 operator+(const Vector4& a, const Vector4& b) noexcept
+  {
+    return {a.x + b.x, a.y + b.y, a.z + b.z, a.w + b.w};
+  }
+  friend constexpr Vector4 operator*(const Vector4& a, Float factor) noexcept
+  {
+    return {a.x * factor, a.y * factor, a.z * factor, a.w * factor};
+  }
   friend constexpr Bool operator==(const Vector4&, const Vector4&) noexcept = default;
 };
 

@@ -87,6 +87,8 @@ Result<Bool> FillInLoadedData(GltfData* gltfData, const DataDictionary& jsonGLTF
     RETURN_IF_ERROR(ReadGeometry(jsonGLTF, *gltfData));
   if (options.IsMaterials())
     RETURN_IF_ERROR(ReadMaterials(jsonGLTF, *gltfData));
+  if (options.IsAnimations())
+    RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kAnimations, gltfData->animations));
   if (options.IsSkins())
     RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kSkins, gltfData->skins));
   RETURN_IF_ERROR(ReadRecords(jsonGLTF, keys::kNodes, gltfData->nodes));

@@ -5,6 +5,7 @@
 
 #include "framework/hashmap.h"
 #include "plugin/document/gltfaccessor.h"
+#include "plugin/document/gltfanimation.h"
 #include "plugin/document/gltfcamera.h"
 #include "plugin/document/gltfmaterial.h"
 #include "plugin/document/gltfnode.h"
@@ -32,6 +33,7 @@ struct GltfData
   HashMap<Int32, GltfAccessor> accessors;  // -1 is the non-indexed accessor
   HashMap<Int, GltfBufferView> bufferViews;
   HashMap<Int, GltfBuffer> buffers;
+  HashMap<Int, GltfAnimation> animations;
   HashMap<Int, GltfSkin> skins;
   HashMap<Int, GltfMaterial> materials;
   HashMap<Int, GltfTexture> textures;

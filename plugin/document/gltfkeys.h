@@ -73,6 +73,8 @@ inline const DataKey kOutput("output");
 inline const DataKey kPath("path");
 inline const DataKey kPbrMetallicRoughness("pbrMetallicRoughness");
 inline const DataKey kOrthographic("orthographic");
+inline const DataKey kOutput("output");
+inline const DataKey kPath("path");
 inline const DataKey kPerspective("perspective");
 inline const DataKey kPosition("POSITION");
 inline const DataKey kPrimitives("primitives");

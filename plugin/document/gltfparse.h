@@ -38,6 +38,7 @@ private:
   void LoadImages(const ImportWarnings& warnings) noexcept;
   void LoadImage(GltfImage& image, const Result<Url>& folder, const ImportWarnings& warnings) noexcept;
   void CopyImage(GltfImage& image, Int& budget, const ImportWarnings& warnings) noexcept;
+  void ResolveAnimations(const ImportWarnings& warnings) noexcept;
   void ResolveSkins(const ImportWarnings& warnings) noexcept;
 
   GltfLoad* _sceneLoader = nullptr;   // not owned

@@ -1,4 +1,4 @@
-// What the records refer to: bytes of buffers and images, accessors of meshes and skins. An item that cannot be had is a warning and the load
+// What the records refer to: bytes of buffers and images, accessors of meshes, animations and skins. An item that cannot be had is a warning and the load
 // goes on; whoever needs it finds nothing later.
 
 #include "plugin/document/gltfparse.h"
@@ -47,7 +47,10 @@ Result<Bool> GltfParser::ResolveAssets(HostBackgroundJob* backgroundJob) noexcep
     LoadImages(warnings);
   }
   if (_options->IsAnimations())
+  {
+    ResolveAnimations(warnings);
     ResolveSkins(warnings);
+  }
   return true;
 }
 
@@ -131,6 +134,16 @@ void GltfParser::CopyImage(GltfImage& image, Int& budget, const ImportWarnings& 
   if (copied.HasError())
     WarnAboutAsset(warnings, copied.GetError());
   budget -= image.GetData().GetCount();
+}
+
+void GltfParser::ResolveAnimations(const ImportWarnings& warnings) noexcept
+{
+  for (auto& entry : _gltfData->animations)
+  {
+    const Result<void> resolved = entry.GetValue().ResolveAnimation(_gltfData);
+    if (resolved.HasError())
+      WarnAboutAsset(warnings, resolved.GetError());
+  }
 }
 
 void GltfParser::ResolveSkins(const ImportWarnings& warnings) noexcept

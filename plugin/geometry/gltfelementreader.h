@@ -14,6 +14,12 @@ namespace q7z
 namespace detail
 {
 
+inline Result<void> ReadSingle(const GltfAccessor& accessor, Int idx, Float (&values)[1]) noexcept
+{
+  ASSIGN_OR_RETURN(values[0], accessor.GetFloat(idx));
+  return {};
+}
+
 inline Result<void> ReadSingle(const GltfAccessor& accessor, Int idx, Float (&values)[2]) noexcept
 {
   ASSIGN_OR_RETURN(const Vector2 value, accessor.GetVector2(idx));

@@ -1,0 +1,168 @@
+// Animations as they are read and resolved: members, defaults, what is refused, and which references are missing.
+
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "tests/document/records.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+/// 'name' channel>sampler:node:path ... sampler=input>output:interpolation*valuesPerKey ...
+std::string Write(const GltfAnimation& animation)
+{
+  std::ostringstream out;
+  out << "'" << Text(animation.name) << "'";
+  for (const GltfChannel& channel : animation.channels)
+    out << " >" << channel.samplerIndex << ":" << channel.node << ":" << Text(channel.path);
+  for (const auto& entry : animation.samplers)
+  {
+    const GltfAnimationSampler& sampler = entry.GetValue();
+    out << " " << entry.GetKey() << "=" << sampler.input << ">" << sampler.output << ":" << Text(sampler.interpolation) << "*"
+        << sampler.valuesPerKey;
+  }
+  return out.str();
+}
+
+struct RecordRow
+{
+  const char* name;
+  const char* json;
+  const char* expected;  // the record; empty for one that is refused
+};
+
+const RecordRow kRecordRows[] = {
+  {"Empty", "{}", "''"},
+  {"EverythingSet",
+   R"({"name":"Walk","channels":[{"sampler":1,"target":{"node":3,"path":"rotation"}},{"sampler":0,"target":{"node":3,"path":"scale"}}],
+       "samplers":[{"input":5,"output":6},{"input":5,"output":7,"interpolation":"CUBICSPLINE"}]})",
+   "'Walk' >1:3:rotation >0:3:scale 0=5>6:LINEAR*1 1=5>7:CUBICSPLINE*3"},
+  {"NoNode", R"({"channels":[{"sampler":0,"target":{"path":"pointer"}}]})", "'' >0:-1:pointer"},
+  {"NamesAreExact",
+   R"({"samplers":[{"input":0,"output":1,"interpolation":"cubicspline"},{"input":0,"output":1,"interpolation":""},
+                        {"input":0,"output":1,"interpolation":5},{"input":0,"output":1,"interpolation":"STEP"}]})",
+   "'' 0=0>1:cubicspline*1 1=0>1:*1 2=0>1:LINEAR*1 3=0>1:STEP*1"},
+  {"NameOfTheWrongKind", R"({"name":7})", "''"},
+  {"ChannelWithoutSampler", R"({"channels":[{"target":{"path":"scale"}}]})", ""},
+  {"ChannelWithoutTarget", R"({"channels":[{"sampler":0}]})", ""},
+  {"TargetOfTheWrongKind", R"({"channels":[{"sampler":0,"target":[]}]})", ""},
+  {"TargetWithoutPath", R"({"channels":[{"sampler":0,"target":{"node":0}}]})", ""},
+  {"SecondChannelBroken", R"({"channels":[{"sampler":0,"target":{"path":"scale"}},{}]})", ""},
+  {"SamplerWithoutInput", R"({"samplers":[{"output":1}]})", ""},
+  {"SamplerWithoutOutput", R"({"samplers":[{"input":1}]})", ""},
+  {"ChannelsOfTheWrongKind", R"({"channels":{}})", ""},
+  {"SamplersOfTheWrongKind", R"({"samplers":3})", ""},
+  {"ChannelOfTheWrongKind", R"({"channels":[3]})", ""},
+};
+
+class AnimationRecord : public testing::TestWithParam<RecordRow>
+{};
+
+TEST_P(AnimationRecord, IsReadOrLeftOut)
+{
+  // The animation behind keeps its place.
+  const GltfData data = ReadRecords(R"({"animations":[)" + std::string(GetParam().json) + R"(,{"name":"next"}]})");
+  const GltfAnimation* const animation = data.animations.Find(0);
+  EXPECT_EQ(animation ? Write(*animation) : "", GetParam().expected);
+  ASSERT_TRUE(data.animations.Find(1));
+  EXPECT_EQ(Write(*data.animations.Find(1)), "'next'");
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, AnimationRecord, testing::ValuesIn(kRecordRows), RowName());
+
+struct GateRow
+{
+  const char* name;
+  Bool transforms;
+  Bool morphs;
+  Bool geometry;
+  Int animationCount;
+};
+
+const GateRow kGateRows[] = {
+  {"TransformsAlone", true, false, false, 1},
+  {"MorphsWithGeometry", false, true, true, 1},
+  {"MorphsWithoutGeometry", false, true, false, 0},
+  {"Neither", false, false, true, 0},
+};
+
+class AnimationGate : public testing::TestWithParam<GateRow>
+{};
+
+TEST_P(AnimationGate, DecidesWhetherAnimationsAreRead)
+{
+  ImportOptions options;
+  EXPECT_EQ(ErrorText(options.Set(importkeys::kAnimationTrs, GetParam().transforms)), "");
+  EXPECT_EQ(ErrorText(options.Set(importkeys::kAnimationMorph, GetParam().morphs)), "");
+  EXPECT_EQ(ErrorText(options.Set(importkeys::kGeometry, GetParam().geometry)), "");
+  EXPECT_EQ(ReadRecords(R"({"animations":[{}]})", {}, options).animations.GetCount(), GetParam().animationCount);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, AnimationGate, testing::ValuesIn(kGateRows), RowName());
+
+constexpr const char* kNoAccessor = "Illegal state: Condition accessor not fulfilled. ";
+constexpr const char* kNoSampler = "Illegal state: Condition sampler not fulfilled. ";
+
+struct ResolveRow
+{
+  const char* name;
+  const char* animation;
+  const char* message;
+  const char* links;  // for each channel whether it has its sampler
+};
+
+const ResolveRow kResolveRows[] = {
+  {"BothChannelsLinked",
+   R"("channels":[{"sampler":1,"target":{"path":"scale"}},{"sampler":0,"target":{"path":"scale"}}],
+      "samplers":[{"input":0,"output":1},{"input":1,"output":0}])",
+   "", "++"},
+  {"MissingInput", R"("channels":[{"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":9,"output":1}])", kNoAccessor,
+   "-"},
+  {"MissingOutput", R"("channels":[{"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":0,"output":9}])", kNoAccessor,
+   "-"},
+  {"InputBeforeOutput", R"("samplers":[{"input":2,"output":9}])", "Illegal state: Condition bView not fulfilled. ", ""},
+  {"NoIndexWillNotDo", R"("samplers":[{"input":-1,"output":1}])", "Illegal state: Condition nonIndexedAllowed not fulfilled. ",
+   ""},
+  {"OneBadSamplerUnlinksAll",
+   R"("channels":[{"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":0,"output":1},{"input":0,"output":9}])",
+   kNoAccessor, "-"},
+  {"MissingSamplerEndsTheLinking",
+   R"("channels":[{"sampler":0,"target":{"path":"scale"}},{"sampler":5,"target":{"path":"scale"}},
+                  {"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":0,"output":1}])",
+   kNoSampler, "+--"},
+};
+
+class AnimationReferences : public testing::TestWithParam<ResolveRow>
+{};
+
+TEST_P(AnimationReferences, AreFoundOrTellWhatIsMissing)
+{
+  GltfData data = ReadRecords(R"({"buffers":[{"byteLength":8}],"bufferViews":[{"buffer":0,"byteLength":8}],
+    "accessors":[{"bufferView":0,"componentType":5126,"count":2,"type":"SCALAR"},
+                 {"bufferView":0,"componentType":5126,"count":2,"type":"SCALAR"},
+                 {"bufferView":9,"componentType":5126,"count":2,"type":"SCALAR"}],
+    "animations":[{)" + std::string(GetParam().animation) +
+                                "}]}",
+                              Bytes(8));
+  GltfAnimation& animation = *data.animations.Find(0);
+  EXPECT_EQ(ErrorText(animation.ResolveAnimation(&data)), GetParam().message);
+  std::string links;
+  for (const GltfChannel& channel : animation.channels)
+    links += channel.sampler ? "+" : "-";
+  EXPECT_EQ(links, GetParam().links);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, AnimationReferences, testing::ValuesIn(kResolveRows), RowName());
+
+TEST(AnimationSamplerRecord, NeedsADocumentToResolve)
+{
+  GltfAnimationSampler sampler;
+  EXPECT_EQ(ErrorText(sampler.Resolve(nullptr)), "Illegal argument: Condition gltfData not fulfilled. ");
+}
+
+}  // namespace
+}  // namespace q7z::test

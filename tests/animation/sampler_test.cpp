@@ -1,0 +1,366 @@
+// Samplers in time: their range, their value at any time, and whether they are constant.
+
+#include <cmath>
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "plugin/animation/gltfsampler.h"
+#include "tests/document/records.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+/// A sampler over floats, in the document that it needs.
+class SamplerFile
+{
+public:
+  SamplerFile(const std::vector<float>& times, const std::vector<float>& values, const std::string& interpolation,
+              const std::string& type = "SCALAR")
+  {
+    Bytes bytes((times.size() + values.size()) * 4);
+    std::memcpy(bytes.data(), times.data(), times.size() * 4);
+    std::memcpy(bytes.data() + times.size() * 4, values.data(), values.size() * 4);
+    const std::string all = std::to_string(bytes.size());
+    const std::string start = std::to_string(times.size() * 4);
+    const std::string count = std::to_string(values.size() / GltfJson::CountComponents(type));
+    _data =
+      ReadRecords(R"({"buffers":[{"byteLength":)" + all + R"(}],"bufferViews":[{"buffer":0,"byteLength":)" + all +
+                    R"(}],"accessors":[{"bufferView":0,"componentType":5126,"type":"SCALAR","count":)" +
+                    std::to_string(times.size()) + R"(},{"bufferView":0,"byteOffset":)" + start +
+                    R"(,"componentType":5126,"type":")" + type + R"(","count":)" + count +
+                    R"(}],"animations":[{"samplers":[{"input":0,"output":1,"interpolation":")" + interpolation + R"("}]}]})",
+                  bytes);
+    EXPECT_EQ(ErrorText(_data.animations.Find(0)->ResolveAnimation(&_data)), "");
+  }
+
+  const GltfAnimationSampler& Sampler() const { return *_data.animations.Find(0)->samplers.Find(0); }
+
+  std::vector<double> Scalars(const std::vector<double>& times, const SamplerLayout& layout = {}) const
+  {
+    BaseArray<Float> values;
+    message = ErrorText(ResampleScalar(Sampler(), MakeTimes(times), layout, values));
+    return ToVector(values);
+  }
+
+  static BaseArray<Float> MakeTimes(const std::vector<double>& times)
+  {
+    BaseArray<Float> array;
+    EXPECT_EQ(ErrorText(array.AppendCopies(times.data(), static_cast<Int>(times.size()))), "");
+    return array;
+  }
+
+  mutable std::string message;  // of the last call
+
+private:
+  GltfData _data;
+};
+
+// Time ranges.
+
+struct RangeRow
+{
+  const char* name;
+  const char* input;  // members of the input accessor behind its type
+  Float minSeconds;
+  Float maxSeconds;
+  const char* message;
+};
+
+const RangeRow kRangeRows[] = {
+  {"Both", R"(5126,"min":[0.5],"max":[2])", 0.5, 2, ""},
+  {"KeysAreNotSearched", R"(5126,"min":[-7],"max":[1000])", -7, 1000, ""},
+  {"NoMin", R"(5126,"max":[2])", 0, 0, "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. "},
+  {"TwoMin", R"(5126,"min":[1,2],"max":[2])", 0, 0, "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. "},
+  {"NoMax", R"(5126,"min":[2])", 0, 0, "Illegal state: Condition maxArray.GetCount() == 1 not fulfilled. "},
+  {"Neither", R"(5126)", 0, 0, "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. "},
+  {"NotFloats", R"(5125,"min":[0],"max":[1])", 0, 0,
+   "Illegal state: Condition _inputAccessor->GetComponentType() == 5126 not fulfilled. "},
+};
+
+GltfData ReadWithInput(const std::string& componentType, const std::string& animations)
+{
+  GltfData data = ReadRecords(R"({"buffers":[{"byteLength":8}],"bufferViews":[{"buffer":0,"byteLength":8}],"accessors":[
+    {"bufferView":0,"count":2,"type":"SCALAR","componentType":)" +
+                                componentType + R"(},
+    {"bufferView":0,"count":2,"type":"SCALAR","componentType":5126,"min":[-1.5],"max":[0.005]},
+    {"bufferView":0,"count":2,"type":"SCALAR","componentType":5126,"min":[3],"max":[4.25]}],"animations":[)" +
+                                animations + "]}",
+                              Bytes(8));
+  for (auto& entry : data.animations)
+    DropError(entry.GetValue().ResolveAnimation(&data));  // some rows leave channels unlinked on purpose
+  return data;
+}
+
+class SamplerTimeRange : public testing::TestWithParam<RangeRow>
+{};
+
+TEST_P(SamplerTimeRange, ComesFromTheInputsBounds)
+{
+  const GltfData data = ReadWithInput(GetParam().input, R"({"samplers":[{"input":0,"output":0}]})");
+  const Result<GltfTimeRange> range = GetSamplerTimeRange(*data.animations.Find(0)->samplers.Find(0));
+  EXPECT_EQ(ErrorText(range), GetParam().message);
+  if (range.HasError())
+    return;
+  EXPECT_EQ(range.GetValue().minSeconds, GetParam().minSeconds);
+  EXPECT_EQ(range.GetValue().maxSeconds, GetParam().maxSeconds);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SamplerTimeRange, testing::ValuesIn(kRangeRows), RowName());
+
+TEST(SamplerTimeRange, NeedsAnInput)
+{
+  EXPECT_EQ(ErrorText(GetSamplerTimeRange(GltfAnimationSampler())), "Illegal state: Condition _inputAccessor not fulfilled. ");
+}
+
+const std::string kChannelToFirst = R"("channels":[{"sampler":0,"target":{"path":"scale"}}])";
+
+struct DocumentRangeRow
+{
+  const char* name;
+  std::string animations;
+  Float minSeconds;
+  Float maxSeconds;
+  const char* message;
+};
+
+const DocumentRangeRow kDocumentRangeRows[] = {
+  {"NoAnimation", "", 0, 0.01, ""},
+  {"EndsNearZero", "{" + kChannelToFirst + R"(,"samplers":[{"input":1,"output":0}]})", -1.5, 0.01, ""},
+  {"WidestOfAll",
+   "{" + kChannelToFirst + R"(,"samplers":[{"input":1,"output":0}]},{)" + kChannelToFirst +
+     R"(,"samplers":[{"input":2,"output":0}]})",
+   -1.5, 4.25, ""},
+  {"UnusedSamplerDoesNotCount", "{" + kChannelToFirst + R"(,"samplers":[{"input":1,"output":0},{"input":0,"output":0}]})", -1.5,
+   0.01, ""},
+  {"UnlinkedChannelDoesNotCount", "{" + kChannelToFirst + R"(,"samplers":[{"input":0,"output":7}]})", 0, 0.01, ""},
+  {"FirstErrorEnds",
+   "{" + kChannelToFirst + R"(,"samplers":[{"input":2,"output":0}]},{)" + kChannelToFirst +
+     R"(,"samplers":[{"input":0,"output":0}]})",
+   0, 0, "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. "},
+};
+
+class DocumentTimeRange : public testing::TestWithParam<DocumentRangeRow>
+{};
+
+TEST_P(DocumentTimeRange, CoversAllLinkedSamplers)
+{
+  const GltfData data = ReadWithInput("5126", GetParam().animations);
+  const Result<GltfTimeRange> range = GetDocumentTimeRange(data);
+  EXPECT_EQ(ErrorText(range), GetParam().message);
+  if (range.HasError())
+    return;
+  EXPECT_EQ(range.GetValue().minSeconds, GetParam().minSeconds);
+  EXPECT_EQ(range.GetValue().maxSeconds, GetParam().maxSeconds);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, DocumentTimeRange, testing::ValuesIn(kDocumentRangeRows), RowName());
+
+// Values.
+
+struct ValueRow
+{
+  const char* name;
+  const char* interpolation;
+  std::vector<float> times;
+  std::vector<float> values;
+  std::vector<double> askedTimes;
+  std::vector<double> expected;
+};
+
+const ValueRow kValueRows[] = {
+  {"Linear", "LINEAR", {1, 2, 4}, {5, 10, 30}, {0, 1, 1.5, 2, 3.5, 4, 9}, {5, 5, 7.5, 10, 25, 30, 30}},
+  {"StepIsZeroBeforeItsFirstKey", "STEP", {1, 2, 4}, {5, 10, 30}, {0, 1, 1.999, 2, 3.5, 4, 9}, {0, 5, 5, 10, 10, 30, 30}},
+  // In-tangent, value and out-tangent of each key. With dt = 2: at s = 1/4 the weights are 27/32, 9/32, 5/32 and -3/32, at s = 1/2
+  // they are 1/2, 1/4, 1/2 and -1/4.
+  {"Spline", "CUBICSPLINE", {0, 2}, {9, 1, 3, -2, 5, 9}, {-1, 0, 0.5, 1, 2, 3}, {1, 1, 2.65625, 4.25, 5, 5}},
+  {"OneKey", "LINEAR", {1}, {7}, {0, 1, 2}, {7, 7, 7}},
+  {"NoKeys", "LINEAR", {}, {1}, {0, 1}, {0, 0}},
+  {"NoTimes", "LINEAR", {0}, {1}, {}, {}},
+  {"UnknownNameIsZeroBetweenKeys", "cubicspline", {0, 2}, {3, 5}, {0, 1, 2}, {3, 0, 5}},
+  {"EqualTimesTakeTheLater", "LINEAR", {0, 1, 1, 2}, {1, 2, 3, 4}, {0.5, 1, 1.5}, {1.5, 3, 3.5}},
+  // The order of the times is 0, 1, 2 with the values 5, 10, 20, but the times of a bracket are taken at the keys' indices: 1 and 2
+  // at 0.5, and 2 and 0 at 1.5.
+  {"UnsortedTimes", "LINEAR", {2, 0, 1}, {20, 5, 10}, {-1, 0, 0.5, 1, 1.5, 2, 3}, {5, 5, 2.5, 10, 12.5, 20, 20}},
+  {"TimesInAnyOrder", "LINEAR", {0, 1, 2}, {0, 10, 40}, {2, 0.5, 1.5, 0, 1}, {40, 5, 25, 0, 10}},
+  {"TimeThatIsNoNumberComesLast", "STEP", {0, kNan, 2}, {1, 2, 3}, {1, 5}, {1, 2}},
+};
+
+class SamplerValues : public testing::TestWithParam<ValueRow>
+{};
+
+TEST_P(SamplerValues, AtTimes)
+{
+  const ValueRow& row = GetParam();
+  const SamplerFile file(row.times, row.values, row.interpolation);
+  EXPECT_THAT(file.Scalars(row.askedTimes), ElementsAreArray(row.expected));
+  EXPECT_EQ(file.message, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SamplerValues, testing::ValuesIn(kValueRows), RowName());
+
+TEST(SamplerValues, OfVectorsAndQuaternionsGoByComponent)
+{
+  const SamplerFile vectors({0, 1}, {1, 2, 3, 3, 6, -3}, "LINEAR", "VEC3");
+  BaseArray<Vector> positions;
+  ASSERT_EQ(ErrorText(ResampleVector(vectors.Sampler(), SamplerFile::MakeTimes({0.25}), {}, positions)), "");
+  EXPECT_EQ(positions[0], (Vector{1.5, 3, 1.5}));
+
+  // No normalising, no shortest way: halfway between a rotation and its negative there is nothing.
+  const SamplerFile rotations({0, 1}, {0, 0, 0.5F, 1, 0, 0, -0.5F, -1}, "LINEAR", "VEC4");
+  BaseArray<Vector4> quaternions;
+  ASSERT_EQ(ErrorText(ResampleQuaternion(rotations.Sampler(), SamplerFile::MakeTimes({0.25, 0.5}), {}, quaternions)), "");
+  EXPECT_EQ(quaternions[0], (Vector4{0, 0, 0.25, 0.5}));
+  EXPECT_EQ(quaternions[1], Vector4());
+}
+
+TEST(SamplerValues, OfOneTargetAmongSeveral)
+{
+  const SamplerFile linear({0, 1}, {1, 2, 3, 4, 5, 6}, "LINEAR");
+  EXPECT_THAT(linear.Scalars({0, 0.5, 1}, {3, 1}), ElementsAre(2, 3.5, 5));
+
+  const SamplerFile spline({0, 1}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}, "CUBICSPLINE");
+  EXPECT_THAT(spline.Scalars({0, 1}, {3, 1}), ElementsAre(4, 13));
+}
+
+/// The bracket as a walk over all keys finds it.
+double WalkLinear(const std::vector<float>& times, double time)
+{
+  if (times.front() > time)
+    return times.front() * times.front();
+  size_t i = 1;
+  while (i < times.size() && !(times[i] > time))
+    ++i;
+  const double a = times[i - 1];
+  if (i == times.size() || a == time)
+    return a * a;
+  const double s = (time - a) / (times[i] - a);
+  return a * a * (1 - s) + double(times[i]) * times[i] * s;
+}
+
+TEST(SamplerValues, DoNotDependOnTheOrderOfTimes)
+{
+  std::vector<float> times;
+  std::vector<float> values;
+  for (int i = 0; i < 100; ++i)
+  {
+    times.push_back(static_cast<float>(i + i % 3 * 0.25));
+    values.push_back(times.back() * times.back());
+  }
+  std::vector<double> asked;
+  std::vector<double> expected;
+  for (int i = 0; i < 400; ++i)
+  {
+    asked.push_back(i * 37 % 211 * 0.5 - 2);  // steps of every size, both ways
+    expected.push_back(WalkLinear(times, asked.back()));
+  }
+  const SamplerFile file(times, values, "LINEAR");
+  EXPECT_THAT(file.Scalars(asked), ElementsAreArray(expected));
+}
+
+TEST(SamplerValues, FailWhereAKeyIsMissing)
+{
+  const SamplerFile file({0, 1, 2}, {1, 2}, "LINEAR");
+  EXPECT_THAT(file.Scalars({0.5}), ElementsAre(1.5));
+  EXPECT_EQ(file.message, "");
+  file.Scalars({0.5, 1.5});
+  EXPECT_EQ(file.message, "Illegal state: Condition (idx >= 0 && idx < _count) not fulfilled. ");
+  file.Scalars({}, {});
+  EXPECT_EQ(file.message, "");
+}
+
+TEST(SamplerValues, FailWithoutAnOutput)
+{
+  const SamplerFile file({0, 1}, {1, 2}, "LINEAR");
+  GltfAnimationSampler sampler;
+  sampler._inputAccessor = file.Sampler()._inputAccessor;
+  BaseArray<Float> values;
+  EXPECT_EQ(ErrorText(ResampleScalar(sampler, SamplerFile::MakeTimes({0}), {}, values)),
+            "Illegal state: Condition accessor not fulfilled. ");
+}
+
+// Constant samplers.
+
+struct ConstantRow
+{
+  const char* name;
+  const char* interpolation;
+  std::vector<float> values;
+  SamplerLayout layout;
+  Bool isConstant;
+};
+
+const ConstantRow kConstantRows[] = {
+  {"Equal", "LINEAR", {2, 2, 2}, {}, true},
+  {"LastDiffers", "LINEAR", {2, 2, 2.0000002F}, {}, false},
+  {"ZerosOfBothSigns", "LINEAR", {0, -0.0F, 0}, {}, true},
+  {"NoNumber", "LINEAR", {kNan, kNan, kNan}, {}, false},
+  {"SplineEqual", "CUBICSPLINE", {1, 2, 3, 1, 2, 3, 1, 2, 3}, {}, true},
+  {"InTangentDiffers", "CUBICSPLINE", {1, 2, 3, 0, 2, 3, 1, 2, 3}, {}, false},
+  {"OutTangentDiffers", "CUBICSPLINE", {1, 2, 3, 1, 2, 3, 1, 2, 0}, {}, false},
+  {"OneTargetEqual", "LINEAR", {1, 5, 2, 5, 3, 5}, {2, 1}, true},
+  {"OneTargetDiffers", "LINEAR", {1, 5, 2, 5, 3, 5}, {2, 0}, false},
+};
+
+class ConstantSampler : public testing::TestWithParam<ConstantRow>
+{};
+
+TEST_P(ConstantSampler, HasEqualKeys)
+{
+  const SamplerFile file({0, 1, 2}, GetParam().values, GetParam().interpolation);
+  const Result<Bool> isConstant = IsConstantSampler<Float>(file.Sampler(), GetParam().layout);
+  ASSERT_EQ(ErrorText(isConstant), "");
+  EXPECT_EQ(isConstant.GetValue(), GetParam().isConstant);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ConstantSampler, testing::ValuesIn(kConstantRows), RowName());
+
+TEST(ConstantSampler, HasFewerThanTwoKeysOrNoInput)
+{
+  const SamplerFile one({0}, {}, "LINEAR");  // nothing is read
+  EXPECT_TRUE(IsConstantSampler<Float>(one.Sampler(), {}).GetValue());
+  EXPECT_TRUE(IsConstantSampler<Vector>(GltfAnimationSampler(), {}).GetValue());
+}
+
+TEST(ConstantSampler, OfEveryComponent)
+{
+  const SamplerFile scales({0, 1}, {1, 2, 3, 1, 2, 4}, "LINEAR", "VEC3");
+  EXPECT_FALSE(IsConstantSampler<Vector>(scales.Sampler(), {}).GetValue());
+  const SamplerFile rotations({0, 1}, {0, 0, 0, 1, 0, 0, 0, 2}, "LINEAR", "VEC4");
+  EXPECT_FALSE(IsConstantSampler<Vector4>(rotations.Sampler(), {}).GetValue());
+  EXPECT_EQ(ErrorText(IsConstantSampler<Vector4>(scales.Sampler(), {})),
+            "Illegal state: Condition count <= GetComponentCount() not fulfilled. ");
+}
+
+struct ModeRow
+{
+  const char* interpolation;
+  InterpolationMode mode;
+};
+
+TEST(SamplerInterpolation, IsLinearForUnknownNames)
+{
+  const ModeRow rows[] = {{"CUBICSPLINE", InterpolationMode::Spline},
+                          {"STEP", InterpolationMode::Step},
+                          {"LINEAR", InterpolationMode::Linear},
+                          {"step", InterpolationMode::Linear},
+                          {"", InterpolationMode::Linear},
+                          {"CUBICSPLINE ", InterpolationMode::Linear}};
+  for (const ModeRow& row : rows)
+  {
+    const SamplerFile file({0}, {0, 0, 0}, row.interpolation);
+    EXPECT_EQ(GetSamplerInterpolationMode(&file.Sampler()), row.mode) << row.interpolation;
+  }
+}
+
+}  // namespace
+}  // namespace q7z::test
