@@ -69,8 +69,6 @@ inline const DataKey kNormalScale("normalScale");
 inline const DataKey kNormalTexture("normalTexture");
 inline const DataKey kOcclusionStrength("occlusionStrength");
 inline const DataKey kOcclusionTexture("occlusionTexture");
-inline const DataKey kOutput("output");
-inline const DataKey kPath("path");
 inline const DataKey kPbrMetallicRoughness("pbrMetallicRoughness");
 inline const DataKey kOrthographic("orthographic");
 inline const DataKey kOutput("output");
