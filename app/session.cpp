@@ -20,7 +20,6 @@ namespace
 {
 
 constexpr const char* kRed = "\x1b[31m";
-constexpr const char* kYellow = "\x1b[33m";
 constexpr const char* kGray = "\x1b[90m";
 
 /// The library beside the program, or where it is installed.
@@ -156,8 +155,7 @@ void Session::WarnOfLostImages()
     return;
   const std::string text = "the images that \"" + _arguments.input + "\" holds itself are not kept; --tex DIR keeps them";
   _report.issues.push_back({"IMAGES_NOT_KEPT", Severity::kWarning, text});
-  if (!_arguments.quiet)
-    Say("warning", kYellow, text);
+  SayWarning(text);
 }
 
 int Session::CheckInput(const std::string& stdinName)
@@ -252,8 +250,8 @@ void Session::TakeMessages()
     const bool isWarning = message.messageClass == HostMessageClass::kWarning;
     _report.issues.push_back({isWarning ? "IMPORT_WARNING" : "IMPORT_INFORMATION",
                               isWarning ? Severity::kWarning : Severity::kInfo, message.text});
-    if (isWarning && !_arguments.quiet)
-      Say("warning", kYellow, message.text);
+    if (isWarning)
+      SayWarning(message.text);
     if (!isWarning && _arguments.verbose)
       Say("note", kGray, message.text);
   }
@@ -317,6 +315,12 @@ void Session::Say(const char* kind, const char* color, const std::string& messag
     std::fprintf(stderr, "q7z: %s%s:\x1b[0m %s\n", color, kind, text.c_str());
   else
     std::fprintf(stderr, "q7z: %s: %s\n", kind, text.c_str());
+}
+
+void Session::SayWarning(const std::string& message)
+{
+  if (!_arguments.quiet)
+    Say("warning", "\x1b[33m", message);
 }
 
 void Session::StartTimer()

@@ -57,12 +57,14 @@ private:
   int FailInterrupted();
   int SaveInto(const std::string& path);
   int SaveThrough(std::FILE* stream);
+  void TakeWarnings(const SaveReport& saved);
   int JudgeSave(const SaveReport& saved);
   int JudgeSize(const std::string& path);
   std::string NameOutput() const;
   void TakeMessages();
   void CountObjects();
   void Say(const char* kind, const char* color, const std::string& message);
+  void SayWarning(const std::string& message);
   void StartTimer();
   void StopTimer(const std::string& name);
 

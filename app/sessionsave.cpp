@@ -127,15 +127,27 @@ int Session::SaveInto(const std::string& path)
   StartTimer();
   SaveRequest request;
   request.path = path;
+  request.input = _path;
+  request.allowOutside = _arguments.allowOutside;
   request.parameters = _arguments.exportParameters;
   LeaveMorphsOut(*_document, request.parameters);
   request.job = _bar.IsEnabled() ? &_job : nullptr;
   const SaveReport saved = _host->Save(request, *_document);
   StopTimer("save");
   _bar.Clear();
+  TakeWarnings(saved);
   if (const int code = JudgeSave(saved))
     return code;
   return IsGlb(request.parameters) && !IsFarBelowGlbLimit(*_document) ? JudgeSize(path) : kDone;
+}
+
+void Session::TakeWarnings(const SaveReport& saved)
+{
+  for (const std::string& text : saved.warnings)
+  {
+    _report.issues.push_back({"EXPORT_WARNING", Severity::kWarning, text});
+    SayWarning(text);
+  }
 }
 
 int Session::JudgeSave(const SaveReport& saved)

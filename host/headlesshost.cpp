@@ -1,7 +1,12 @@
 #include "host/headlesshost.h"
 
 #include <map>
+#include <mutex>
+#include <set>
 
+#include "host/images/headlessbitmaps.h"
+#include "host/images/materialexchange.h"
+#include "host/images/mediasessions.h"
 #include "host/modeling/modelingtable.h"
 #include "host/scene/materialimport.h"
 #include "host/scene/scenetables.h"
@@ -81,6 +86,23 @@ public:
     if (job)
       job->AddMessage(HostMessageClass::kWarning, String(text.data(), static_cast<Int>(text.size())));
   }
+};
+
+/// What a save leaves out. Told from several threads in any order, so that they are kept sorted.
+class SaveWarnings final : public FileWarnings
+{
+public:
+  void AddWarning(const std::string& text) override
+  {
+    const std::lock_guard lock(_mutex);
+    _texts.insert(text);
+  }
+  void Clear() noexcept { _texts.clear(); }
+  std::vector<std::string> Get() const { return {_texts.begin(), _texts.end()}; }
+
+private:
+  std::mutex _mutex;
+  std::set<std::string> _texts;
 };
 
 /// The first bytes of a file; fewer when it is shorter, none when it cannot be read.
@@ -182,7 +204,6 @@ struct HeadlessHost::State
   HeadlessRegistrations registrations{descriptions};
   HeadlessConsole console;
   HeadlessDialogs dialogs;
-  HeadlessBitmaps bitmaps;
 
   HeadlessJson json;
   HeadlessBase64Decoder base64Decoder;
@@ -193,6 +214,12 @@ struct HeadlessHost::State
   HeadlessUsageReport usageReport;
   HeadlessMaterialImport materialImport;
   HeadlessJobs jobs;
+
+  SaveWarnings saveWarnings;
+  ImageFiles imageFiles{policy};
+  HeadlessBitmaps bitmaps{imageFiles, jobs};
+  HeadlessMediaSessions mediaSessions;
+  HeadlessMaterialExport materialExport{imageFiles, jobs};
 
   HostTables tables;
   ServiceRegistry services;
@@ -210,6 +237,7 @@ public:
     state.scene.activeDocument = &document;
     state.usageReport.Clear();
     state.urls.SetBaseFolder(request.texFolder);
+    state.materialImport.SetFolder(GetFolderOf(request.path));
     if (!request.allowOutside)
       state.policy.Restrict(request.path, &state.warnings);
     state.warnings.job = &job;  // last: what throws above leaves none behind
@@ -233,6 +261,14 @@ public:
   SaveScope(State& state, const SaveRequest& request, HeadlessDocument& document) : _state(state)
   {
     state.scene.activeDocument = &document;
+    state.policy.Lift();
+    if (!request.input.empty() && !request.allowOutside)
+    {
+      state.policy.Restrict(request.input, &state.saveWarnings);
+      state.policy.Allow(state.urls.GetTexFolder());
+    }
+    state.imageFiles.SetWarnings(&state.saveWarnings);
+    state.saveWarnings.Clear();
     state.dialogs.SetJob(request.job);
     static_cast<void>(state.console.TakeLastDiagnostic());
     static_cast<void>(state.files.TakeWriteFailure());
@@ -240,7 +276,13 @@ public:
   }
   SaveScope(const SaveScope&) = delete;
   SaveScope& operator=(const SaveScope&) = delete;
-  ~SaveScope() { _state.dialogs.SetJob(nullptr); }
+  ~SaveScope()
+  {
+    _state.policy.Lift();
+    _state.imageFiles.SetWarnings(nullptr);
+    _state.materialExport.Clear();
+    _state.dialogs.SetJob(nullptr);
+  }
 
 private:
   State& _state;
@@ -300,6 +342,8 @@ void HeadlessHost::State::Assemble(const HostSettings& settings)
   services.Set(HostHash::kId, static_cast<HostHash*>(&hash));
   services.Set(HostUsageReport::kId, static_cast<HostUsageReport*>(&usageReport));
   services.Set(HostMaterialImport::kId, static_cast<HostMaterialImport*>(&materialImport));
+  services.Set(HostMaterialExport::kId, static_cast<HostMaterialExport*>(&materialExport));
+  services.Set(HostMediaSessions::kId, static_cast<HostMediaSessions*>(&mediaSessions));
   services.Set(HostJobs::kId, static_cast<HostJobs*>(&jobs));
 }
 
@@ -466,6 +510,7 @@ SaveReport HeadlessHost::RunSave(const SaveRequest& request, HeadlessDocument& d
     const HostFilename name(View(request.path));
     const Int32 flags = request.flags | (request.job ? kLoadDialogsAllowed : 0);
     report.returnValue = instance.As<HostSceneSaver>().Save(instance.Node(), name, ToHost(&document), flags);
+    report.warnings = _state->saveWarnings.Get();
     _state->ExplainSave(report);
     return report;
   }

@@ -69,6 +69,10 @@ struct LoadReport
 struct SaveRequest
 {
   std::string path;
+  /// The file that the document came from: images are read from its folder and below, and from where its load wrote some. Empty for
+  /// images that lie anywhere.
+  std::string input;
+  bool allowOutside = false;  ///< images that lie elsewhere, too
   /// Parameters of the saver by id, over its defaults.
   std::vector<std::pair<int, HostValue>> parameters;
   Int32 flags = kLoadObjects | kLoadMaterials;
@@ -79,10 +83,11 @@ struct SaveRequest
 /// What came of a save.
 struct SaveReport
 {
-  bool available = false;    ///< the plug-in offers a saver; all else is empty otherwise
-  Int32 returnValue = 0;     ///< 0, or the saver's negative status
-  std::string error;         ///< what failed, empty on success
-  std::string writeFailure;  ///< why the file could not be written, when that is what failed
+  bool available = false;             ///< the plug-in offers a saver; all else is empty otherwise
+  Int32 returnValue = 0;              ///< 0, or the saver's negative status
+  std::string error;                  ///< what failed, empty on success
+  std::vector<std::string> warnings;  ///< what was left out, each once, sorted
+  std::string writeFailure;           ///< why the file could not be written, when that is what failed
   bool Succeeded() const { return available && error.empty(); }
 };
 

@@ -1,5 +1,6 @@
 #include "host/services/headlessfiles.h"
 
+#include <algorithm>
 #include <bit>
 #include <filesystem>
 #include <new>
@@ -72,12 +73,20 @@ void FilePolicy::Restrict(const std::string& input, FileWarnings* warnings)
   _warnings = warnings;
 }
 
+void FilePolicy::Allow(const std::string& folder)
+{
+  const std::string resolved = ResolvePath(folder);
+  if (!resolved.empty())
+    _allowed.emplace_back(WithSlash(folder), WithSlash(resolved));
+}
+
 void FilePolicy::Lift() noexcept
 {
   _restricted = false;
   _namedFolder.clear();
   _folder.clear();
   _input.clear();
+  _allowed.clear();
   _warnings = nullptr;
   _refused.clear();
 }
@@ -87,20 +96,40 @@ std::string FilePolicy::FindReadable(const std::string& path)
   if (!_restricted)
     return path;
   std::string resolved = ResolvePath(path);
-  if (resolved.empty() || resolved == _input || (!_folder.empty() && resolved.starts_with(_folder)))
+  if (resolved.empty() || IsInside(resolved))
     return resolved;
+  const std::lock_guard lock(_mutex);
   if (_refused.insert(resolved).second)
     Warn(path);
   return "";
+}
+
+bool FilePolicy::IsInside(const std::string& resolved) const
+{
+  if (resolved == _input || (!_folder.empty() && resolved.starts_with(_folder)))
+    return true;
+  return std::any_of(_allowed.begin(), _allowed.end(), [&](const auto& folder) { return resolved.starts_with(folder.second); });
+}
+
+std::string FilePolicy::GetShortName(const std::string& path) const
+{
+  if (!_namedFolder.empty() && path.starts_with(_namedFolder))
+    return path.substr(_namedFolder.size());
+  for (const auto& [named, resolved] : _allowed)
+  {
+    const size_t parent = named.rfind('/', named.size() - 2) + 1;  // 0 for a folder without one
+    if (path.starts_with(named))
+      return path.substr(parent);
+  }
+  return path;
 }
 
 void FilePolicy::Warn(const std::string& path)
 {
   if (!_warnings)
     return;
-  // Told from the input's folder, so that the text does not depend on where the input lies.
-  const std::string name = path.starts_with(_namedFolder) ? path.substr(_namedFolder.size()) : path;
-  _warnings->AddWarning("\"" + name + "\" lies outside the input's folder and is not read; --allow-outside permits it");
+  _warnings->AddWarning("\"" + GetShortName(path) +
+                        "\" lies outside the input's folder and is not read; --allow-outside permits it");
 }
 
 HostFile* HeadlessFileTable::Alloc() noexcept
@@ -233,6 +262,12 @@ HeadlessUrlService::~HeadlessUrlService()
   {
     return;  // without memory it stays for the system's own cleaning
   }
+}
+
+std::string HeadlessUrlService::GetTexFolder() const
+{
+  const std::string& chosen = _baseFolder.empty() ? _temporaryFolder : _baseFolder;
+  return chosen.empty() ? "" : WithSlash(chosen) + "tex";
 }
 
 HostFileSystemType HeadlessUrlService::GetType(const Url& url) noexcept

@@ -1,6 +1,6 @@
 #pragma once
 
-// The tables of the headless host that are no part of the scene: registrations, console, bitmaps. Each belongs to one HeadlessHost.
+// The tables of the headless host that are no part of the scene: registrations and console. Each belongs to one HeadlessHost.
 
 #include <functional>
 #include <memory>
@@ -10,7 +10,6 @@
 
 #include "host/services/headlessresources.h"
 #include "plugin/module/hostconsole.h"
-#include "plugin/module/hostmaterial.h"
 #include "plugin/module/hostregistration.h"
 
 namespace q7z
@@ -73,25 +72,6 @@ public:
 private:
   std::mutex _mutex;  // lines come from several threads
   std::string _lastDiagnostic;
-};
-
-/// Images are not handled yet: no bitmap can be had.
-class HeadlessBitmaps final : public HostBitmapTable
-{
-public:
-  HostBitmap* Alloc() noexcept override { return nullptr; }
-  void Free(HostBitmap*) noexcept override {}
-  Bool Init(HostBitmap*, Int32, Int32, Int32) noexcept override { return false; }
-  Bool Load(HostBitmap*, const HostFilename&) noexcept override { return false; }
-  Int32 GetWidth(const HostBitmap*) noexcept override { return 0; }
-  Int32 GetHeight(const HostBitmap*) noexcept override { return 0; }
-  Bool ScaleInto(const HostBitmap*, HostBitmap*) noexcept override { return false; }
-  Bool HasAlpha(const HostBitmap*) noexcept override { return false; }
-  Bool AddAlpha(HostBitmap*) noexcept override { return false; }
-  void RemoveAlpha(HostBitmap*) noexcept override {}
-  Bool ReadRow(const HostBitmap*, Int32, Byte*, Bool) noexcept override { return false; }
-  Bool WriteRow(HostBitmap*, Int32, const Byte*, Bool) noexcept override { return false; }
-  HostImage* GetImage(HostBitmap*) noexcept override { return nullptr; }
 };
 
 }  // namespace q7z

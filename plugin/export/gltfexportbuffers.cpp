@@ -78,9 +78,22 @@ Result<Int> GLTFExporter::AddAccessor(const GltfAccessor& accessor, Int viewInde
   return AppendElement(_accessors, std::move(element));
 }
 
-Result<void> GLTFExporter::FillMesh(HostPolygonObject* op, MeshExportData& mesh, GltfBuffer& buffer) noexcept
+Result<Int> GLTFExporter::AppendToGlb(const GltfImage& image) noexcept
+{
+  const BaseArray<Byte>& bytes = image.GetData();
+  GltfBufferView view(kVertexTarget);
+  view.AddByteOffset(_glbBuffer.GetBytes().GetCount());
+  view.AddByteLength(bytes.GetCount());
+  RETURN_IF_ERROR(_glbBuffer.AppendBytes(bytes.GetFirst(), bytes.GetCount()));
+  RETURN_IF_ERROR(_glbBuffer.Align());
+  return AddBufferView(view, 0, true);
+}
+
+Result<void> GLTFExporter::FillMesh(HostPolygonObject* op, MeshExportData& mesh, GltfBuffer& buffer,
+                                    MaterialDescriptor& material) noexcept
 {
   CHECK_ARGUMENT(op);
+  RETURN_IF_ERROR(FillMaterial(op, material));
   BaseArray<Vector> initialPositions;
   RETURN_IF_ERROR(CollectMeshData(mesh, buffer, op, _doc.get(), op->GetPointsR(), initialPositions, _options, false));
   return _options.IsGlb() ? Result<void>() : EncodeBuffer(buffer);
@@ -134,7 +147,8 @@ Result<BaseArray<Data>> GLTFExporter::WriteTargets(const MeshExportData& mesh, I
   return targets;
 }
 
-Result<Int> GLTFExporter::WriteMesh(const MeshExportData& mesh, const GltfBuffer& buffer) noexcept
+Result<Int> GLTFExporter::WriteMesh(const MeshExportData& mesh, const GltfBuffer& buffer,
+                                    const MaterialDescriptor& material) noexcept
 {
   Int bufferIndex = 0;
   if (!_options.IsGlb())
@@ -153,6 +167,7 @@ Result<Int> GLTFExporter::WriteMesh(const MeshExportData& mesh, const GltfBuffer
   }
   RETURN_IF_ERROR(primitive.Set(keys::kAttributes, Data(std::move(attributes))));
   RETURN_IF_ERROR(primitive.Set(keys::kIndices, Data(indices)));
+  RETURN_IF_ERROR(SetMaterial(material, primitive));
   BaseArray<Data> primitives;
   RETURN_IF_ERROR(primitives.Append(Data(std::move(primitive))));
   ASSIGN_OR_RETURN(Data primitiveArray, MakeArray(std::move(primitives)));

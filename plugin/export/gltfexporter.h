@@ -15,6 +15,7 @@
 #include "plugin/document/gltfexportoptions.h"
 #include "plugin/export/gltfpreprocessor.h"
 #include "plugin/geometry/gltfmeshexport.h"
+#include "plugin/material/gltfmaterialexport.h"
 #include "plugin/module/hostdocument.h"
 #include "plugin/module/hostvalue.h"
 
@@ -81,13 +82,24 @@ private:
   Result<Int> AddBuffer(const GltfBuffer& buffer) noexcept;
   Result<Int> AddBufferView(const GltfBufferView& view, Int bufferIndex, Bool omitTarget) noexcept;
   Result<Int> AddAccessor(const GltfAccessor& accessor, Int viewIndex) noexcept;
-  Result<void> FillMesh(HostPolygonObject* op, MeshExportData& mesh, GltfBuffer& buffer) noexcept;
-  Result<Int> WriteMesh(const MeshExportData& mesh, const GltfBuffer& buffer) noexcept;
+  /// Puts an image's bytes into the binary data. @return the index of their view.
+  Result<Int> AppendToGlb(const GltfImage& image) noexcept;
+  Result<void> FillMesh(HostPolygonObject* op, MeshExportData& mesh, GltfBuffer& buffer, MaterialDescriptor& material) noexcept;
+  Result<Int> WriteMesh(const MeshExportData& mesh, const GltfBuffer& buffer, const MaterialDescriptor& material) noexcept;
   Result<DataDictionary> WriteAttributes(const MeshExportData& mesh, Int bufferIndex, Int& indices) noexcept;
   Result<void> SetMorphMembers(const MeshExportData& mesh, DataDictionary& element) noexcept;
   Result<BaseArray<Data>> WriteTargets(const MeshExportData& mesh, Int bufferIndex) noexcept;
   Result<void> SetAttribute(DataDictionary& attributes, const DataKey& name, const MeshAccessor& accessor,
                             Int viewIndex) noexcept;
+
+  // gltfexportmaterials.cpp: materials and what they refer to. Each Write answers the index that its element got.
+  Result<void> FillMaterial(const HostPolygonObject* op, MaterialDescriptor& material) noexcept;
+  Result<void> SetMaterial(const MaterialDescriptor& material, DataDictionary& primitive) noexcept;
+  Result<Int> WriteMaterial(const MaterialDescriptor& material) noexcept;
+  Result<void> SetTexture(const MaterialDescriptor& material, TextureKind kind, const DataKey& member,
+                          DataDictionary& owner) noexcept;
+  Result<Int> WriteTexture(const GltfSampler& sampler, Int imageIndex) noexcept;
+  Result<Int> WriteImage(const GltfImage& image) noexcept;
 
   GltfPreprocessor _preprocessor;
   HostOwner<HostDocument> _doc;
@@ -109,6 +121,8 @@ private:
   BaseArray<Data> _animationSamplers;  // of the one animation
   BaseArray<Data> _animationChannels;
   GltfBuffer _glbBuffer;  // all binary data of the binary form
+  MaterialIndexMap _materialIndices;
+  DupDetect _textureCache;
   DataDictionary _exchangeData;
   HashMap<HostObject*, NodeRecord> _objectNodes;  // under null the scene's root
   HashMap<HostObject*, Int32> _meshIndices;

@@ -122,8 +122,9 @@ Result<void> GLTFExporter::SetMesh(HostPolygonObject* op, HostObject* source, Da
   MeshExportData mesh;
   GltfBuffer ownBuffer;
   GltfBuffer& buffer = _options.IsGlb() ? _glbBuffer : ownBuffer;
-  RETURN_IF_ERROR(FillMesh(op, mesh, buffer));
-  ASSIGN_OR_RETURN(const Int meshIndex, WriteMesh(mesh, buffer));
+  MaterialDescriptor material;
+  RETURN_IF_ERROR(FillMesh(op, mesh, buffer, material));
+  ASSIGN_OR_RETURN(const Int meshIndex, WriteMesh(mesh, buffer, material));
   RETURN_IF_ERROR(node.Set(keys::kMesh, Data(meshIndex)));
   RETURN_IF_ERROR(_meshIndices.Set(fileUnder, static_cast<Int32>(meshIndex)));
   return {};

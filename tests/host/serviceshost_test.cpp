@@ -434,7 +434,7 @@ TEST_F(HostFacade, LivesWithoutSinksAndWithFailingOnes)
   module.tables->dialog->ShowMessage("lost"_s);
 }
 
-TEST_F(HostFacade, OpensNoDialogsAndHasNoBitmaps)
+TEST_F(HostFacade, OpensNoDialogs)
 {
   Start();
   Int32 result = 5;
@@ -442,7 +442,6 @@ TEST_F(HostFacade, OpensNoDialogsAndHasNoBitmaps)
   EXPECT_FALSE(module.tables->dialog->RunWorkerDialog(nullptr, &result));
   EXPECT_EQ(result, 5);
   EXPECT_FALSE(module.tables->dialog->Alloc(nullptr));
-  EXPECT_FALSE(module.tables->bitmap->Alloc());
 }
 
 TEST_F(HostFacade, AnswersTheNodeSpaceOfItsSettings)

@@ -190,7 +190,7 @@ const SettledMessage kSettledMessages[] = {
   {kBuilt, kState, "ext.IsPopulated()"},
   {kBuilt, kState, "gltfMatIdx > -1"},
   {kBuilt, kState, "dupdetect"},
-  {kPending, kState, "sourceIndex"},
+  {kBuilt, kState, "sourceIndex"},
   {kBuilt, kState, "reflection_layer"},
   {kBuilt, kState, "material"},
   {kBuilt, kState, "bmp"},

@@ -1,0 +1,73 @@
+#pragma once
+
+// Small PNG and JPEG files put together chunk by chunk, by other code than the host's own: nothing is packed, and the pixels of a
+// JPEG file are flat blocks whose values can be read in the test.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/images/pixelimage.h"
+
+namespace q7z::test
+{
+
+using Bytes = std::vector<std::uint8_t>;
+
+void Append(Bytes& target, const Bytes& bytes);
+Bytes BytesOf(std::string_view text);
+
+struct PngHeader
+{
+  std::uint32_t width = 1;
+  std::uint32_t height = 1;
+  std::uint8_t depth = 8;
+  std::uint8_t colorType = 2;  // 0 gray, 2 RGB, 3 palette, 4 gray with alpha, 6 RGB with alpha
+  std::uint8_t interlace = 0;
+};
+
+class PngBuilder
+{
+public:
+  explicit PngBuilder(const PngHeader& header);
+  PngBuilder& Chunk(std::string_view type, const Bytes& content);
+  /// Rows as a file has them, each with the number of its filter in front.
+  PngBuilder& Rows(const Bytes& rows);
+  /// The whole file, with its end.
+  Bytes Build() const;
+
+private:
+  Bytes _bytes;
+};
+
+/// A zlib stream of literal bytes.
+Bytes Stored(const Bytes& content);
+/// A zlib stream, without its checksum, that unpacks to about byteCount equal bytes.
+Bytes LongRun(std::size_t byteCount);
+
+/// A JPEG file of flat blocks of 8 × 8 pixels.
+class JpegBuilder
+{
+public:
+  JpegBuilder(int width, int height) : _width(width), _height(height) {}
+  /// The value of each component, the same in all blocks.
+  JpegBuilder& Components(const std::vector<int>& values);
+  /// Says how the components stand for colours: 0 as they are, 1 as brightness and two colours, 2 the same with black.
+  JpegBuilder& Adobe(int transform);
+  /// Progressive: one scan of the values, and scanCount - 1 of details, which are none.
+  JpegBuilder& Scans(int scanCount);
+  Bytes Build() const;
+
+private:
+  int _width;
+  int _height;
+  std::vector<int> _values;
+  int _transform = -1;
+  int _scanCount = 0;  // 0 for a file that is not progressive
+};
+
+/// The pixels as text, rows parted by " / ": "1,2,3 4,5,6 / ...".
+std::string PixelText(const PixelImage& image);
+
+}  // namespace q7z::test

@@ -1,0 +1,65 @@
+#pragma once
+
+// MaterialExportTest: scenes of triangles, each with a material, are saved with the bitmaps and services of imaging.h, and members
+// of the file are asked for by path.
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "framework/data.h"
+#include "plugin/document/gltfexportoptions.h"
+#include "tests/materialexport/imaging.h"
+#include "tests/support/testhost.h"
+
+namespace q7z::test
+{
+
+class MaterialExportTest : public testing::Test
+{
+protected:
+  MaterialExportTest();
+  ~MaterialExportTest() override;
+
+  /// Saves a scene of as many triangles as there are materials, "M0", "M1", ..., given by their members such as "\"channels\": {}".
+  /// @return what failed, or nothing.
+  std::string Save(const std::vector<std::string>& materials);
+  /// Saves a document.
+  std::string Save(HeadlessDocument& document);
+
+  /// A member as compact JSON, such as "materials/0/name"; "-" for what is not there.
+  std::string At(std::string_view path) const;
+  /// "png 1x1 255,0,0": the bytes of an image in the file, wherever they are.
+  std::string Image(int index) const;
+  /// How many elements a top-level array has.
+  int Count(std::string_view name) const;
+
+  TestHost _host;
+  FakeBitmaps _bitmaps;
+  FakeSessions _sessions;
+  FakeExchange _exchange;
+  std::vector<std::pair<int, HostValue>> _parameters;  // of the saver
+  Int32 _status = 0;
+
+private:
+  const Data* Find(std::string_view path) const;
+  Data _root;
+  std::string _binary;
+  std::string _folder;
+};
+
+/// A scene document of triangles with these materials.
+std::string TrianglesWith(const std::vector<std::string>& materials);
+
+/// Reads a scene document; throws with the reader's message when that fails.
+HeadlessOwner<HeadlessDocument> ReadSceneText(std::string_view text);
+
+/// A channel that is on: "\"0\": {"on": true}", with the shader of a file when one is given.
+std::string Channel(int number, std::string_view file = "");
+
+}  // namespace q7z::test
