@@ -4,6 +4,7 @@
 #include "framework/check.h"
 #include "plugin/document/gltfkeys.h"
 #include "plugin/export/gltfexporter.h"
+#include "plugin/geometry/gltfmorphexport.h"
 #include "plugin/module/hostservices.h"
 
 namespace q7z
@@ -94,8 +95,7 @@ Result<void> GLTFExporter::FillMesh(HostPolygonObject* op, MeshExportData& mesh,
 {
   CHECK_ARGUMENT(op);
   RETURN_IF_ERROR(FillMaterial(op, material));
-  BaseArray<Vector> initialPositions;
-  RETURN_IF_ERROR(CollectMeshData(mesh, buffer, op, _doc.get(), op->GetPointsR(), initialPositions, _options, false));
+  RETURN_IF_ERROR(ExportMesh(mesh, buffer, op, _doc.get(), _options));
   return _options.IsGlb() ? Result<void>() : EncodeBuffer(buffer);
 }
 
@@ -139,9 +139,13 @@ Result<BaseArray<Data>> GLTFExporter::WriteTargets(const MeshExportData& mesh, I
   BaseArray<Data> targets;
   for (const MeshData& target : mesh.targets)
   {
-    ASSIGN_OR_RETURN(const Int view, AddBufferView(target.vertexView, bufferIndex, false));
     DataDictionary attributes;
-    RETURN_IF_ERROR(SetAttribute(attributes, keys::kPosition, target.positions, view));
+    // The key of a point track that stores nothing stands for a target without positions; a view of nothing would be refused.
+    if (target.positions.isUsed)
+    {
+      ASSIGN_OR_RETURN(const Int view, AddBufferView(target.vertexView, bufferIndex, false));
+      RETURN_IF_ERROR(SetAttribute(attributes, keys::kPosition, target.positions, view));
+    }
     RETURN_IF_ERROR(targets.Append(Data(std::move(attributes))));
   }
   return targets;

@@ -101,6 +101,8 @@ Result<void> GLTFExporter::WriteScene() noexcept
   CHECK_STATE(_jsonDoc);
   ASSIGN_OR_RETURN(const Int32 objectCount, _preprocessor.Run(_options));
   RETURN_IF_ERROR(WalkObjects(objectCount));
+  if (_options.exportSkins)
+    RETURN_IF_ERROR(WriteSkins());
   if (_options.IsGlb() && _glbBuffer.GetBytes().IsPopulated())
     RETURN_IF_ERROR(AddBuffer(_glbBuffer));
   return AssembleDocument();

@@ -13,6 +13,7 @@
 #include "plugin/document/gltfbuffer.h"
 #include "plugin/document/gltfcamera.h"
 #include "plugin/document/gltfexportoptions.h"
+#include "plugin/export/gltfexportskin.h"
 #include "plugin/export/gltfpreprocessor.h"
 #include "plugin/geometry/gltfmeshexport.h"
 #include "plugin/material/gltfmaterialexport.h"
@@ -77,6 +78,14 @@ private:
   Result<Int32> FindSharedMesh(HostPolygonObject* op, HostObject* source, HostObject*& fileUnder) noexcept;
   Result<Int32> FindSharedCopy(HostPolygonObject* op, HostObject* source, UInt hashOp) noexcept;
 
+  // gltfexportskin.cpp: skins.
+  Result<void> CollectJoints(HostObject* op, DataDictionary* node, Int nodeIndex, Bool flipZ) noexcept;
+  Result<HostMatrix> GetSourceMatrix(HostObject* op) noexcept;
+  Result<void> WriteSkins() noexcept;
+  Result<void> WriteSkin(DataDictionary* node, Int jointCount) noexcept;
+  Result<void> AddSkinJoint(DataDictionary* node, Int i, SkinRecord& skin, GltfBuffer& target) noexcept;
+  Result<Int> AddSkin(SkinRecord& skin) noexcept;
+
   // gltfexportbuffers.cpp: buffers, views, accessors and meshes. Each answers the index that its element got.
   Result<void> EncodeBuffer(GltfBuffer& buffer) noexcept;
   Result<Int> AddBuffer(const GltfBuffer& buffer) noexcept;
@@ -124,7 +133,10 @@ private:
   MaterialIndexMap _materialIndices;
   DupDetect _textureCache;
   DataDictionary _exchangeData;
-  HashMap<HostObject*, NodeRecord> _objectNodes;  // under null the scene's root
+  HashMap<HostObject*, UInt32> _jointNodes;                     // by joints as they stood before the conversion
+  HashMap<DataDictionary*, BaseArray<JointEntry>> _skinJoints;  // by the node of a skinned mesh
+  HashMap<HostObject*, HostMatrix> _sourceMatrices;             // global; of joints, skinned meshes and what is above them
+  HashMap<HostObject*, NodeRecord> _objectNodes;                // under null the scene's root
   HashMap<HostObject*, Int32> _meshIndices;
   HashMap<HostObject*, HashMap<UInt, HostObject*>> _sourceCopies;  // by the hash of their points, the first of each
   HashMap<HostObject*, UInt> _pointHashes;

@@ -60,9 +60,12 @@ Result<void> GLTFExporter::VisitObject(HostObject* op) noexcept
     RETURN_IF_ERROR(SetMesh(ToPoly(op), source, *node));
   if (_options.exportCameras && IsExportableCamera(op) && !GetBoolMarker(op, kHiddenObject))
     RETURN_IF_ERROR(SetCamera(op, *node));
+  const Bool skinned = IsSkinned(op);
+  if (skinned || op->GetType() == kJointObjectType)
+    RETURN_IF_ERROR(CollectJoints(source, node, nodeIndex, _options.flipZ));
   RETURN_IF_ERROR(SetAnimation(op, source, nodeIndex));
   // A skinned mesh stands where its joints put it.
-  if (!IsSkinned(op))
+  if (!skinned)
     RETURN_IF_ERROR(SetTransform(op, *node));
   ProgressStep(_progressLock);
   ProgressPollCancel();

@@ -97,6 +97,7 @@ public:
   {
     g_hostTables->key->SetRightTangent(this, curve, time, value);
   }
+  Int32 GetPoints(const Vector** points) const noexcept { return g_hostTables->key->GetPoints(this, points); }
 
 protected:
   HostKey() noexcept = default;

@@ -1,0 +1,251 @@
+// Morph targets in the file: from the poses of a tag, or from the keys of a point track. Scenes are in centimetres and files in
+// metres; Z is mirrored.
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "tests/export/savedfile.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+struct MorphCase
+{
+  const char* name;
+  std::string members;  // of the one object, behind its id and name
+  Parameters parameters;
+  std::vector<std::pair<const char*, const char*>> expected;  // path and text
+};
+
+void PrintTo(const MorphCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+const std::string kTriangle = R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0], "polygons": [0,1,2,2])";
+const std::string kBase = R"({"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0]})";
+const std::string kLift = R"({"name": "Lift", "strength": 0.5, "points": [0,0,100, 100,0,0, 0,100,0]})";
+const std::string kSlide = R"({"name": "Slide", "points": [0,0,0, 300,0,0, 0,100,50]})";
+
+std::string PoseTag(const std::string& morphs, const std::string& members = "")
+{
+  return R"({"id": 90, "type": 1024237, "morphs": [)" + morphs + "]" + (members.empty() ? "" : ", " + members) + "}";
+}
+
+std::string Posed(const std::string& morphs, const std::string& members = "")
+{
+  return kTriangle + ", \"tags\": [" + PoseTag(morphs, members) + "]";
+}
+
+/// A track of the triangle's points. @param keys  for each the points at one more second, "" for none.
+std::string PointTrack(const std::vector<std::string>& keys)
+{
+  std::string text;
+  for (size_t i = 0; i < keys.size(); ++i)
+  {
+    text += (i == 0 ? "" : ", ") + std::string("{\"time\": [") + std::to_string(i) + R"(,1], "value": 0.0, "interpolation": 2)" +
+            (keys[i].empty() ? "" : ", \"points\": [" + keys[i] + "]") + "}";
+  }
+  return R"("tracks": [{"id": [[100004812,0,0]], "keys": [)" + text + "]}]";
+}
+
+const char* const kStill = "0,0,0, 100,0,0, 0,100,0";
+const char* const kLifted = "0,0,100, 100,0,0, 0,100,0";
+
+const MorphCase kMorphCases[] = {
+  {"TwoPoses",
+   Posed(kBase + ", " + kLift + ", " + kSlide, R"("parameters": {"1031": 0.5})"),
+   {},
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
+    {"meshes/0/extras", R"({"targetNames":["Lift","Slide"]})"},
+    {"meshes/0/weights", "[0.25,0.0]"},
+    {"meshes/0/primitives/0/targets", R"([{"POSITION":2},{"POSITION":3}])"},
+    {"accessor 2", "0 0 -1 0 0 0 0 0 0"},
+    {"accessor 3", "0 0 0 2 0 0 0 0 -0.5"},
+    {"accessors/2/min", "[0.0,0.0,-1.0]"},
+    {"accessors/2/max", "[0.0,0.0,0.0]"},
+    {"bufferViews/2", R"({"buffer":0,"byteOffset":44,"byteLength":36,"target":34962})"},
+    {"bufferViews/3/byteOffset", "80"},
+    {"buffers/0/byteLength", "116"}}},
+  {"TwoPosesInOneBuffer",
+   Posed(kBase + ", " + kLift + ", " + kSlide),
+   {{kFileFormatParameter, kGlbFormat}},
+   // A tag without a strength of its own counts as a whole.
+   {{"meshes/0/weights", "[0.5,0.0]"}, {"accessor 3", "0 0 0 2 0 0 0 0 -0.5"}, {"buffers", R"([{"byteLength":116}])"}}},
+  {"WithoutMirror",
+   Posed(kBase + ", " + kLift),
+   {{kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
+   {{"accessor 2", "0 0 2 0 0 0 0 0 0"}}},
+  {"LeftOut",
+   Posed(kBase + ", " + kLift),
+   {{kExportMorphsParameter, false}},
+   // The points as they look now: half lifted.
+   {{"mesh 0 POSITION", "0 0 -0.5 1 0 0 0 1 0"}, {"meshes/0/primitives/0/targets", "-"}, {"meshes/0/weights", "-"}}},
+  {"BaseAlone", Posed(kBase), {}, {{"meshes/0/primitives/0/targets", "-"}, {"meshes/0/extras", "-"}, {"meshes/0/weights", "-"}}},
+  {"NoMorphs", Posed(""), {}, {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"meshes/0/primitives/0/targets", "-"}}},
+  {"BaseWithoutPoints",
+   Posed(R"({"name": "Default"}, )" + kLift),
+   {},
+   // Targets count from what the mesh looks like now.
+   {{"mesh 0 POSITION", "0 0 -0.5 1 0 0 0 1 0"}, {"accessor 2", "0 0 -0.5 0 0 0 0 0 0"}}},
+  {"BaseOfFewerPoints",
+   Posed(R"({"name": "Default", "points": [7,7,7, 7,7,7]}, )" + kSlide),
+   {},
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"accessor 2", "0 0 0 2 0 0 0 0 -0.5"}}},
+  {"BaseOfMorePoints",
+   Posed(R"({"name": "Default", "points": [0,0,0, 100,0,0, 0,200,0, 7,7,7]}, )" + kSlide),
+   {},
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 2 0"}, {"accessor 2", "0 0 0 2 0 0 0 -1 -0.5"}}},
+  {"LinkedPose",
+   Posed(kBase + R"(, {"name": "Linked", "strength": 1.0, "object": 5})") +
+     R"(, "children": [{"id": 5, "name": "L", "editor": 1, "render": 1, "type": 5100, "points": [0,0,0, 100,0,0, 0,300,0],
+        "polygons": []}])",
+   {},
+   {{"nodes", R"([{"name":"T","mesh":0}])"},
+    {"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
+    {"meshes/0/extras", R"({"targetNames":["Linked"]})"},
+    {"accessor 2", "0 0 0 0 0 0 0 2 0"}}},
+  {"EveryCornerItsOwnVertex",
+   R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0], "polygons": [0,1,2,2, 2,1,3,3], "tags": [)" +
+     PoseTag(R"({"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0]},
+                {"name": "Lift", "points": [0,0,0, 100,0,100, 0,100,0, 100,100,0]})") +
+     R"(, {"id": 91, "type": 5671, "uvws": [0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0]}])",
+   {},
+   // The second triangle has copies of the points 2 and 1 of its own.
+   {{"mesh 0 indices", "3 5 4 2 1 0"},
+    {"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0 1 1 0 0 1 0 1 0 0"},
+    {"meshes/0/primitives/0/targets", R"([{"POSITION":3}])"},
+    {"accessor 3", "0 0 0 0 0 -1 0 0 0 0 0 0 0 0 0 0 0 -1"}}},
+  {"UnusedPointsStay",
+   R"("type": 5100, "points": [9,9,9, 0,0,0, 100,0,0, 0,100,0], "polygons": [1,2,3,3], "tags": [)" +
+     PoseTag(R"({"name": "Default", "points": [9,9,9, 0,0,0, 100,0,0, 0,100,0]},
+                {"name": "Lift", "points": [9,9,9, 0,0,100, 100,0,0, 0,100,0]})") +
+     "]",
+   {},
+   {{"mesh 0 POSITION", "0.09 0.09 -0.09 0 0 0 1 0 0 0 1 0"}, {"accessor 2", "0 0 0 0 0 -1 0 0 0 0 0 0"}}},
+  {"PointTrack",
+   kTriangle + ", " + PointTrack({kStill, kLifted, "0,0,0, 100,0,0, 0,100,-100"}),
+   {},
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
+    {"meshes/0/extras", R"({"targetNames":["curve0","curve1","curve2"]})"},
+    {"meshes/0/weights", "[0.0,0.0,0.0]"},
+    {"accessor 2", "0 0 0 0 0 0 0 0 0"},
+    {"accessor 3", "0 0 -1 0 0 0 0 0 0"},
+    {"accessor 4", "0 0 0 0 0 0 0 0 1"}}},
+  {"PointTrackKeyThatStoresNothing",
+   kTriangle + ", " + PointTrack({kStill, "", kLifted}),
+   {},
+   {{"meshes/0/extras", R"({"targetNames":["curve0","curve1","curve2"]})"},
+    {"meshes/0/primitives/0/targets", R"([{"POSITION":2},{},{"POSITION":3}])"},
+    {"bufferViews/4", "-"}}},
+  {"PointTrackLeftOut",
+   kTriangle + ", " + PointTrack({kStill, kLifted}),
+   {{kExportMorphsParameter, false}},
+   {{"meshes/0/primitives/0/targets", "-"}}},
+  {"PosesComeBeforeThePointTrack",
+   Posed(kBase + ", " + kLift) + ", " + PointTrack({kStill, kLifted}),
+   {},
+   {{"meshes/0/extras", R"({"targetNames":["Lift"]})"}}},
+  {"PointTrackBesideABasePose",
+   Posed(kBase) + ", " + PointTrack({kStill, kLifted}),
+   {},
+   {{"meshes/0/extras", R"({"targetNames":["curve0","curve1"]})"}}},
+};
+
+class MorphExport : public testing::TestWithParam<MorphCase>
+{};
+
+TEST_P(MorphExport, Writes)
+{
+  const SavedFile file(SceneText(R"("objects": [{"id": 1, "name": "T", )" + GetParam().members + "}]"), GetParam().parameters);
+  ASSERT_EQ(file.Report().error, "");
+  for (const auto& [path, expected] : GetParam().expected)
+  {
+    EXPECT_PRED2(IsNear, file.At(path), expected) << path;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, MorphExport, testing::ValuesIn(kMorphCases), RowName());
+
+// Targets that fail: the mesh stays, the output tells.
+
+struct DroppedCase
+{
+  const char* name;
+  std::string members;
+  const char* message;
+};
+
+void PrintTo(const DroppedCase& row, std::ostream* stream)
+{
+  *stream << row.name;
+}
+
+constexpr char kOtherCount[] = "Illegal state: Condition positions.GetCount() == ToPoly(op)->GetPointCount() not fulfilled.";
+constexpr char kTooFew[] = "Illegal state: Condition positions.GetCount() >= op->GetPointCount() not fulfilled.";
+
+const DroppedCase kDroppedCases[] = {
+  {"FewerPoints", Posed(kBase + R"(, {"name": "P", "points": [0,0,0]})"), kOtherCount},
+  {"MorePoints", Posed(kBase + R"(, {"name": "P", "points": [0,0,0, 0,0,0, 0,0,0, 0,0,0]})"), kOtherCount},
+  {"SecondOfTwo", Posed(kBase + ", " + kLift + R"(, {"name": "P", "points": [0,0,0]})"), kOtherCount},
+  {"LinkToAGroup", Posed(kBase + R"(, {"name": "P", "object": 5})") + R"(, "children": [{"id": 5, "type": 5140, "name": "G"}])",
+   kOtherCount},
+  {"NeitherPointsNorLink", Posed(kBase + R"(, {"name": "P"})"), "Illegal state: Condition morphNode not fulfilled."},
+  {"KeyOfFewerPoints", kTriangle + ", " + PointTrack({kStill, "0,0,0, 100,0,0"}), kTooFew},
+};
+
+class DroppedTargets : public testing::TestWithParam<DroppedCase>
+{};
+
+TEST_P(DroppedTargets, LeaveTheMesh)
+{
+  SavedFile file(SceneText(R"("objects": [{"id": 1, "name": "T ä", )" + GetParam().members + "}]"), {});
+  ASSERT_EQ(file.Report().error, "");
+  EXPECT_EQ(file.At("meshes/0/primitives/0/targets"), "-");
+  EXPECT_EQ(file.At("meshes/0/extras"), "-");
+  EXPECT_EQ(file.At("meshes/0/weights"), "-");
+  EXPECT_EQ(file.At("mesh 0 POSITION"), "0 0 0 1 0 0 0 1 0");
+  EXPECT_EQ(file.At("mesh 0 indices"), "2 1 0");
+  const std::string line = std::string("Couldn't export morph targets for 'T ä': ") + GetParam().message;
+  const std::vector<std::string>& lines = file.Host().Diagnostics();
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [&](const std::string& text) { return text.find(line) != text.npos; }), 1)
+    << line;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, DroppedTargets, testing::ValuesIn(kDroppedCases), RowName());
+
+TEST(MorphsOfASplitObject, AreCutAsItsPointsAre)
+{
+  // The polygons 0 and 2 stay with the points 0, 1, 2 and 4; polygon 1 goes with the points 1 to 3.
+  const std::string members = R"("materials": [{"id": 10, "type": 5703, "name": "Red", "channels": {}}],
+    "objects": [{"id": 1, "type": 5100, "name": "A", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0, 0,200,0],
+    "polygons": [0,1,2,2, 1,3,2,2, 0,2,4,4], "tags": [
+    {"id": 2, "type": 5673, "name": "s", "polygons": [[1,1]]},
+    {"id": 4, "type": 5616, "name": "u", "material": 10, "parameters": {"1006": "s"}},
+    {"id": 5, "type": 1024237, "morphs": [{"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0, 0,200,0]},
+      {"name": "Own", "strength": 1.0, "points": [0,0,0, 100,0,0, 0,100,100, 100,100,200, 0,200,300]},
+      {"name": "Linked", "object": 6}]}]},
+    {"id": 6, "name": "L", "type": 5100, "editor": 1, "render": 1, "polygons": [],
+      "points": [100,0,0, 300,0,0, 300,100,0, 500,100,0, 500,200,0]}])";
+  const SavedFile file(SceneText(members), {});
+  ASSERT_EQ(file.Report().error, "");
+  const auto target = [&](const std::string& mesh, const std::string& index)
+  { return file.At("accessor " + file.At("meshes/" + mesh + "/primitives/0/targets/" + index + "/POSITION")); };
+  EXPECT_EQ(file.At("meshes/0/name"), "\"A\"");
+  EXPECT_EQ(file.At("mesh 0 POSITION"), "0 0 0 1 0 0 0 1 0 0 2 0");
+  EXPECT_EQ(target("0", "0"), "0 0 0 0 0 0 0 0 -1 0 0 -3");
+  EXPECT_EQ(target("0", "1"), "1 0 0 2 0 0 3 0 0 5 0 0");
+  EXPECT_EQ(file.At("meshes/1/name"), "\"A-Red\"");
+  EXPECT_EQ(file.At("mesh 1 POSITION"), "1 0 0 0 1 0 1 1 0");
+  EXPECT_EQ(target("1", "0"), "0 0 0 0 0 -1 0 0 -2");
+  EXPECT_EQ(target("1", "1"), "2 0 0 3 0 0 4 0 0");
+  EXPECT_EQ(file.At("meshes/1/extras"), R"({"targetNames":["Own","Linked"]})");
+  EXPECT_EQ(file.At("meshes/1/weights"), "[1.0,0.0]");
+}
+
+}  // namespace
+}  // namespace q7z::test
