@@ -138,11 +138,16 @@ Result<void> ListWeights(const Keyframes& keyframes, const TangentList& tangents
   return {};
 }
 
+Bool HasPoses(HostObject* op) noexcept
+{
+  const HostPoseMorphTag* const pTag = GetMorphTag(op);
+  return pTag && pTag->GetMorph(1);
+}
+
 /// Whether the strengths of morphs are what the sampler is made of.
 Bool HasExportedMorphs(HostObject* op) noexcept
 {
-  const HostPoseMorphTag* const pTag = GetMorphTag(op);
-  return pTag && pTag->GetMorph(1) && !GetBoolMarker(op, kMorphExportFailed);
+  return HasPoses(op) && !GetBoolMarker(op, kMorphExportFailed);
 }
 
 HostCurve* FindPointCurve(HostObject* op) noexcept
@@ -192,6 +197,9 @@ Result<void> WeightsSamplerWriter::WriteKeyTargets(GltfBuffer& buffer, HostObjec
 {
   HostCurve* const curve = FindPointCurve(op);
   if (!curve)
+    return {};
+  // Without poses it was the targets of these keys that failed.
+  if (!HasPoses(op) && GetBoolMarker(op, kMorphExportFailed))
     return {};
   BeginData(buffer);
   const Int32 keyCount = curve->GetKeyCount();

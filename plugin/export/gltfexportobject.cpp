@@ -120,7 +120,12 @@ Result<void> GLTFExporter::SetMesh(HostPolygonObject* op, HostObject* source, Da
     if (shared.HasError())
       PrintError("An object's points could not be compared with others'"_s, shared.GetError());
     else if (shared.GetValue() != -1)
+    {
+      // A mesh that lost its targets has none for this object either.
+      if (source && GetBoolMarker(source, kMorphExportFailed))
+        RETURN_IF_ERROR(SetMarker(op, kMorphExportFailed, true));
       return node.Set(keys::kMesh, Data(shared.GetValue()));
+    }
   }
   MeshExportData mesh;
   GltfBuffer ownBuffer;

@@ -80,12 +80,14 @@ Result<void> CollectTargets(MeshExportData& meshExportData, GltfBuffer& buffer, 
   return {};
 }
 
-/// The mesh is whole without its targets.
+/// The mesh is whole without its targets. An object that shares the mesh, and baked animation, look at the source for the marker.
 Result<void> DropTargets(MeshExportData& meshExportData, HostPolygonObject* op, const Error& error) noexcept
 {
   meshExportData.targets.Reset();
   meshExportData.defaultWeights.Reset();
   RETURN_IF_ERROR(SetMarker(op, kMorphExportFailed, true));
+  if (HostObject* const source = GetAuxSource(op))
+    RETURN_IF_ERROR(SetMarker(source, kMorphExportFailed, true));
   ASSIGN_OR_RETURN(const String text, String::Format("Couldn't export morph targets for '@'"_s, {op->GetName()}));
   PrintError(text, error);
   return {};
@@ -123,7 +125,11 @@ Result<void> ExportMesh(MeshExportData& meshExportData, GltfBuffer& buffer, Host
   if (!settings.exportMorphs)
     return {};
   const Result<void> targets = CollectTargets(meshExportData, buffer, op, doc, init_positions, settings);
-  return targets.HasError() ? DropTargets(meshExportData, op, targets.GetError()) : Result<void>();
+  if (!targets.HasError())
+    return {};
+  // Short memory must not make another file of the same scene.
+  const Bool isOutOfMemory = targets.GetError().GetClass() == ErrorClass::kOutOfMemory;
+  return isOutOfMemory ? Result<void>(targets.GetError()) : DropTargets(meshExportData, op, targets.GetError());
 }
 
 Result<void> CollectPoseTargets(MeshExportData& meshExportData, GltfBuffer& buffer, HostPolygonObject* op, HostDocument* doc,

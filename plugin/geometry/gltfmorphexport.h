@@ -8,7 +8,7 @@ namespace q7z
 {
 
 /// Fills meshExportData from op and appends the bytes of the mesh and its targets to buffer. A mesh whose targets fail goes without
-/// them: that is logged, and a marker on op tells the animation that there is nothing to move.
+/// them, unless memory is short: that is logged, and a marker on op and its source tells the animation that there is nothing to move.
 Result<void> ExportMesh(MeshExportData& meshExportData, GltfBuffer& buffer, HostPolygonObject* op, HostDocument* doc,
                         const ExportOptions& settings) noexcept;
 

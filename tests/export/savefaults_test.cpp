@@ -20,7 +20,7 @@ namespace
 {
 
 // An animated mesh that its selections split, with a tag of each kind of data; an instance of it; a group, hidden and shown meshes,
-// a camera, and a branch with nothing in it.
+// a skin with its joint, poses, a camera, and a branch with nothing in it.
 constexpr const char* kScene = R"("name": "something of everything",
   "parameters": {"1001": 2, "1002": {"time": [0,1]}, "1003": {"time": [1,1]}, "2002": "by hand"},
   "materials": [{"id": 50, "type": 5703, "name": "Red", "channels": {}}, {"id": 51, "type": 5703, "name": "Blue", "channels": {}}],
@@ -37,21 +37,29 @@ constexpr const char* kScene = R"("name": "something of everything",
      "tracks": [{"id": [[903,23,0],[1000,19,0]], "keys": [{"time": [0,1], "value": 0.0, "interpolation": 2},
        {"time": [1,1], "value": 100.0, "interpolation": 2}]}],
      "children": [{"id": 9, "type": 5100, "name": "Round", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,50],
-       "polygons": [0,1,2,2, 1,3,2,2], "tags": [{"id": 10, "type": 5612, "on": true, "limit": false, "angle": 0.7}]}]},
+       "polygons": [0,1,2,2, 1,3,2,2], "tags": [{"id": 10, "type": 5612, "on": true, "limit": false, "angle": 0.7},
+         {"id": 11, "type": 1019365, "joints": [36], "weights": [[[0,1.0],[1,0.5]]]}]}]},
     {"id": 20, "type": 5126, "name": "Shown again, under a name that takes memory", "position": [300,0,0], "reference": 1},
     {"id": 30, "type": 5140, "name": "Group", "rotation": [0.5,0,0], "children": [
       {"id": 31, "type": 5103, "name": "Eye", "parameters": {"1001": 0, "1008": 1.0, "4600": 0.5}},
       {"id": 32, "type": 5140, "name": "Empty"},
       {"id": 33, "type": 5100, "name": "Hidden", "editor": 1, "render": 1, "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2]},
       {"id": 34, "type": 5100, "name": "Painted", "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2], "tags": [
-        {"id": 35, "type": 431000045, "perPoint": false, "colors": [1,0,0,1, 0,1,0,1, 0,0,1,1, 0,0,1,1]}]}]}])";
+        {"id": 35, "type": 431000045, "perPoint": false, "colors": [1,0,0,1, 0,1,0,1, 0,0,1,1, 0,0,1,1]},
+        {"id": 37, "type": 1024237, "morphs": [{"name": "Default", "points": [0,0,0, 1,0,0, 0,1,0]},
+          {"name": "A pose whose name takes memory", "strength": 1.0, "points": [0,0,1, 1,0,0, 0,1,0]}],
+         "tracks": [{"id": [[4000,5,0],[1101,19,0]], "keys": [{"time": [0,1], "value": 1.0, "interpolation": 2}]}]}]},
+      {"id": 36, "type": 1019362, "name": "Bone", "position": [10,0,0]}]}])";
 
 class SaveFaults : public testing::Test
 {
 protected:
   SaveFaults() : _document(ReadScene(SceneText(kScene))), _text(WriteScene(*_document)) {}
 
-  void UseForm(Int32 format) { _request.parameters = {{kFileFormatParameter, format}, {kBakeAnimationParameter, true}}; }
+  void UseForm(Int32 format)
+  {
+    _request.parameters = {{kFileFormatParameter, format}, {kBakeAnimationParameter, true}, {kExportSkinsParameter, true}};
+  }
   SaveRequest& Request() { return _request; }
   HostTables& Tables() { return _host.Host().GetTables(); }
   HeadlessHost& Host() { return _host.Host(); }
