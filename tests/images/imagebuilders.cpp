@@ -1,6 +1,6 @@
 #include "tests/images/imagebuilders.h"
 
-#include <array>
+#include <algorithm>
 
 namespace q7z::test
 {
@@ -253,6 +253,45 @@ std::string PixelText(const PixelImage& image)
     }
   }
   return text;
+}
+
+std::shared_ptr<PixelImage> ImageOf(std::string_view text)
+{
+  std::vector<int> values;
+  Int32 height = 1;
+  Int32 pixelCount = text.empty() ? 0 : 1;
+  int value = 0;
+  for (std::size_t i = 0; i < text.size(); ++i)
+  {
+    if (text[i] == '/')
+    {
+      ++height;
+      ++pixelCount;
+      ++i;  // the blank behind it
+      continue;
+    }
+    const bool isDigit = text[i] >= '0' && text[i] <= '9';
+    value = isDigit ? 10 * value + (text[i] - '0') : 0;
+    if (isDigit && (i + 1 == text.size() || text[i + 1] < '0' || text[i + 1] > '9'))
+      values.push_back(value);
+    pixelCount += text[i] == ' ' && text[i + 1] != '/';
+  }
+  const Int32 channels = static_cast<Int32>(values.size()) / pixelCount;
+  std::shared_ptr<PixelImage> image = PixelImage::Create(pixelCount / height, height, channels);
+  std::transform(values.begin(), values.end(), image->GetRow(0), [](int number) { return static_cast<Byte>(number); });
+  return image;
+}
+
+std::shared_ptr<PixelImage> NoiseImage(Int32 width, Int32 height, Int32 channels)
+{
+  std::shared_ptr<PixelImage> image = PixelImage::Create(width, height, channels);
+  std::uint32_t state = 1;
+  for (Int i = 0; i < image->GetByteCount(); ++i)
+  {
+    state = state * 1664525u + 1013904223u;
+    image->GetRow(0)[i] = static_cast<Byte>(state >> 24);
+  }
+  return image;
 }
 
 }  // namespace q7z::test

@@ -69,5 +69,9 @@ private:
 
 /// The pixels as text, rows parted by " / ": "1,2,3 4,5,6 / ...".
 std::string PixelText(const PixelImage& image);
+/// The way back.
+std::shared_ptr<PixelImage> ImageOf(std::string_view text);
+/// The same pixels in each run, as different as they come.
+std::shared_ptr<PixelImage> NoiseImage(Int32 width, Int32 height, Int32 channels);
 
 }  // namespace q7z::test

@@ -1,0 +1,162 @@
+// Encoding, and the media sessions through which the plug-in reaches it. What is encoded is read back with the host's decoder, which
+// has tests of its own.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "host/images/decode.h"
+#include "host/images/encode.h"
+#include "host/images/headlessimage.h"
+#include "host/images/mediasessions.h"
+#include "tests/host/servicesupport.h"
+#include "tests/images/imagebuilders.h"
+#include "tests/support/failingmemory.h"
+#include "tests/support/rowname.h"
+
+namespace q7z::test
+{
+
+namespace
+{
+
+std::shared_ptr<PixelImage> Ramp(Int32 width, Int32 height, Int32 channels)
+{
+  std::shared_ptr<PixelImage> image = PixelImage::Create(width, height, channels);
+  for (Int32 y = 0; y < height; ++y)
+  {
+    for (Int i = 0; i < image->GetRowBytes(); ++i)
+      image->GetRow(y)[i] = static_cast<Byte>(i / channels + y * (1 + i % channels));
+  }
+  return image;
+}
+
+struct ImageRow
+{
+  const char* name;
+  std::shared_ptr<PixelImage> image;
+};
+
+const ImageRow kImages[] = {
+  {"OnePixel", ImageOf("1,2,3")},    {"OnePixelSeenThrough", ImageOf("1,2,3,4")},
+  {"OneRow", Ramp(300, 1, 3)},       {"OneColumn", Ramp(1, 300, 4)},
+  {"Ramp", Ramp(257, 65, 3)},        {"RampSeenThrough", Ramp(64, 64, 4)},
+  {"Noise", NoiseImage(130, 70, 3)}, {"NoiseSeenThrough", NoiseImage(70, 130, 4)},
+};
+
+class EncodedPng : public testing::TestWithParam<ImageRow>
+{};
+
+TEST_P(EncodedPng, KeepsEveryPixel)
+{
+  const PixelImage& image = *GetParam().image;
+  const Result<BaseArray<Byte>> file = EncodePng(image);
+  ASSERT_FALSE(file.HasError()) << MessageOf(file);
+  const BaseArray<Byte>& bytes = file.GetValue();
+  const Result<std::shared_ptr<PixelImage>> back = DecodeImage(bytes.begin(), bytes.GetCount());
+  ASSERT_FALSE(back.HasError()) << MessageOf(back);
+  EXPECT_EQ(back.GetValue()->GetChannels(), image.GetChannels());
+  EXPECT_TRUE(PixelText(*back.GetValue()) == PixelText(image));
+}
+
+TEST_P(EncodedPng, IsTheSameTwice)
+{
+  const BaseArray<Byte> first = EncodePng(*GetParam().image).GetValue();
+  const BaseArray<Byte> second = EncodePng(*GetParam().image).GetValue();
+  EXPECT_TRUE(std::equal(first.begin(), first.end(), second.begin(), second.end()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, EncodedPng, testing::ValuesIn(kImages), RowName());
+
+TEST(EncodedJpeg, IsNearToThePixelsAndHasNoAlpha)
+{
+  const std::shared_ptr<PixelImage> image = PixelImage::Create(33, 17, 4);
+  for (Int i = 0; i < image->GetByteCount(); ++i)
+    image->GetRow(0)[i] = static_cast<Byte>(60 * (i % 4) + 10);
+  const BaseArray<Byte> file = EncodeJpeg(*image).GetValue();
+  const std::shared_ptr<PixelImage> back = DecodeImage(file.begin(), file.GetCount()).GetValue();
+  ASSERT_EQ(back->GetChannels(), 3);
+  ASSERT_EQ(back->GetWidth(), 33);
+  ASSERT_EQ(back->GetHeight(), 17);
+  for (Int i = 0; i < back->GetByteCount(); ++i)
+    ASSERT_NEAR(back->GetRow(0)[i], 60 * (i % 3) + 10, 2) << i;
+}
+
+class PlainImage final : public HeadlessImage
+{
+public:
+  explicit PlainImage(std::shared_ptr<PixelImage> image) : _pixels(std::move(image)) {}
+  Result<std::shared_ptr<const PixelImage>> GetPixels() noexcept override { return std::shared_ptr<const PixelImage>(_pixels); }
+  UInt GetHash() const noexcept override { return HashPixels(*_pixels); }
+  Int GetByteCount() const noexcept override { return _pixels->GetByteCount(); }
+
+private:
+  std::shared_ptr<PixelImage> _pixels;
+};
+
+TEST(MediaSessions, EncodeByTheSessionsId)
+{
+  PlainImage image(ImageOf("1,2,3"));
+  HostImage* const host = ToHost(static_cast<HeadlessImage*>(&image));
+  HeadlessMediaSessions sessions;
+  const auto formatOf = [&](const char* id)
+  {
+    const Result<BaseArray<Byte>> file = sessions.Encode(id, host);
+    return file.HasError() ? ImageFormat::kUnknown : GetImageFormat(file.GetValue().begin(), file.GetValue().GetCount());
+  };
+  EXPECT_EQ(formatOf("net.tarno.mediasession.png.export"), ImageFormat::kPng);
+  EXPECT_EQ(formatOf("net.tarno.mediasession.jpg.export"), ImageFormat::kJpeg);
+  EXPECT_EQ(MessageOf(sessions.Encode("net.tarno.mediasession.gif.export", host)),
+            "There is no media session 'net.tarno.mediasession.gif.export'.");
+}
+
+TEST(MediaSessions, LeaveLinearValuesAsTheyAre)
+{
+  PlainImage image(ImageOf("1,2,3"));
+  HostImage* const host = ToHost(static_cast<HeadlessImage*>(&image));
+  HeadlessMediaSessions sessions;
+  const Result<HostImage*> converted = sessions.ConvertColorProfile(host, "net.tarno.image.colorprofile.linear_rgb");
+  ASSERT_FALSE(converted.HasError());
+  EXPECT_EQ(PixelText(*ToHeadless(converted.GetValue())->GetPixels().GetValue()), "1,2,3");
+  EXPECT_EQ(MessageOf(sessions.ConvertColorProfile(host, "net.other")), "There is no colour profile 'net.other'.");
+}
+
+TEST(MediaSessions, TellImagesApartBySizeAndPixels)
+{
+  HeadlessMediaSessions sessions;
+  std::set<UInt> hashes;
+  for (const char* const text : {"1,2,3", "1,2,4", "1,2,3 4,5,6", "1,2,3 / 4,5,6", "1,2,3,4 5,6,7,8", "1,2,3 4,5,6 7,8,9 5,6,7"})
+  {
+    PlainImage image(ImageOf(text));
+    PlainImage same(ImageOf(text));
+    const UInt hash = sessions.GetHash(ToHost(static_cast<HeadlessImage*>(&image)));
+    EXPECT_EQ(hash, sessions.GetHash(ToHost(static_cast<HeadlessImage*>(&same))));
+    EXPECT_TRUE(hashes.insert(hash).second) << text;
+  }
+  PlainImage image(ImageOf("1,2,3,4 5,6,7,8"));
+  EXPECT_EQ(sessions.GetByteCount(ToHost(static_cast<HeadlessImage*>(&image))), 8);
+}
+
+TEST(MediaSessions, SayWhenMemoryRunsOut)
+{
+  PlainImage image(NoiseImage(50, 50, 3));
+  HostImage* const host = ToHost(static_cast<HeadlessImage*>(&image));
+  HeadlessMediaSessions sessions;
+  for (const char* const id : {HostMediaSessions::kPngExport, HostMediaSessions::kJpegExport})
+  {
+    for (Int failAt = 1;; ++failAt)
+    {
+      FailAllocation(failAt);
+      const Result<BaseArray<Byte>> file = sessions.Encode(id, host);
+      if (StopFailingAllocations() == 0)
+        break;
+      ASSERT_TRUE(file.HasError()) << failAt;
+      EXPECT_EQ(file.GetError().GetClass(), ErrorClass::kOutOfMemory) << failAt;
+    }
+  }
+}
+
+}  // namespace
+
+}  // namespace q7z::test
