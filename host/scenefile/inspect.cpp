@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "host/images/imagefiles.h"
 #include "host/scene/headlessposemorphtag.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
@@ -193,9 +194,17 @@ private:
     for (const auto& entry : record.data.textures)
     {
       const std::string file = MakeTextureText(entry.GetValue().url, _document.GetFolder().GetView(), _imageFolder);
-      texts.push_back(EscapeText(entry.GetKey().GetView(), _isUtf8) + " <- " + EscapeText(file, _isUtf8));
+      texts.push_back(EscapeText(entry.GetKey().GetView(), _isUtf8) + " <- " + EscapeText(file, _isUtf8) +
+                      DescribeImage(entry.GetValue().url));
     }
     return texts;
+  }
+
+  /// What the file of a texture is; nothing for what is no file.
+  std::string DescribeImage(const Url& url) const
+  {
+    const std::string path = GetTexturePath(url, _document.GetFolder().GetView());
+    return path.empty() ? path : " (" + DescribeImageFile(path) + ')';
   }
 
   std::vector<std::string> DescribeChannels(const HeadlessMaterial& material) const

@@ -96,12 +96,84 @@ const std::vector<ImageCase> kImageCases = {
    "",
    std::string("\"sub/tex/") + kFile + '"',
    ""},
-  {"Shown", kTextured, {"inspect", "in.gltf"}, "", "", std::string("baseColorTexture <- tex/") + kFile, ""},
+  {"Shown", kTextured, {"inspect", "in.gltf"}, "", "", std::string("baseColorTexture <- tex/") + kFile + " (no image)\n", ""},
   {"ShownAsADocument", kTextured, {"inspect", "in.gltf", "--json"}, "", "", kNamed, ""},
   {"None", kPlain, {"import", "in.gltf", "out.json"}, "", "out.json", "\"materials\"", ""},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, AppImages, testing::ValuesIn(kImageCases), RowName());
+
+// Images of files that are converted.
+
+/// A triangle whose material shows one image.
+std::string MakeTriangle(const std::string& image)
+{
+  return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],)"
+         R"("meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
+         R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"}],)"
+         R"("bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,"uri":)"
+         R"("data:application/octet-stream;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}],)"
+         R"("materials":[{"name":"Wood","pbrMetallicRoughness":{"baseColorTexture":{"index":0}}}],)"
+         R"("textures":[{"source":0,"sampler":0}],"samplers":[{}],"images":[{"uri":")" +
+         image + "\"}]}";
+}
+
+const std::string kPngData = "data:image/png;base64,";
+/// 2 x 1 pixels.
+const std::string kPicture = "iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAIAAAB7QOjdAAAADUlEQVR42mP4zwAE/wEHAAH/PX2MSQAAAABJRU5ErkJggg==";
+/// 65 bytes whose header claims 60000 x 60000 pixels.
+const std::string kHugeClaim = "iVBORw0KGgoAAAANSUhEUgAA6mAAAOpgCAIAAAAPsOIVAAAACElEQVR42gMAAAAAAW/dyZEAAAAASUVORK5CYII=";
+
+struct ConvertedCase
+{
+  std::string name;
+  std::string image;
+  bool isWritten;
+  std::string said;  // on stderr
+};
+
+class AppConvertedImages : public testing::TestWithParam<ConvertedCase>
+{};
+
+TEST_P(AppConvertedImages, AreWrittenOrTold)
+{
+  const ConvertedCase& row = GetParam();
+  const TempFolder folder;
+  folder.Write("in.gltf", MakeTriangle(row.image));
+  folder.Write("noise.png", "This is no image.");
+  RunSettings settings;
+  settings.folder = folder.GetPath();
+  const RunResult result = RunTool({"convert", "in.gltf", "out.gltf"}, settings);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, row.said);
+  const std::string saved = ReadWhole(folder / "out.gltf");
+  EXPECT_EQ(saved.find("\"data:image/png;base64,iVBORw0KGgo") != std::string::npos, row.isWritten) << saved;
+  EXPECT_EQ(saved.find("\"baseColorTexture\"") != std::string::npos, row.isWritten) << saved;
+  EXPECT_NE(saved.find("\"Wood\""), std::string::npos) << saved;
+}
+
+const ConvertedCase kConvertedCases[] = {
+  {"Picture", kPngData + kPicture, true, ""},
+  {"NoImage", kPngData + "AQID", false,
+   "q7z: warning: the image \"tex/Wood_baseColorTexture.png\" is left out: it is neither a PNG nor a JPEG image\n"},
+  {"HugeClaim", kPngData + kHugeClaim, false,
+   "q7z: warning: the image \"tex/Wood_baseColorTexture.png\" is left out: its header claims 60000 x 60000 pixels, more than the "
+   "limit\n"},
+  {"FileThatIsNoImage", "noise.png", false,
+   "q7z: warning: the image \"noise.png\" is left out: it is neither a PNG nor a JPEG image\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, AppConvertedImages, testing::ValuesIn(kConvertedCases), RowName());
+
+TEST(AppImagesShown, HaveTheirSize)
+{
+  const TempFolder folder;
+  folder.Write("in.gltf", MakeTriangle(kPngData + kPicture));
+  RunSettings settings;
+  settings.folder = folder.GetPath();
+  const RunResult result = RunTool({"inspect", "in.gltf"}, settings);
+  EXPECT_NE(result.out.find("baseColorTexture <- tex/Wood_baseColorTexture.png (PNG, 2 x 1)\n"), std::string::npos) << result.out;
+}
 
 }  // namespace
 }  // namespace q7z::test

@@ -35,8 +35,8 @@ constexpr std::string_view kTree = R"(document "Pier "é"": 25 fps, 0 s to 3.5 s
 ├─ 2 materials
 │  ├─ node material "Wood": net.tarno.material.portbundle.gltf
 │  │  ├─ baseColorFactor (1, 0.5, 0.25, 1), emissiveFactor (0.1, 0.2, 0.3), alphaMode "MASK", other (1, 2.5, nothing, true, 1 member)
-│  │  ├─ baseColorTexture <- tex/a%25b.png
-│  │  ├─ normalTexture <- file:///x/y.png
+│  │  ├─ baseColorTexture <- tex/a%25b.png (missing)
+│  │  ├─ normalTexture <- file:///x/y.png (missing)
 │  │  └─ emissiveTexture <- 
 │  └─ material ""
 │     ├─ channel 0: on <- tex/a.png
