@@ -1,7 +1,7 @@
 #pragma once
 
-// What the peers' programs have in common: `PROGRAM [OPTION...] IN` loads one file in one process. Nothing is printed but, with
-// --time, the milliseconds that the load took.
+// What the peers' programs have in common: `PROGRAM [OPTION...] IN [OUT]` loads one file in one process, and writes what it has
+// loaded to OUT, in the form of OUT's suffix. Nothing is printed but, with --time, the milliseconds that this took.
 
 #include <chrono>
 #include <cstdio>
@@ -16,6 +16,7 @@ namespace q7z::peers
 struct Arguments
 {
   std::string path;
+  std::string out;  // empty for none
   bool time = false;
   bool arrays = false;  // --arrays, where the program knows it
 };
@@ -33,16 +34,18 @@ inline bool ReadArguments(int argc, char** argv, bool knowsArrays, Arguments& ar
       arguments.arrays = true;
     else if (arguments.path.empty() && !word.starts_with("-"))
       arguments.path = word;
+    else if (arguments.out.empty() && !word.starts_with("-"))
+      arguments.out = word;
     else
       understood = false;
   }
   if (understood && !arguments.path.empty())
     return true;
-  std::fprintf(stderr, "usage: %s [--time]%s IN\n", argv[0], knowsArrays ? " [--arrays]" : "");
+  std::fprintf(stderr, "usage: %s [--time]%s IN [OUT]\n", argv[0], knowsArrays ? " [--arrays]" : "");
   return false;
 }
 
-/// Runs the load, which returns the text of its failure or nothing. @return the exit status
+/// Runs the load, and what follows, which returns the text of its failure or nothing. @return the exit status
 inline int TimeLoad(const Arguments& arguments, const std::function<std::string()>& load)
 {
   try

@@ -1,5 +1,5 @@
-// peer_tinygltf [--time] [--arrays] IN: tinygltf's load, without decoding images; with --arrays followed by loops that fill what
-// a host would hold.
+// peer_tinygltf [--time] [--arrays] IN [OUT]: tinygltf's load, without decoding images; with --arrays followed by loops that fill
+// what a host would hold; with OUT by its own writing.
 
 #include "bench/peers/hostarrays.h"
 #include "bench/peers/peer.h"
@@ -28,6 +28,13 @@ std::string Load(const std::string& path, tinygltf::Model& model)
   return loaded ? std::string() : error;
 }
 
+std::string Write(tinygltf::Model& model, const std::string& path)
+{
+  tinygltf::TinyGLTF writer;
+  const bool isBinary = path.ends_with(".glb");
+  return writer.WriteGltfSceneToFile(&model, path, true, true, !isBinary, isBinary) ? "" : "not written";
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -42,6 +49,8 @@ int main(int argc, char** argv)
     std::string failure = Load(arguments.path, model);
     if (failure.empty() && arguments.arrays)
       scene = q7z::peers::FillHostArrays(model);
+    if (failure.empty() && !arguments.out.empty())
+      failure = Write(model, arguments.out);
     return failure;
   };
   return q7z::peers::TimeLoad(arguments, load);

@@ -10,7 +10,7 @@ failures=0
 # Notes how it was called, and refuses what does not begin like a generated file.
 cat >"$work/q7z" <<'TEXT'
 #!/bin/sh
-echo "$1 ${2##*/} $3 $4" >>"${0%/*}/calls"
+echo "$1 ${2##*/} ${3##*/} $4" >>"${0%/*}/calls"
 case $(head -c 4 "$2") in
   glTF | '{"as') ;;
   *) exit 1 ;;
@@ -37,7 +37,8 @@ expect()
 
 number='[0-9.][0-9.]*'
 expect everything 0 "^nodes.gltf  *400  *$number  *$number  *$number  *$number  *$number\$" --q7z "$work/q7z"
-for row in grid.glb grid.gltf nodes.gltf small-1k.glb small-10k.glb small-100k.glb small-1m.glb; do
+for row in grid.glb grid.gltf nodes.gltf small-1k.glb small-10k.glb small-100k.glb small-1m.glb \
+  convert-grid.glb convert-grid.gltf convert-nodes.gltf; do
   if ! grep -q "^$row  *$number  q7z  *$number  *$number  *$number  *$number\$" "$work/said"; then
     echo "no figures for $row"
     failures=$((failures + 1))
@@ -47,6 +48,13 @@ done
 calls=$(grep -c '^import [a-z0-9-]*\.gl[tbf]* --report -$' "$work/calls" || true)
 if [ "$calls" != 26 ]; then
   echo "26 calls wanted, these were made:"
+  cat "$work/calls"
+  failures=$((failures + 1))
+fi
+# And of each of three conversions.
+calls=$(grep -c '^convert [a-z0-9-]*\.\(gl[tbf]*\) q7z\.\1 $' "$work/calls" || true)
+if [ "$calls" != 6 ]; then
+  echo "6 conversions wanted, these were made:"
   cat "$work/calls"
   failures=$((failures + 1))
 fi
