@@ -107,6 +107,11 @@ void AddVerbs(CLI::App& app, Arguments& arguments, RawTexts& raw)
   AddLoadOptions(*inspect, arguments, raw);
   AddCommonOptions(*inspect, arguments, raw);
 
+  CLI::App* const hash = AddVerb(app, arguments, Verb::kHash, "hash", "Show the hashes of names of extensions");
+  hash->add_option("NAME", arguments.names, "Names of extensions; without any, the lines of stdin");
+  hash->add_flag("--only-hashes", arguments.onlyHashes, "Leave the names out");
+  AddCommonOptions(*hash, arguments, raw);
+
   AddVerb(app, arguments, Verb::kOptions, "options", "List every import and export option");
 }
 
@@ -176,6 +181,8 @@ std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
     return FailUsage("the document and the report cannot both go to stdout");
   if (arguments.verb == Verb::kInspect && arguments.reportFile == "-")
     return FailUsage("inspect writes to stdout itself; give --report a file");
+  if (arguments.verb == Verb::kHash && arguments.reportFile == "-")
+    return FailUsage("hash writes to stdout itself; give --report a file");
   if (IsSameFile(arguments.reportFile, arguments.input) || IsSameFile(arguments.reportFile, arguments.output))
     return FailUsage("the report would replace \"" + arguments.reportFile + "\"; give it a file of its own");
   return std::nullopt;

@@ -19,6 +19,7 @@ enum class Verb
   kExport,
   kConvert,
   kInspect,
+  kHash,
   kOptions,
 };
 
@@ -28,6 +29,8 @@ struct Arguments
   std::string input;
   std::string output;  // empty for none
   bool json = false;
+  std::vector<std::string> names;  // of hash; none for the lines of stdin
+  bool onlyHashes = false;
 
   std::vector<std::pair<int, HostValue>> importParameters;         // by the loader's parameter id
   std::vector<std::pair<int, HostValue>> exportParameters;         // by the saver's

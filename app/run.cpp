@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "app/exitcode.h"
+#include "app/hash.h"
 #include "app/options.h"
 #include "app/session.h"
 #include "framework/check.h"
@@ -156,6 +157,7 @@ int Run(const Arguments& arguments)
     case Verb::kExport: return RunExport(arguments);
     case Verb::kConvert: return RunConvert(arguments);
     case Verb::kInspect: return RunInspect(arguments);
+    case Verb::kHash: return RunHash(arguments);
     case Verb::kOptions: return RunOptions();
   }
   return kUsage;

@@ -23,6 +23,8 @@ public:
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  /// Starts the plug-in alone. @return the exit code so far; what failed has been said on stderr.
+  int StartHost();
   /// Starts the plug-in and loads the input. @return the exit code so far; what failed has been said on stderr.
   int LoadInput();
   /// The same for an input that is a scene document.
@@ -35,6 +37,7 @@ public:
 
   /// Where images that the file held itself are, when nobody named a folder for them; empty for nowhere.
   std::string GetImageFolder() const;
+  HeadlessHost& GetHost() { return *_host; }
   HeadlessDocument& GetDocument() { return *_document; }
   HeadlessJob& GetJob() { return _job; }
   RunReport& GetReport() { return _report; }
@@ -51,7 +54,6 @@ public:
 private:
   std::string ChooseImageFolder() const;
   int CheckInput(const std::string& stdinName);
-  int StartHost();
   int MakeDocument();
   int JudgeLoad(const LoadReport& loaded);
   int FailInterrupted();

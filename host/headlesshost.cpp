@@ -4,6 +4,7 @@
 #include <mutex>
 #include <set>
 
+#include "framework/check.h"
 #include "host/images/headlessbitmaps.h"
 #include "host/images/materialexchange.h"
 #include "host/images/mediasessions.h"
@@ -521,6 +522,20 @@ SaveReport HeadlessHost::RunSave(const SaveRequest& request, HeadlessDocument& d
 const std::string& HeadlessHost::GetTemporaryFolder() const noexcept
 {
   return _state->urls.GetTemporaryFolder();
+}
+
+Result<String> HeadlessHost::RunDialog(const DialogRequest& request) noexcept
+{
+  HostCommand* const command = _state->registrations.FindCommand(request.command);
+  if (!command)
+    return MAKE_ERROR(ErrorClass::kUnexpected, "the plug-in has no such command"_s);
+  if (!command->Execute(nullptr))
+    return MAKE_ERROR(ErrorClass::kUnexpected, "the command's dialog did not open"_s);
+  HeadlessDialog* const dialog = _state->dialogs.FindOpen(request.command);
+  if (!dialog || (request.menuItem && !dialog->Choose(request.menuItem)) || !dialog->EnterText(request.inputField, request.input))
+    return MAKE_ERROR(ErrorClass::kUnexpected, "the command's dialog is another one"_s);
+  dialog->Interact();
+  return dialog->GetText(request.outputField);
 }
 
 HostTables& HeadlessHost::GetTables()

@@ -91,6 +91,16 @@ struct SaveReport
   bool Succeeded() const { return available && error.empty(); }
 };
 
+/// What a user would do in the dialog of a command.
+struct DialogRequest
+{
+  Int32 command = 0;  ///< the id under which it was registered
+  Int32 inputField = 0;
+  String input;
+  Int32 menuItem = 0;  ///< chosen before the input; 0 for none
+  Int32 outputField = 0;
+};
+
 class HeadlessHost
 {
 public:
@@ -116,6 +126,10 @@ public:
 
   /// Saves a document, which becomes the active one. Does not throw.
   SaveReport Save(const SaveRequest& request, HeadlessDocument& document) noexcept;
+
+  /// Runs a command of the plug-in and lets the dialog that it opens work: with a text in one field, and an item of the menu chosen
+  /// when that is not 0. @return the text of another field; an error when there is no such command, dialog or field.
+  Result<String> RunDialog(const DialogRequest& request) noexcept;
 
   /// The tables that the module sees. Tests swap single pointers.
   HostTables& GetTables();

@@ -36,6 +36,16 @@ Bool HeadlessRegistrations::RegisterDescription(Int32 id, const String& descript
   }
 }
 
+HostCommand* HeadlessRegistrations::FindCommand(Int32 id) const noexcept
+{
+  for (const HeadlessCommand& entry : _commands)
+  {
+    if (entry.id == id)
+      return entry.command.get();
+  }
+  return nullptr;
+}
+
 Bool HeadlessRegistrations::RegisterPlugin(const HostPluginRecord& record) noexcept
 {
   if (!record.factory || (record.kind != kSceneLoaderKind && record.kind != kSceneSaverKind))

@@ -44,6 +44,8 @@ public:
   explicit HeadlessRegistrations(HeadlessDescriptions& descriptions) noexcept : _descriptions(descriptions) {}
   const std::vector<HeadlessPlugin>& GetPlugins() const noexcept { return _plugins; }
   const std::vector<HeadlessCommand>& GetCommands() const noexcept { return _commands; }
+  /// Null for an id that no command has.
+  HostCommand* FindCommand(Int32 id) const noexcept;
   void Clear() noexcept;
 
   Bool RegisterDescription(Int32 id, const String& description) noexcept override;

@@ -9,6 +9,7 @@
 #include "plugin/module/hostconsole.h"
 #include "plugin/module/hostregistration.h"
 #include "plugin/module/hostservices.h"
+#include "plugin/tools/extensionshasher.h"
 
 namespace q7z
 {
@@ -91,7 +92,7 @@ Bool RegisterSaver() noexcept
 
 Bool RegisterAll() noexcept
 {
-  constexpr Bool (*kRegistrations[])() noexcept = {&RegisterSaver, &RegisterLoader};
+  constexpr Bool (*kRegistrations[])() noexcept = {&RegisterSaver, &RegisterLoader, &RegisterExtensionsHasher};
   for (const auto registerOne : kRegistrations)
   {
     if (!registerOne())

@@ -181,6 +181,7 @@ const std::vector<std::string> kRegistrations = {
   "plugin 16 1041129 'the name' 1048576 'Fgltfexporter' 'gltf'",
   "description 1060210 fgltfimporter",
   "plugin 15 1060210 'the name' 54525952 'fgltfimporter' ''",
+  "command 1063930 'glTF Extensions Hasher' 0 ''",
 };
 
 TEST_F(ModuleEntry, RegistersInOrder)
@@ -195,7 +196,11 @@ struct RefusalCase
   const char* name;
   std::size_t refusedCall;  // into kRegistrations
 };
-const RefusalCase kRefusalCases[] = {{"SaverDescription", 0}, {"Saver", 1}, {"LoaderDescription", 2}, {"Loader", 3}};
+const RefusalCase kRefusalCases[] = {{"SaverDescription", 0},
+                                     {"Saver", 1},
+                                     {"LoaderDescription", 2},
+                                     {"Loader", 3},
+                                     {"Command", 4}};
 
 class ModuleStart : public ModuleEntry, public testing::WithParamInterface<RefusalCase>
 {};

@@ -37,8 +37,10 @@ public:
                        HostCommand* command) noexcept override
   {
     calls.push_back("command " + std::to_string(id) + " '" + Text(name) + "' " + std::to_string(info) + " '" + Text(help) + "'");
-    delete command;
-    return Answer();
+    const Bool taken = Answer();
+    if (taken)
+      delete command;  // it is the host's
+    return taken;
   }
 
   std::size_t refusedCall = SIZE_MAX;  // into calls

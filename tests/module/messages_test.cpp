@@ -330,8 +330,10 @@ const std::string& ModuleBytes()
 {
   static const std::string bytes = []
   {
-    std::ifstream file(std::filesystem::path(Q7Z_TEST_BIN_DIR) / "io_gltf.so", std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    const std::filesystem::path path = std::filesystem::path(Q7Z_TEST_BIN_DIR) / "io_gltf.so";
+    std::string content(std::filesystem::file_size(path), '\0');
+    std::ifstream(path, std::ios::binary).read(content.data(), static_cast<std::streamsize>(content.size()));
+    return content;
   }();
   return bytes;
 }
