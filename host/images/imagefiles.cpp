@@ -98,7 +98,7 @@ void ImageFiles::Warn(const std::string& path, const Error& error) noexcept
 
 std::string GetTexturePath(const Url& url, std::string_view folder)
 {
-  const std::string path = ToStd(url.GetPath());
+  std::string path = ToStd(url.GetPath());
   if (url.GetScheme() == URLSCHEME_FILESYSTEM)
     return path;
   if (url.GetScheme() != URLSCHEME_RELATIVE)

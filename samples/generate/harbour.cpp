@@ -1,5 +1,6 @@
 #include "samples/generate/harbour.h"
 
+#include "samples/generate/graypng.h"
 #include "samples/generate/solid.h"
 #include "samples/generate/waves.h"
 
@@ -31,6 +32,8 @@ constexpr Color kPlain = {1, 1, 1, 1};
 // Indices into `materials`.
 constexpr Int kMatteWhite = 0;
 constexpr Int kMatteRed = 1;
+
+constexpr Int kPlasterSide = 32;  // pixels of the image
 
 struct SceneMesh
 {
@@ -215,7 +218,15 @@ void WriteNode(JsonWriter& json, const SceneNode& node)
   json.EndObject();
 }
 
-void WriteMaterial(JsonWriter& json, const char* name, const Color& color, Float32 roughness)
+/// Plaster: rough, and dark where its courses meet. Whole numbers alone, so that it is the same everywhere.
+Byte GetPlaster(Int x, Int y)
+{
+  const Int grain = (x * x * 7 + y * y * 13 + x * y * 5) % 29;
+  const Bool isJoint = y % 8 == 7 || (x + (y / 8 % 2) * 8) % 16 == 15;
+  return static_cast<Byte>((isJoint ? 190 : 225) + grain);
+}
+
+void WriteMaterial(JsonWriter& json, const char* name, const Color& color, Float32 roughness, Int texture = -1)
 {
   json.BeginObject();
   json.Member("name", name);
@@ -223,6 +234,13 @@ void WriteMaterial(JsonWriter& json, const char* name, const Color& color, Float
   json.BeginObject();
   json.Key("baseColorFactor");
   json.Value(std::span<const Float32>(color));
+  if (texture >= 0)
+  {
+    json.Key("baseColorTexture");
+    json.BeginObject();
+    json.Member("index", texture);
+    json.EndObject();
+  }
   json.Member("metallicFactor", 0.0f);
   json.Member("roughnessFactor", roughness);
   json.EndObject();
@@ -232,8 +250,39 @@ void WriteMaterial(JsonWriter& json, const char* name, const Color& color, Float
 void WriteMaterials(JsonWriter& json)
 {
   json.BeginArray();
-  WriteMaterial(json, "Matte White", {0.86f, 0.84f, 0.78f, 1}, 0.7f);
+  WriteMaterial(json, "Matte White", {0.86f, 0.84f, 0.78f, 1}, 0.7f, 0);
   WriteMaterial(json, "Matte Red", {0.6f, 0.04f, 0.03f, 1}, 0.5f);
+  json.EndArray();
+}
+
+/// The one texture, of the one image, with the one sampler: smooth, and repeated.
+void WriteTextures(JsonWriter& json)
+{
+  json.BeginArray();
+  json.BeginObject();
+  json.Member("sampler", Int(0));
+  json.Member("source", Int(0));
+  json.EndObject();
+  json.EndArray();
+}
+
+void WriteSamplers(JsonWriter& json)
+{
+  json.BeginArray();
+  json.BeginObject();
+  json.Member("magFilter", Int(9729));
+  json.Member("minFilter", Int(9729));
+  json.EndObject();
+  json.EndArray();
+}
+
+void WriteImages(JsonWriter& json, Int view)
+{
+  json.BeginArray();
+  json.BeginObject();
+  json.Member("bufferView", view);
+  json.Member("mimeType", "image/png");
+  json.EndObject();
   json.EndArray();
 }
 
@@ -274,6 +323,11 @@ void HarbourBuilder::AddMembers(Int root) const
   _file.AddMember("nodes", [builder = *this](JsonWriter& json) { builder.WriteNodes(json); });
   _file.AddMember("meshes", [builder = *this](JsonWriter& json) { builder.WriteMeshes(json); });
   _file.AddMember("materials", WriteMaterials);
+  const std::string plaster = MakeGrayPng(kPlasterSide, GetPlaster);
+  const Int view = _file.AddView(static_cast<Int>(plaster.size()), [plaster](ByteSink& sink) { sink.WriteText(plaster); });
+  _file.AddMember("textures", WriteTextures);
+  _file.AddMember("images", [view](JsonWriter& json) { WriteImages(json, view); });
+  _file.AddMember("samplers", WriteSamplers);
 }
 
 Int AddLighthouse(GltfFile& file, HarbourBuilder& builder)
