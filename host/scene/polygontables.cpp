@@ -21,6 +21,12 @@ public:
     return ToHeadless(object)->GetPolygons().GetR();
   }
   HostPolygon* GetPolygonsW(HostPolygonObject* object) noexcept override { return ToHeadless(object)->GetPolygonsW(); }
+  Bool CanSharePolygons() noexcept override { return true; }
+  void SharePolygons(HostPolygonObject* object, const HostPolygonObject* source) noexcept override
+  {
+    HeadlessPolygonObject& target = *ToHeadless(object);
+    target.SetGeometry(target.GetPoints(), ToHeadless(source)->GetPolygons());
+  }
 };
 
 HeadlessPhongTag* FindPhongTag(const HeadlessObject& object) noexcept

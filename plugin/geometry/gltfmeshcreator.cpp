@@ -35,7 +35,7 @@ Result<void> MeshCreator::AllocatePolyAndTags(Int vertexCount, Int polyCount) no
   CHECK_STATE(_options);
   if (vertexCount > INT32_MAX || polyCount > INT32_MAX)
     return Error::OutOfMemory();
-  mesh.reset(HostPolygonObject::Alloc(static_cast<Int32>(vertexCount), static_cast<Int32>(polyCount)));
+  mesh.reset(HostPolygonObject::Alloc(static_cast<Int32>(vertexCount), sharesPolygons ? 0 : static_cast<Int32>(polyCount)));
   if (!mesh)
     return Error::OutOfMemory();
   cursorPoints = cursorPolygons = 0;

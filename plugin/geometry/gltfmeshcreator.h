@@ -36,8 +36,9 @@ public:
 
   HostOwner<HostPolygonObject> mesh;  // empty until AllocatePolyAndTags
   MeshAttributes attributes;
-  Int32 currentPrimitive = 0;  // in the names of selections and tags
-  Int currentMaterial = -1;    // of the current primitive; -1 for none
+  Bool sharesPolygons = false;  // they come from another object: none are allocated
+  Int32 currentPrimitive = 0;   // in the names of selections and tags
+  Int currentMaterial = -1;     // of the current primitive; -1 for none
   HostNormalTag* normalTag = nullptr;
   Bool normalsWritten = false;
   HostUvwTag* uvTag = nullptr;

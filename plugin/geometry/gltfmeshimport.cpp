@@ -132,13 +132,13 @@ Result<void> SumElement(const CornerJob& job, Int vertex, Float (&values)[compon
   return {};
 }
 
-/// The loop with a morph target, whose elements are added before the multiplier applies. Sums are always 64-bit numbers.
-template <int componentCount>
-Result<void> FillCornersWithTarget(const CornerJob& job) noexcept
+/// The loop with a morph target, whose elements are added before the multiplier applies, into an array of T.
+template <int componentCount, typename T>
+Result<void> FillCornersWithTarget(const CornerJob& job, T* tagData) noexcept
 {
   BaseArray<ElementSum<componentCount>> sums;
   RETURN_IF_ERROR(SumElements(job, sums));
-  Float* out = job.handle.doubles + 12 * Int(job.cursorPolygons);
+  T* out = tagData + 12 * Int(job.cursorPolygons);
   for (Int i = 0; i < job.polyCount; ++i, out += 12)
   {
     const CornerVertices corners(job.polygons[i], job.cursorPoints);
@@ -162,10 +162,8 @@ template <int componentCount>
 Result<void> WriteCornerAttribute(const CornerJob& job) noexcept
 {
   if (job.target)
-  {
-    CHECK_STATE(job.handle.doubles);
-    return FillCornersWithTarget<componentCount>(job);
-  }
+    return job.handle.singles ? FillCornersWithTarget<componentCount>(job, job.handle.singles)
+                              : FillCornersWithTarget<componentCount>(job, job.handle.doubles);
   return WithElementReader<componentCount>(*job.base,
                                            [&](const auto& read)
                                            {
@@ -196,10 +194,11 @@ Result<void> ReadVectors(const GltfAccessor& accessor, Int first, Int end, const
                               });
 }
 
-/// Whether values of these accessors are 64-bit numbers that 32 bits would round.
+/// Whether values of these accessors are 64-bit numbers that 32 bits would round. The sum of two 32-bit numbers is kept as one:
+/// nobody reads a pose more finely than its base, and it would take twice the memory.
 Bool NeedsDoubles(const GltfAccessor& base, const GltfAccessor* target) noexcept
 {
-  return target || !IsSinglePrecision(base.GetComponentType());
+  return !IsSinglePrecision(base.GetComponentType()) || (target && !IsSinglePrecision(target->GetComponentType()));
 }
 
 }  // namespace

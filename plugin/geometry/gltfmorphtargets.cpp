@@ -82,19 +82,22 @@ private:
     targetCreator._mixesPoints = targetCreator._mixesPoints || targetAccessors.positions;
     targetCreator._mixesNormals = targetCreator._mixesNormals || targetAccessors.normals;
     targetCreator._mixesUvs = targetCreator._mixesUvs || targetAccessors.uvs.IsPopulated();
-    RETURN_IF_ERROR(WriteAttributes(poseMeshCreator, targetAccessors, vertexCount, polyCount));
+    RETURN_IF_ERROR(WriteAttributes(poseMeshCreator, poly, targetAccessors, vertexCount, polyCount));
     poseMeshCreator.Advance(vertexCount, polyCount);
     return {};
   }
 
-  Result<void> WriteAttributes(MeshCreator& poseMeshCreator, const PrimitiveAccessors& targetAccessors, Int vertexCount,
-                               Int polyCount) const noexcept
+  Result<void> WriteAttributes(MeshCreator& poseMeshCreator, const HostPolygonObject* base,
+                               const PrimitiveAccessors& targetAccessors, Int vertexCount, Int polyCount) const noexcept
   {
     const ImportOptions& options = _options;
     const Vector flipZMultiplier{1, 1, options.IsFlipZ() ? -1.0 : 1.0};
     const PrimitiveAccessors* const targetAccForPointsPointer = targetAccessors.positions ? &targetAccessors : nullptr;
     CHECK_STATE(AddMeshPositions(poseMeshCreator, _primAccessors, targetAccForPointsPointer, vertexCount, flipZMultiplier, options.GetScale()));
-    CHECK_STATE(AddMeshPolygons(poseMeshCreator, _primAccessors, polyCount, options.IsFlipZ()));
+    if (poseMeshCreator.sharesPolygons)
+      poseMeshCreator.mesh->SharePolygons(base);
+    else
+      CHECK_STATE(AddMeshPolygons(poseMeshCreator, _primAccessors, polyCount, options.IsFlipZ()));
     if (targetAccessors.normals)
       CHECK_STATE(AddMeshNormals(poseMeshCreator, _primAccessors, &targetAccessors, polyCount, flipZMultiplier));
     if (targetAccessors.colors.IsPopulated())
@@ -122,11 +125,14 @@ Result<void> TargetCreator::StartTargetCreator(MeshCreator& meshCreator, const P
   if (context.budget)
     RETURN_IF_ERROR(TakePoses(*context.budget, targetsCount, vertexCount, polyCount));
   RETURN_IF_ERROR(_targetMeshCreators.Resize(targetsCount));
+  // Where several primitives follow each other, the base would have to be copied for each.
+  const Bool sharesPolygons = primitives.count == 1 && HostPolygonObject::CanSharePolygons();
   for (Int i = 0; i < targetsCount; ++i)
   {
     MeshCreator& poseMeshCreator = _targetMeshCreators[i];
     poseMeshCreator._options = context.options;
     poseMeshCreator.attributes = FindTargetAttributes(primitives, i);
+    poseMeshCreator.sharesPolygons = sharesPolygons;
     CHECK_STATE(poseMeshCreator.AllocatePolyAndTags(vertexCount, polyCount));
   }
   RETURN_IF_ERROR(MakeTag(_document));

@@ -27,6 +27,10 @@ public:
   virtual Vector* GetPointsW(HostPolygonObject* object) noexcept = 0;
   virtual const HostPolygon* GetPolygonsR(const HostPolygonObject* object) noexcept = 0;
   virtual HostPolygon* GetPolygonsW(HostPolygonObject* object) noexcept = 0;
+  /// Whether objects may have the same polygons in memory until one of them writes.
+  virtual Bool CanSharePolygons() noexcept { return false; }
+  /// Gives the object the source's polygons, as many as there are. Called only where they can be shared.
+  virtual void SharePolygons(HostPolygonObject*, const HostPolygonObject*) noexcept {}
 
 protected:
   ~HostPolygonTable() = default;
@@ -45,6 +49,8 @@ public:
   Vector* GetPointsW() noexcept { return g_hostTables->polygon->GetPointsW(this); }
   const HostPolygon* GetPolygonsR() const noexcept { return g_hostTables->polygon->GetPolygonsR(this); }
   HostPolygon* GetPolygonsW() noexcept { return g_hostTables->polygon->GetPolygonsW(this); }
+  static Bool CanSharePolygons() noexcept { return g_hostTables->polygon->CanSharePolygons(); }
+  void SharePolygons(const HostPolygonObject* source) noexcept { g_hostTables->polygon->SharePolygons(this, source); }
   HostSelection* GetPolygonSelection() noexcept { return g_hostTables->selection->GetPolygonSelection(this); }
   Bool SetPhong(Bool on, Bool limit, Float angleRadians) noexcept
   {

@@ -310,6 +310,39 @@ TEST_F(MorphTargets, SkinnedMeshHasBoth)
   EXPECT_FALSE(Mesh("Target 0")->FindTag(kWeightTagType));
 }
 
+// A host that keeps polygons for each object by itself.
+class OwnPolygons final : public HostPolygonTable
+{
+public:
+  explicit OwnPolygons(HostPolygonTable* base) noexcept : _base(base) {}
+  Int32 GetPointCount(const HostPolygonObject* object) noexcept override { return _base->GetPointCount(object); }
+  Int32 GetPolygonCount(const HostPolygonObject* object) noexcept override { return _base->GetPolygonCount(object); }
+  const Vector* GetPointsR(const HostPolygonObject* object) noexcept override { return _base->GetPointsR(object); }
+  Vector* GetPointsW(HostPolygonObject* object) noexcept override { return _base->GetPointsW(object); }
+  const HostPolygon* GetPolygonsR(const HostPolygonObject* object) noexcept override { return _base->GetPolygonsR(object); }
+  HostPolygon* GetPolygonsW(HostPolygonObject* object) noexcept override { return _base->GetPolygonsW(object); }
+
+private:
+  HostPolygonTable* _base;
+};
+
+TEST_F(MorphTargets, PosesNeedNotSharePolygons)
+{
+  OwnPolygons polygons(Host().Host().GetTables().polygon);
+  Host().Host().GetTables().polygon = &polygons;
+  EXPECT_EQ(LoadPrimitives([](GltfJson& file) { return MakePrimitive(file, {kNormals}, {{kOneUp, kNormals}}); }), "none");
+  EXPECT_EQ(WriteShape(Mesh("Target 0")), "(0 1 -1) (1 1 -1) (0 2 -1) normals (0 0 -2) (0 0 -2) (0 0 -2)");
+  EXPECT_EQ(Mesh("Target 0")->GetPolygons().GetR()[0], (HostPolygon{2, 1, 0, 0}));
+}
+
+TEST_F(MorphTargets, PoseIsChangedByItself)
+{
+  EXPECT_EQ(LoadTwoTargets(), "none");
+  Mesh("Target 0")->GetPolygonsW()[0].a = 7;
+  EXPECT_EQ(Mesh()->GetPolygons().GetR()[0], (HostPolygon{2, 1, 0, 0}));
+  EXPECT_EQ(Mesh("Target 1")->GetPolygons().GetR()[0], (HostPolygon{2, 1, 0, 0}));
+}
+
 struct RefusedCase
 {
   const char* name;
