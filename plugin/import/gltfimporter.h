@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "plugin/animation/gltfanimationimport.h"
 #include "plugin/document/gltfload.h"
 #include "plugin/geometry/gltfmesh.h"
 #include "plugin/import/gltfimportplan.h"
@@ -76,8 +77,16 @@ private:
   Result<void> BindSkin(const GltfSkin& skin, HostPolygonObject* polygonObjectOp) noexcept;
   Result<void> InsertDeformers() noexcept;
 
+  // gltfimportanimation.cpp: animations and takes.
+  Result<void> TryLoadAnimations() noexcept;
+  Result<void> LoadAnimations() noexcept;
+  Result<void> LoadOnlyAnimation(Int gltfAnimationIdx, const GltfAnimation& animation, HostTake* mainTake) noexcept;
+  Result<void> LoadIntoTake(Int gltfAnimationIdx, const GltfAnimation& animation, HostTakeData* takeData) noexcept;
+  Result<void> ImportAnimation(Int gltfAnimationIdx, const GltfAnimation& animation, HostTake* take, Bool addRestKeys) noexcept;
+
   HostDocument* _doc;  // not owned
   Bool _merging;
+  AnimationImporter _animationImporter;
   MaterialImporter _materialImporter;
 
   BaseArray<Int> _roots;                             // node indices, of a file without scenes

@@ -50,6 +50,7 @@ Result<void> GltfImporter::ConstructScene() noexcept
   _hierarchyProgress = LoadProgress(_job, kHierarchyWeight, kHierarchyTitle);
   RETURN_IF_ERROR(_hierarchyProgress.Report(0.01));
   RETURN_IF_ERROR(_gltfData.scenes.IsPopulated() ? LoadScenes() : LoadRoots());
+  RETURN_IF_ERROR(TryLoadAnimations());
 
   CHECK_STATE(LoadMetaInfo());
   return _hierarchyProgress.Report(1.0);

@@ -1,0 +1,426 @@
+// One sampler becomes tracks: its keys as they stand or baked, the rest keys, the tracks, the keys on their curves.
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+#include "framework/check.h"
+#include "plugin/animation/gltfanimationimport.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+// Real files need a key or two for each byte at most, but may share accessors and may be baked. Below the free number no file is held to
+// its size.
+constexpr Int kFreeKeys = 4'000'000;
+constexpr Int kKeysPerByte = 4;
+
+// Keys out of order move those behind them. Real files have none, but for the rest keys, each of which may move all keys of its track.
+constexpr Int kMovedKeys = 200'000'000;
+constexpr Int kMovesPerKey = 2;
+
+/// A first time this near to 0 counts as 0.
+constexpr Float kNearZero = 0.0001;
+
+/// One key in the host's values; the components go to the tracks in order.
+struct KeyRecord
+{
+  Vector value;
+  Vector inTangent;  // a second, as the file has them
+  Vector outTangent;
+  Bool hasTangents = false;
+};
+
+/// Keys in the order in which they are written, which is not that of their times.
+struct KeyList
+{
+  BaseArray<KeyRecord> records;
+  BaseArray<Float> times;  // in step with records; seconds
+
+  Result<void> Append(const KeyRecord& record, Float seconds) noexcept
+  {
+    RETURN_IF_ERROR(records.Append(record));
+    return times.Append(seconds);
+  }
+};
+
+}  // namespace
+
+KeyBudget::KeyBudget(Int bufferByteCount) noexcept
+    : _byteCount(bufferByteCount),
+      _remainingKeys(kFreeKeys + kKeysPerByte * bufferByteCount),
+      _remainingMoves(kMovedKeys + kMovesPerKey * _remainingKeys)
+{}
+
+Result<void> KeyBudget::TakeFrom(Int& remaining, Int count) noexcept
+{
+  _isOver = _isOver || count > remaining;
+  if (_isOver)
+    return MAKE_ERROR(ErrorClass::kOutOfMemory, "The animations of the file have too many keys."_s);
+  remaining -= count;
+  return {};
+}
+
+Result<void> KeyBudget::Take(Int keyCount, Int trackCount) noexcept
+{
+  // No product is needed that could wrap.
+  return TakeFrom(_remainingKeys, keyCount > _remainingKeys ? keyCount : keyCount * trackCount);
+}
+
+Result<void> KeyBudget::TakeClaimed(Int keyCount, Int trackCount) noexcept
+{
+  return Take(std::min(keyCount, _byteCount), trackCount);
+}
+
+Result<void> KeyBudget::TakeMoves(Int keyCount) noexcept
+{
+  return TakeFrom(_remainingMoves, keyCount);
+}
+
+namespace
+{
+
+/// Room for the sampler's keys and the rest keys, when the bytes behind the keys are there.
+Result<void> ReserveKeys(const GltfAnimationSampler& sampler, Int keyCount, KeyList& keys) noexcept
+{
+  GltfElements elements;
+  if (!sampler._inputAccessor->GetElements(elements))
+    return {};
+  RETURN_IF_ERROR(keys.records.Reserve(keyCount + 2));
+  return keys.times.Reserve(keyCount + 2);
+}
+
+template <typename T>
+KeyRecord ConvertKeyframe(const KeyframeOf<T>& keyframe, const ValueConversion<T>& valueConversion) noexcept
+{
+  KeyRecord record;
+  record.value = valueConversion.Convert(keyframe.value);
+  record.hasTangents = keyframe.hasTangents;
+  if (!keyframe.hasTangents)
+    return record;
+  record.inTangent = valueConversion.Convert(keyframe.inTangent);
+  record.outTangent = valueConversion.Convert(keyframe.outTangent);
+  return record;
+}
+
+/// The sampler's own keys.
+template <typename T>
+Result<void> ReadDirectKeys(const SamplerTracks& request, const ValueConversion<T>& valueConversion, KeyList& keys) noexcept
+{
+  const GltfAnimationSampler& sampler = *request.sampler;
+  const Int keyCount = GetKeyCount(sampler);
+  if (keyCount == 0)
+    return {};
+  RETURN_IF_ERROR(ReserveKeys(sampler, keyCount, keys));
+  const auto readAll = [&](auto readKeyframe, auto readTime) -> Result<void>
+  {
+    for (Int k = 0; k < keyCount; ++k)
+    {
+      KeyframeOf<T> keyframe;
+      Float seconds = 0;
+      RETURN_IF_ERROR(readKeyframe(k, keyframe));
+      RETURN_IF_ERROR(readTime(k, seconds));
+      RETURN_IF_ERROR(keys.Append(ConvertKeyframe(keyframe, valueConversion), seconds));
+    }
+    return {};
+  };
+  const auto withKeyframes = [&](auto readKeyframe)
+  { return WithKeyTimes(*sampler._inputAccessor, [&](auto readTime) { return readAll(readKeyframe, readTime); }); };
+  return WithKeyframes<T>(sampler, request.layout, withKeyframes);
+}
+
+Result<void> Resample(const SamplerTracks& request, const BaseArray<Float>& times, BaseArray<Vector>& values) noexcept
+{
+  return ResampleVector(*request.sampler, times, request.layout, values);
+}
+
+Result<void> Resample(const SamplerTracks& request, const BaseArray<Float>& times, BaseArray<Vector4>& values) noexcept
+{
+  return ResampleQuaternion(*request.sampler, times, request.layout, values);
+}
+
+Result<void> Resample(const SamplerTracks& request, const BaseArray<Float>& times, BaseArray<Float>& values) noexcept
+{
+  return ResampleScalar(*request.sampler, times, request.layout, values);
+}
+
+/// Keys without tangents at keys.times.
+template <typename T>
+Result<void> BakeKeys(const SamplerTracks& request, const ValueConversion<T>& valueConversion, KeyList& keys) noexcept
+{
+  BaseArray<T> values;
+  RETURN_IF_ERROR(Resample(request, keys.times, values));
+  RETURN_IF_ERROR(keys.records.Reserve(values.GetCount() + 2));
+  for (const T& value : values)
+    RETURN_IF_ERROR(keys.records.Append({.value = valueConversion.Convert(value)}));
+  return {};
+}
+
+/// Every frame of the document from the sampler's first time to its last.
+Result<void> MakeFrameTimes(const GltfTimeRange& range, Int32 fps, KeyBudget& budget, Int trackCount,
+                            BaseArray<Float>& times) noexcept
+{
+  const Int frame0 = FrameOfHostTime(HostTimeFromSeconds(range.minSeconds), fps);
+  const Int frame1 = FrameOfHostTime(HostTimeFromSeconds(range.maxSeconds), fps);
+  if (frame1 < frame0)
+    return {};
+  RETURN_IF_ERROR(budget.Take(frame1 - frame0 + 1, trackCount));
+  RETURN_IF_ERROR(times.Reserve(frame1 - frame0 + 3));
+  for (Int frame = frame0; frame <= frame1; ++frame)
+    RETURN_IF_ERROR(times.Append(static_cast<Float>(frame) / fps));
+  return {};
+}
+
+/// Each key's time, and before it the time one frame earlier unless that lies before lowerBound. No time comes twice.
+Result<void> MakeStepTimes(const GltfAnimationSampler& sampler, Float frameTime, Float lowerBound,
+                           BaseArray<Float>& times) noexcept
+{
+  const Int keyCount = GetKeyCount(sampler);
+  if (keyCount == 0)
+    return {};
+  HashSet<UInt> seen;  // by their bits
+  const auto append = [&](Float seconds) -> Result<void>
+  {
+    const UInt bits = std::bit_cast<UInt>(seconds);
+    if (seen.Contains(bits))
+      return {};
+    RETURN_IF_ERROR(seen.Set(bits, NoValue()));
+    return times.Append(seconds);
+  };
+  const auto readTimes = [&](auto readTime) -> Result<void>
+  {
+    for (Int k = 0; k < keyCount; ++k)
+    {
+      Float seconds = 0;
+      RETURN_IF_ERROR(readTime(k, seconds));
+      const Float frameBefore = seconds - frameTime;
+      if (frameBefore >= lowerBound)
+        RETURN_IF_ERROR(append(frameBefore));
+      RETURN_IF_ERROR(append(seconds));
+    }
+    return {};
+  };
+  return WithKeyTimes(*sampler._inputAccessor, readTimes);
+}
+
+/// From time 0 on the earliest key's pose, if that comes later, and one frame before it the pose of the node.
+Result<void> AddRestKeys(const Vector& restValue, Float frameTime, KeyList& keys) noexcept
+{
+  Int earliest = 0;
+  Bool hasZero = false;
+  for (Int i = 0; i < keys.times.GetCount(); ++i)
+  {
+    if (keys.times[i] < keys.times[earliest])
+      earliest = i;
+    hasZero = hasZero || std::fabs(keys.times[i]) <= kNearZero;
+  }
+  if (!hasZero)
+    RETURN_IF_ERROR(keys.Append({.value = keys.records[earliest].value}, 0.0));
+  return keys.Append({.value = restValue}, -frameTime);
+}
+
+// Tracks.
+
+Result<HostTrack*> AddTrack(HostNode* target, HostNode* holder, const HostDescId& id) noexcept
+{
+  HostTrack* const track = HostTrack::Alloc(target, id);
+  if (!track)
+    return Error::OutOfMemory();
+  track->InsertInto(holder);
+  return track;
+}
+
+Result<HostTrack*> GetTakeTrack(HostNode* target, const HostDescId& id, HostTake* take, HostTakeData* takeData) noexcept
+{
+  HostValue value;
+  target->GetParameter(id, value);
+  HostOverride* const over = take->FindOrAddOverride(takeData, target, id, value);
+  CHECK_STATE(over);
+  if (HostTrack* const found = HostTrack::Find(over, id))
+    return found;
+  ASSIGN_OR_RETURN(HostTrack* const track, AddTrack(target, over, id));
+  over->Update(takeData, id);
+  return track;
+}
+
+Result<HostTrack*> GetTrack(HostNode* target, const HostDescId& id, HostTake* take, HostTakeData* takeData) noexcept
+{
+  HostTrack* outTrack = nullptr;
+  if (take)
+  {
+    ASSIGN_OR_RETURN(outTrack, GetTakeTrack(target, id, take, takeData));
+  }
+  else
+  {
+    outTrack = HostTrack::Find(target, id);
+    if (!outTrack)
+    {
+      ASSIGN_OR_RETURN(outTrack, AddTrack(target, target, id));
+    }
+  }
+  CHECK_STATE(outTrack);
+  return outTrack;
+}
+
+Result<void> GetTracks(const SamplerTracks& request, HostTakeData* takeData, BaseArray<HostTrack*>& tracks) noexcept
+{
+  HostNode* const target = request.target ? request.target : request.object;
+  RETURN_IF_ERROR(tracks.Reserve(request.didCount));
+  for (Int i = 0; i < request.didCount; ++i)
+  {
+    ASSIGN_OR_RETURN(HostTrack* const track, GetTrack(target, request.dids[i], request.take, takeData));
+    RETURN_IF_ERROR(tracks.Append(track));
+  }
+  return {};
+}
+
+// Keys.
+
+/// Writes the keys of a list to the curve of one track.
+class KeyWriter
+{
+public:
+  /// @param component  of the values, for this track.
+  KeyWriter(HostTrack* track, int component, InterpolationMode mode, KeyBudget& budget) noexcept
+      : _curve(track->GetCurve(true)),
+        _isRotation(track->GetDescId()[0].id == kRotationParameter),
+        _component(component),
+        _mode(mode),
+        _budget(&budget)
+  {}
+
+  Result<void> WriteKey(const KeyList& keys, Int i, const HostTime& time) noexcept;
+
+private:
+  void SetTangents(const KeyList& keys, Int i, HostKey* key, HostKey* prevKey) const noexcept;
+
+  HostCurve* _curve;  // null for a track without one, whose keys are left out
+  Bool _isRotation;
+  int _component;
+  InterpolationMode _mode;
+  KeyBudget* _budget;
+  Int32 _lastIndex = -1;
+};
+
+Result<void> KeyWriter::WriteKey(const KeyList& keys, Int i, const HostTime& time) noexcept
+{
+  if (!_curve)
+    return {};
+  Int32 index = -1;
+  HostKey* const key = _curve->AddKey(time, &index);
+  if (!key)
+    return Error::OutOfMemory();
+  if (index <= _lastIndex)
+    RETURN_IF_ERROR(_budget->TakeMoves(_curve->GetKeyCount() - 1 - index));
+  _lastIndex = index;
+  // What the host makes of the number 915 and of the modes is its own.
+  if (!key->SetParameter(HostDescLevel{915, kIntegerDataType}, Int32(1), 128))
+    return Error::OutOfMemory();
+  HostKeySetAuxiliaryMode(key, _curve, 4);
+  const KeyRecord& record = keys.records[i];
+  key->SetValue(_curve, record.value[_component]);
+  key->SetInterpolation(_curve, _mode);
+  if (_isRotation)
+    HostKeySetRotationMode(key, _curve, _mode == InterpolationMode::Spline ? 3 : 2, true, true);
+  HostKey* const prevKey = record.hasTangents && i > 0 && index > 0 ? _curve->GetKey(index - 1) : nullptr;
+  if (prevKey)
+    SetTangents(keys, i, key, prevKey);
+  return {};
+}
+
+/// A slope a second becomes a value at a third of the way between the two keys.
+void KeyWriter::SetTangents(const KeyList& keys, Int i, HostKey* key, HostKey* prevKey) const noexcept
+{
+  const Float third = (keys.times[i] - keys.times[i - 1]) / 3.0;
+  prevKey->SetRightTangent(_curve, HostTimeFromSeconds(third), third * keys.records[i - 1].outTangent[_component]);
+  key->SetLeftTangent(_curve, HostTimeFromSeconds(-third), third * -keys.records[i].inTangent[_component]);
+}
+
+Result<void> WriteKeys(const BaseArray<HostTrack*>& tracks, const KeyList& keys, InterpolationMode mode,
+                       KeyBudget& budget) noexcept
+{
+  CHECK_ARGUMENT(tracks.GetCount() == 1 || tracks.GetCount() == 3);
+  if (keys.records.IsEmpty())
+    return {};
+  BaseArray<KeyWriter> writers;
+  for (Int d = 0; d < tracks.GetCount(); ++d)
+  {
+    HostTrack* const track = tracks[d];
+    CHECK_STATE(track);
+    RETURN_IF_ERROR(writers.Append(KeyWriter(track, static_cast<int>(d), mode, budget)));
+  }
+  for (Int i = 0; i < keys.records.GetCount(); ++i)
+  {
+    const HostTime time = HostTimeFromSeconds(keys.times[i]);
+    for (KeyWriter& writer : writers)
+      RETURN_IF_ERROR(writer.WriteKey(keys, i, time));
+  }
+  return {};
+}
+
+}  // namespace
+
+/// Only rotations bake samplers that hold.
+Result<void> AnimationImporter::MakeBakedTimes(const SamplerTracks& request, BaseArray<Float>& times) noexcept
+{
+  const Int32 fps = GetDocumentRate(*_doc);
+  if (request.mode != InterpolationMode::Step)
+  {
+    ASSIGN_OR_RETURN(const GltfTimeRange range, GetSamplerTimeRange(*request.sampler));
+    return MakeFrameTimes(range, fps, _keyBudget, request.didCount, times);
+  }
+  RETURN_IF_ERROR(_keyBudget.TakeClaimed(GetKeyCount(*request.sampler), request.didCount));
+  HostValue start;
+  _doc->GetParameter(kDocumentStartParameter, start);
+  return MakeStepTimes(*request.sampler, 1.0 / fps, start.GetTime().GetSeconds(), times);
+}
+
+template <typename T>
+Result<void> AnimationImporter::ImportSamplerTracks(const SamplerTracks& request,
+                                                    const ValueConversion<T>& valueConversion) noexcept
+{
+  if (!request.object)
+    return {};
+  const GltfAnimationSampler* const sampler = request.sampler;
+  const HostDescId* const dids = request.dids;
+  const Int didCount = request.didCount;
+  CHECK_STATE(_doc);
+  CHECK_ARGUMENT(sampler);
+  CHECK_ARGUMENT(dids);
+  CHECK_ARGUMENT(_options);
+  CHECK_STATE(didCount == 1 || didCount == 3);
+  RETURN_IF_ERROR(_keyBudget.TakeClaimed(GetKeyCount(*sampler), didCount));
+  if (_options->IsCleanTracks())
+  {
+    ASSIGN_OR_RETURN(const Bool isConstant, IsConstantSampler<T>(*sampler, request.layout));
+    if (isConstant)
+      return {};  // the node keeps its own value, even where the sampler has another
+  }
+  HostTakeData* const takeData = _doc->GetTakeData();
+  CHECK_STATE(takeData);
+  BaseArray<HostTrack*> tracks;
+  RETURN_IF_ERROR(GetTracks(request, takeData, tracks));
+
+  KeyList keys;
+  if (request.bake)
+  {
+    RETURN_IF_ERROR(MakeBakedTimes(request, keys.times));
+    RETURN_IF_ERROR(BakeKeys(request, valueConversion, keys));
+  }
+  else
+  {
+    RETURN_IF_ERROR(ReadDirectKeys(request, valueConversion, keys));
+  }
+  if (request.addRestKeys && keys.records.IsPopulated())
+    RETURN_IF_ERROR(AddRestKeys(request.restValue, 1.0 / GetDocumentRate(*_doc), keys));
+  return WriteKeys(tracks, keys, request.bake ? InterpolationMode::Linear : request.mode, _keyBudget);
+}
+
+template Result<void> AnimationImporter::ImportSamplerTracks(const SamplerTracks&, const ValueConversion<Vector>&) noexcept;
+template Result<void> AnimationImporter::ImportSamplerTracks(const SamplerTracks&, const ValueConversion<Vector4>&) noexcept;
+template Result<void> AnimationImporter::ImportSamplerTracks(const SamplerTracks&, const ValueConversion<Float>&) noexcept;
+
+}  // namespace q7z
