@@ -119,21 +119,37 @@ Result<void> AnimationImporter::GroupChannels(const GltfAnimation& animation, Ch
 Result<void> AnimationImporter::ImportNode(HostObject* object, const NodeChannels& channels, HostTake* take,
                                            Bool addRestKeys) noexcept
 {
+  if (_options->IsAnimationTrs())
+    RETURN_IF_ERROR(ImportTransform(object, channels, take, addRestKeys));
+  if (_options->IsMorphTargets() && channels.weights)
+    RETURN_IF_ERROR(ImportWeightTracks(object, *channels.weights, take, addRestKeys));
+  return {};
+}
+
+/// What all kinds of tracks have in common; ids and rest value are to be set.
+SamplerTracks AnimationImporter::DescribeTracks(HostObject* object, const GltfChannel& channel, HostTake* take,
+                                                Bool addRestKeys) const noexcept
+{
+  SamplerTracks tracks;
+  tracks.object = object;
+  tracks.sampler = channel.sampler;
+  tracks.take = take;
+  tracks.mode = GetSamplerInterpolationMode(channel.sampler);
+  tracks.bake = g_gltfImporterBakeSplineInterpolatedAnimation && tracks.mode == InterpolationMode::Spline;
+  tracks.addRestKeys = addRestKeys;
+  return tracks;
+}
+
+Result<void> AnimationImporter::ImportTransform(HostObject* object, const NodeChannels& channels, HostTake* take,
+                                                Bool addRestKeys) noexcept
+{
   const auto describe = [&](const GltfChannel& channel, Int firstTrack)
   {
-    SamplerTracks tracks;
-    tracks.object = object;
-    tracks.sampler = channel.sampler;
+    SamplerTracks tracks = DescribeTracks(object, channel, take, addRestKeys);
     tracks.dids = kTransformTrackIds + firstTrack;
     tracks.didCount = 3;
-    tracks.take = take;
-    tracks.mode = GetSamplerInterpolationMode(channel.sampler);
-    tracks.bake = g_gltfImporterBakeSplineInterpolatedAnimation && tracks.mode == InterpolationMode::Spline;
-    tracks.addRestKeys = addRestKeys;
     return tracks;
   };
-  if (!_options->IsAnimationTrs())
-    return {};
   if (channels.translation)
     RETURN_IF_ERROR(ImportTranslation(describe(*channels.translation, kTranslationTracks)));
   if (channels.rotation)

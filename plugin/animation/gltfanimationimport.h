@@ -93,9 +93,14 @@ private:
   Result<void> GroupChannels(const GltfAnimation& animation, ChannelsByNode& nodes) const noexcept;
   HostObject* FindObject(Int nodeIndex) const noexcept;
   Result<void> ImportNode(HostObject* object, const NodeChannels& channels, HostTake* take, Bool addRestKeys) noexcept;
+  SamplerTracks DescribeTracks(HostObject* object, const GltfChannel& channel, HostTake* take, Bool addRestKeys) const noexcept;
+  Result<void> ImportTransform(HostObject* object, const NodeChannels& channels, HostTake* take, Bool addRestKeys) noexcept;
   Result<void> ImportTranslation(SamplerTracks tracks) noexcept;
   Result<void> ImportRotation(SamplerTracks tracks) noexcept;
   Result<void> ImportScale(SamplerTracks tracks) noexcept;
+
+  /// gltfweightsimport.cpp: a track for each morph of the object's pose morph tag.
+  Result<void> ImportWeightTracks(HostObject* object, const GltfChannel& channel, HostTake* take, Bool addRestKeys) noexcept;
 
   /// gltfsamplertracks.cpp: one sampler becomes tracks. For T = Vector, Vector4, Float.
   template <typename T>

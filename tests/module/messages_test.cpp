@@ -219,7 +219,7 @@ const SettledMessage kSettledMessages[] = {
   {kBuilt, kState, "outTrack"},
   {kBuilt, kArgument, "tracks.GetCount() == 1 || tracks.GetCount() == 3"},
   {kBuilt, kState, "track"},
-  {kPending, kState, "tagPoseMorph"},
+  {kBuilt, kState, "tagPoseMorph"},
   // Saver and export driver.
   {kBuilt, kState, "node && description"},
   {kBuilt, kState, "description->LoadDescription(1041129)"},
