@@ -32,6 +32,11 @@ CLI::Option* AddTexts(CLI::App& command, const char* name, std::vector<std::stri
   return command.add_option(name, texts, help)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void AddTrustOption(CLI::App& command, Arguments& arguments)
+{
+  command.add_flag("--allow-outside", arguments.allowOutside, "Read side files from outside the input's folder, too");
+}
+
 /// Options of the verbs that load a glTF file.
 void AddLoadOptions(CLI::App& command, Arguments& arguments, RawTexts& raw)
 {
@@ -41,7 +46,7 @@ void AddLoadOptions(CLI::App& command, Arguments& arguments, RawTexts& raw)
     ->type_name("N")
     ->check(CLI::Range(1, 100000));
   command.add_option("--tex", arguments.texFolder, "Folder in which the tex folder of images is made")->type_name("DIR");
-  command.add_flag("--allow-outside", arguments.allowOutside, "Read side files from outside the input's folder, too");
+  AddTrustOption(command, arguments);
 }
 
 /// Options of the verbs that save a glTF file.
@@ -91,6 +96,7 @@ void AddVerbs(CLI::App& app, Arguments& arguments, RawTexts& raw)
   CLI::App* const save = AddVerb(app, arguments, Verb::kExport, "export", "Read a scene document; save it as a glTF file");
   save->add_option("SCENE", arguments.input, "A scene document, or - for stdin")->required();
   save->add_option("OUT", arguments.output, kOutput)->required();
+  AddTrustOption(*save, arguments);
   AddSaveOptions(*save, raw);
   AddCommonOptions(*save, arguments, raw);
 

@@ -171,6 +171,14 @@ private:
   std::unique_ptr<HostPluginInstance> _instance;
 };
 
+/// A document without a folder gets that of the file it is loaded from; the current one is an empty text.
+void TellFolder(const std::string& path, HeadlessDocument& document)
+{
+  const std::string folder = GetFolderOf(path);
+  if (document.GetFolder().IsEmpty() && folder != "." && !document.SetFolder(View(folder)))
+    throw std::bad_alloc();
+}
+
 void TakeUsageEvent(const HeadlessUsageReport& usageReport, LoadReport& report)
 {
   report.status = usageReport.GetEntry(DataKey("error"));
@@ -462,6 +470,7 @@ LoadReport HeadlessHost::RunLoad(const LoadRequest& request, HeadlessDocument& d
   State& state = *_state;
   LoadReport report;
   const LoadScope scope(state, request, document, job);
+  TellFolder(request.path, document);
   const HostFilename name(View(request.path), &job);
   const std::vector<Byte> probe = ReadProbe(request.path);
   for (const HeadlessPlugin& plugin : state.registrations.GetPlugins())

@@ -165,6 +165,27 @@ const ConvertedCase kConvertedCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Rows, AppConvertedImages, testing::ValuesIn(kConvertedCases), RowName());
 
+TEST(AppImagesOfADocument, AreReadFromItsFolderOrWhereAllowed)
+{
+  const TempFolder folder;
+  fs::create_directory(folder / "sub");
+  folder.Write("sub/in.gltf", MakeTriangle("noise.png"));
+  folder.Write("sub/noise.png", "This is no image.");
+  RunSettings settings;
+  settings.folder = folder.GetPath();
+  EXPECT_EQ(RunTool({"import", "sub/in.gltf", "far.q7z.json"}, settings).status, 0);
+  EXPECT_EQ(RunTool({"export", "far.q7z.json", "out.gltf"}, settings).err,
+            "q7z: warning: the image \"sub/noise.png\" is left out: it is neither a PNG nor a JPEG image\n");
+  fs::create_directory(folder / "docs");
+  EXPECT_EQ(RunTool({"import", "sub/in.gltf", "docs/far.q7z.json"}, settings).status, 0);
+  EXPECT_EQ(RunTool({"export", "docs/far.q7z.json", "out.gltf"}, settings).err,
+            "q7z: warning: \"sub/noise.png\" lies outside the input's folder and is not read; --allow-outside permits it\n");
+  EXPECT_EQ(RunTool({"export", "docs/far.q7z.json", "out.gltf", "--allow-outside"}, settings).err,
+            "q7z: warning: the image \"sub/noise.png\" is left out: it is neither a PNG nor a JPEG image\n");
+  const RunResult shown = RunTool({"inspect", "sub/in.gltf"}, settings);
+  EXPECT_NE(shown.out.find("baseColorTexture <- noise.png (no image)\n"), std::string::npos) << shown.out;
+}
+
 TEST(AppImagesShown, HaveTheirSize)
 {
   const TempFolder folder;
