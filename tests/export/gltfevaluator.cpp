@@ -176,6 +176,7 @@ std::vector<Vector> GltfEvaluator::GetVertices(const Node& node, int nodeIndex) 
 {
   const Mesh& mesh = _meshes.at(static_cast<size_t>(node.mesh));
   std::vector<Vector> vertices;
+  vertices.reserve(mesh.vertices.size());
   if (node.skin < 0)
   {
     const Matrix4 world = GetWorldMatrix(nodeIndex);
@@ -185,6 +186,7 @@ std::vector<Vector> GltfEvaluator::GetVertices(const Node& node, int nodeIndex) 
   }
   const Skin& skin = _skins.at(static_cast<size_t>(node.skin));
   std::vector<Matrix4> movements;
+  movements.reserve(skin.joints.size());
   for (size_t i = 0; i < skin.joints.size(); ++i)
     movements.push_back(Multiply(GetWorldMatrix(static_cast<int>(skin.joints[i])), skin.inverseBind[i]));
   for (size_t i = 0; i < mesh.vertices.size(); ++i)

@@ -58,6 +58,7 @@ std::string Objects(const std::string& objects)
 std::string PointTrack(int keyCount, const std::string& lastPoints = "0,0,0, 100,0,0, 0,100,0")
 {
   std::vector<std::string> keys;
+  keys.reserve(static_cast<size_t>(keyCount));
   for (int i = 0; i < keyCount; ++i)
     keys.push_back("[" + std::to_string(i) + R"(,1], "value": 0.0, "interpolation": 2, "points": [)" +
                    (i + 1 < keyCount ? "0,0,0, 100,0,0, 0,100,0" : lastPoints) + "]");
