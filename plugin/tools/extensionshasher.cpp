@@ -1,6 +1,5 @@
 #include "plugin/tools/extensionshasher.h"
 
-#include <memory>
 #include <new>
 
 #include "framework/basearray.h"
@@ -88,11 +87,11 @@ std::string_view TrimEnd(std::string_view text) noexcept
 
 Bool RegisterExtensionsHasher() noexcept
 {
-  std::unique_ptr<ExtensionsHasherCommand> command(new (std::nothrow) ExtensionsHasherCommand);
-  if (!command || !HostRegisterCommand(kCommandId, kTitle, 0, nullptr, String(), command.get()))
-    return false;
-  command.release();  // the host's now
-  return true;
+  ExtensionsHasherCommand* const command = new (std::nothrow) ExtensionsHasherCommand;
+  if (command && HostRegisterCommand(kCommandId, kTitle, 0, nullptr, String(), command))
+    return true;  // the host's now
+  delete command;
+  return false;
 }
 
 Bool ExtensionsHasherDialog::CreateLayout(HostDialogBase* dialog) noexcept
