@@ -1,23 +1,35 @@
 #include "host/services/parallelloop.h"
 
 #include <algorithm>
+#include <thread>
 
 #include <tbb/blocked_range.h>
 #include <tbb/global_control.h>
-#include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
 namespace q7z
 {
 
+namespace
+{
+
+/// Not asked of the library: once it has run out of memory over the answer, it waits for ever when it is asked again.
+int CountCores() noexcept
+{
+  return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+}  // namespace
+
 struct ParallelLoop::Arena
 {
   explicit Arena(int threads)
-      : limit(tbb::global_control::max_allowed_parallelism,
-              static_cast<size_t>(std::max(threads, tbb::info::default_concurrency()))),
-        arena(threads > 0 ? threads : tbb::task_arena::automatic)
-  {}
+      : limit(tbb::global_control::max_allowed_parallelism, static_cast<size_t>(std::max(threads, CountCores()))),
+        arena(threads > 0 ? threads : CountCores())
+  {
+    arena.initialize();  // now: an arena that runs out of memory in its first use waits for ever in the next
+  }
   tbb::global_control limit;  // more threads than cores, where they are asked for
   tbb::task_arena arena;
 };
