@@ -14,11 +14,20 @@ namespace q7z
 namespace
 {
 
-/// Not asked of the library: once it has run out of memory over the answer, it waits for ever when it is asked again.
 int CountCores() noexcept
 {
   return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
+
+/// What the library makes once in a process is made before main, when memory is not short yet: if it ran out in the middle of that,
+/// every later call would wait for ever. Threads are started when there is work.
+[[maybe_unused]] const bool g_isLibraryReady = []() noexcept
+{
+  const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, static_cast<size_t>(CountCores()));
+  tbb::task_arena arena(CountCores());
+  arena.initialize();
+  return arena.is_active();
+}();
 
 }  // namespace
 
