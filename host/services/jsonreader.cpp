@@ -53,27 +53,31 @@ public:
     const Int byteCount = static_cast<Int>(text.size());
     if (byteCount > kLongestPacked)
       return String::Create(text);
-    if (!_block || _used + byteCount > _block->GetByteCount())
-      RETURN_IF_ERROR(Grow());
-    Char* const place = _block->GetBytes() + _used;
+    StringBlock* const block = FindRoom(byteCount);
+    if (!block)
+      return Error::OutOfMemory();
+    Char* const place = block->GetBytes() + _used;
     std::memcpy(place, text.data(), text.size());
     _used += byteCount;
-    return String(_block, place, byteCount);
+    return String(block, place, byteCount);
   }
 
 private:
-  Result<void> Grow() noexcept
+  /// The block behind whose used bytes byteCount more fit; null without memory.
+  StringBlock* FindRoom(Int byteCount) noexcept
   {
+    if (_block && _used + byteCount <= _block->GetByteCount())
+      return _block;
     // A small document keeps a small block alive.
     const Int doubled = _block ? _block->GetByteCount() * 2 : kLongestPacked;
     StringBlock* const block = StringBlock::Create(doubled < kLargestPoolBlock ? doubled : kLargestPoolBlock);
     if (!block)
-      return Error::OutOfMemory();
+      return nullptr;
     if (_block)
       _block->Release();
     _block = block;
     _used = 0;
-    return {};
+    return block;
   }
 
   StringBlock* _block = nullptr;

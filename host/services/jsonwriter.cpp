@@ -52,7 +52,7 @@ public:
     const std::string_view text(_block.Get()->GetBytes(), _used);
     if (_used < GetCapacity() / 2)
       return String::Create(text);
-    return String(_block.Get(), text.data(), static_cast<Int>(_used));
+    return String(_block.Get(), _block.Get()->GetBytes(), static_cast<Int>(_used));
   }
 
 private:
@@ -110,7 +110,7 @@ size_t GetCharacterLength(std::string_view text) noexcept
 {
   const unsigned char first = static_cast<unsigned char>(text[0]);
   const size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  return length <= text.size() && simdjson::validate_utf8(text.data(), length) ? length : 0;
+  return length <= text.size() && simdjson::validate_utf8(text.substr(0, length)) ? length : 0;
 }
 
 class JsonWriter

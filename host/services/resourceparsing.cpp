@@ -119,7 +119,7 @@ bool HasId(const std::vector<ParameterDescription>& parameters, Int32 id)
 
 std::string ParseTexts(std::string_view text, std::map<Int32, std::string>& texts)
 {
-  const std::string broken = ReadLines(text, [&](std::string_view line) { return ReadText(line, texts); });
+  std::string broken = ReadLines(text, [&](std::string_view line) { return ReadText(line, texts); });
   if (!broken.empty())
     return broken;
   for (Int32 number = kFirstText; number <= kLastText; ++number)
@@ -144,7 +144,7 @@ std::string ParseDescription(std::string_view text, std::vector<ParameterDescrip
     parameter.group = group;
     if (group.empty())
       return "a parameter stands in a group";
-    const std::string broken = ReadParameter(line, parameter);
+    std::string broken = ReadParameter(line, parameter);
     if (!broken.empty())
       return broken;
     if (HasId(parameters, parameter.id))
@@ -152,7 +152,7 @@ std::string ParseDescription(std::string_view text, std::vector<ParameterDescrip
     parameters.push_back(std::move(parameter));
     return "";
   };
-  const std::string broken = ReadLines(text, read);
+  std::string broken = ReadLines(text, read);
   return broken.empty() && parameters.empty() ? "it describes no parameter" : broken;
 }
 

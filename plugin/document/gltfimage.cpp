@@ -83,7 +83,7 @@ Result<void> GltfImage::LoadImageData(const Url& assetFolderUrl) noexcept
     return IsBase64() ? DecodeDataUri() : ReadSideFile(assetFolderUrl);
   // The check quotes the operation, whose result is unwrapped first.
   ASSIGN_OR_RETURN(const String extension, this->GetImageExtension());
-  const auto GetImageExtension = [&extension]() noexcept { return extension; };
+  const auto GetImageExtension = [&extension]() noexcept -> const String& { return extension; };
   CHECK_STATE(_data.IsEmpty() || GetImageExtension().IsPopulated());
   return {};
 }
