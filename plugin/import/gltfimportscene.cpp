@@ -85,7 +85,7 @@ Result<void> GltfImporter::CreateDocumentMaterial(Int gltfMatIdx, const GltfMate
     ASSIGN_OR_RETURN(created, MakeMaterial(gltfMatIdx, gltfMaterial, log));
   }
   HostMaterial* const material = created ? created.get() : *place;
-  if (!material->SetName(gltfMaterial.name))
+  if (!material || !material->SetName(gltfMaterial.name))
     return Error::OutOfMemory();
   if (created)
     _doc->InsertMaterial(created.release());

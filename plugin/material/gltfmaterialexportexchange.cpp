@@ -172,6 +172,8 @@ Result<void> MaterialDescriptor::EncodeTextures(const HostMaterialExchangeData& 
     ASSIGN_OR_RETURN(encoding.imageKey.first, ToDecimal(sessions->GetHash(buffer)));
     RETURN_IF_ERROR(encodings.Append(std::move(encoding)));
   }
+  if (!sessions)
+    return {};  // and no texture that would need one
   const auto isMadeElsewhere = [&](const Encoding& encoding)
   {
     const Int32* const index = _dupdetect->FindImage(encoding.imageKey);
