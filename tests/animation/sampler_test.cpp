@@ -27,9 +27,11 @@ public:
   SamplerFile(const std::vector<float>& times, const std::vector<float>& values, const std::string& interpolation,
               const std::string& type = "SCALAR")
   {
-    Bytes bytes((times.size() + values.size()) * 4);
-    std::memcpy(bytes.data(), times.data(), times.size() * 4);
-    std::memcpy(bytes.data() + times.size() * 4, values.data(), values.size() * 4);
+    std::vector<float> floats = times;
+    floats.insert(floats.end(), values.begin(), values.end());
+    Bytes bytes(floats.size() * 4);
+    if (!floats.empty())
+      std::memcpy(bytes.data(), floats.data(), bytes.size());
     const std::string all = std::to_string(bytes.size());
     const std::string start = std::to_string(times.size() * 4);
     const std::string count = std::to_string(values.size() / GltfJson::CountComponents(type));
