@@ -345,7 +345,12 @@ TEST_P(SettledMessages, AreInTheModuleOnceBuilt)
 {
   ASSERT_FALSE(ModuleBytes().empty());
   const Bool found = ModuleBytes().find(WholeText(GetParam())) != std::string::npos;
+#ifdef __OPTIMIZE__
+  // A check that the optimiser sees never to fail goes, and its text with it.
+  EXPECT_FALSE(found && GetParam().status == kPending) << WholeText(GetParam());
+#else
   EXPECT_EQ(found, GetParam().status == kBuilt) << WholeText(GetParam());
+#endif
 }
 
 std::string RowName(const testing::TestParamInfo<SettledMessage>& row)
