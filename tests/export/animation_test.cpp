@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/export/savedfile.h"
+#include "tests/support/savedfile.h"
 #include "tests/support/rowname.h"
 
 namespace q7z::test

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "framework/vector.h"
-#include "tests/export/savedfile.h"
+#include "tests/support/savedfile.h"
 
 namespace q7z::test
 {

@@ -11,8 +11,7 @@
 #include "plugin/module/hostfile.h"
 #include "plugin/module/hostservices.h"
 #include "tests/export/preprocessorfixture.h"
-#include "tests/export/savedfile.h"
-#include "tests/export/savefolder.h"
+#include "tests/support/savedfile.h"
 
 namespace q7z::test
 {

@@ -7,9 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "plugin/module/hostobject.h"
-#include "tests/export/savedfile.h"
-#include "tests/export/savefolder.h"
 #include "tests/support/failingmemory.h"
+#include "tests/support/savedfile.h"
 
 using namespace std::string_literals;
 
@@ -155,11 +154,8 @@ Cost MeasureSave(const LargeCase& row, Int count)
   tables.hierarchy = &hierarchy;
   tables.transform = &transforms;
   const SaveFolder folder;
-  SaveRequest request;
-  request.path = folder.File();
-  request.parameters = {{kFileFormatParameter, kGlbFormat}};
   StopFailingAllocations();
-  EXPECT_EQ(host.Host().Save(request, host.Scene()).error, "");
+  EXPECT_EQ(folder.Save(host, host.Scene(), {{kFileFormatParameter, kGlbFormat}}).error, "");
   Cost cost;
   cost.allocations = CountAllocations();
   cost.hierarchyCalls = hierarchy.GetCount();
@@ -233,10 +229,7 @@ std::string SaveWithThreads(int threads, Int32 format, const std::string& scene)
   TestHost host(threads);
   const HeadlessOwner<HeadlessDocument> document = ReadScene(scene);
   const SaveFolder folder;
-  SaveRequest request;
-  request.path = folder.File();
-  request.parameters = {{kFileFormatParameter, format}, {kBakeAnimationParameter, true}};
-  EXPECT_EQ(host.Host().Save(request, *document).error, "");
+  EXPECT_EQ(folder.Save(host, *document, {{kFileFormatParameter, format}, {kBakeAnimationParameter, true}}).error, "");
   return folder.TakeBytes();
 }
 

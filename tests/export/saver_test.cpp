@@ -10,7 +10,7 @@
 
 #include "plugin/export/gltfexport.h"
 #include "plugin/export/gltfexportparameters.h"
-#include "tests/export/savedfile.h"
+#include "tests/support/savedfile.h"
 #include "tests/support/rowname.h"
 
 namespace q7z::test

@@ -140,7 +140,7 @@ TEST_F(NodeMaterials, OfAnotherSpaceArePlain)
 {
   std::string text = TrianglesWith({kNode});
   text.insert(1, R"("nodeSpace": "net.another.space", )");
-  ASSERT_EQ(Save(*ReadSceneText(text)), "");
+  ASSERT_EQ(Save(*ReadScene(text)), "");
   EXPECT_EQ(_exchange.callCount, 0);
   EXPECT_EQ(At("materials/0/pbrMetallicRoughness"),
             R"({"baseColorFactor":[1.0,1.0,1.0,1.0],"metallicFactor":1.0,"roughnessFactor":1.0})");

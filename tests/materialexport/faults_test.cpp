@@ -127,7 +127,7 @@ class MaterialMemory : public MaterialFaults, public testing::WithParamInterface
 TEST_P(MaterialMemory, RunsOutAtEveryRequest)
 {
   _host.Host().ReplaceService(HostJobs::kId, nullptr);  // workers ask for memory whenever they like
-  const HeadlessOwner<HeadlessDocument> document = ReadSceneText(TrianglesWith({WithTextures("color.png")}));
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(TrianglesWith({WithTextures("color.png")}));
   const HostTextureTag* const tag = FindTextureTag(ToHost(document.get())->GetFirstObject());
   int failures = 0;
   for (Int failAt = 1;; ++failAt)
@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(OneAndAllFollowing, MaterialMemory, testing::Values(Int
 
 TEST_F(MaterialFaults, ADescriptorChecksWhatItIsAskedFor)
 {
-  const HeadlessOwner<HeadlessDocument> document = ReadSceneText(TrianglesWith({""}));
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(TrianglesWith({""}));
   const HostTextureTag* const tag = FindTextureTag(ToHost(document.get())->GetFirstObject());
   MaterialDescriptor material;
   EXPECT_EQ(material.Export(tag, true, MaterialIndexMap(), nullptr, true, DataDictionary()).GetError().GetMessage(),

@@ -152,7 +152,7 @@ TEST_F(MaterialImages, OfAnUnwrittenMaterialAreNotMade)
   // Both triangles have the first material.
   std::string text = TrianglesWith({ColorOf("color.jpg"), ColorOf("alpha.png")});
   text.replace(text.find(R"("material": 11)"), 14, R"("material": 10)");
-  const HeadlessOwner<HeadlessDocument> document = ReadSceneText(text);
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(text);
   ASSERT_EQ(Save(*document), "");
   EXPECT_EQ(Count("materials"), 1);
   EXPECT_EQ(At("meshes/0/primitives/0/material"), "0");
@@ -170,7 +170,7 @@ class MaterialTags : public MaterialExportTest
 protected:
   std::string SaveObjects(const std::string& objects)
   {
-    const HeadlessOwner<HeadlessDocument> document = ReadSceneText(
+    const HeadlessOwner<HeadlessDocument> document = ReadScene(
       R"({"format": "q7z scene", "version": 1, "materials": [{"id": 1, "type": 5703, "name": "one"},
           {"id": 2, "type": 5703, "name": "two"}], "objects": [)" +
       objects + "]}");
@@ -217,7 +217,7 @@ TEST_F(MaterialTags, OfTheObjectComeBeforeThoseOfParents)
 
 TEST_F(MaterialTags, OfAForeignMaterialGiveNone)
 {
-  const HeadlessOwner<HeadlessDocument> document = ReadSceneText(TrianglesWith({""}));
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(TrianglesWith({""}));
   HeadlessMaterial* const foreign = HeadlessMaterial::Create(5704);
   document->InsertMaterial(foreign);
   static_cast<HostTextureTag*>(ToHost(document.get())->GetFirstObject()->GetTag(5616))->SetMaterial(ToHost(foreign));

@@ -1,48 +1,10 @@
 #include "tests/materialexport/materialfixture.h"
 
-#include <unistd.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-
-#include "host/scenefile/scenefile.h"
-#include "host/services/base64.h"
-#include "host/services/headlessjson.h"
-
 namespace q7z::test
 {
 
-namespace
+MaterialExportTest::MaterialExportTest()
 {
-
-std::string ReadBytes(const std::string& path)
-{
-  std::ifstream stream(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
-Data ParseJson(std::string_view text)
-{
-  HeadlessJson json;
-  BaseArray<Byte> bytes;
-  if (bytes.AppendCopies(reinterpret_cast<const Byte*>(text.data()), static_cast<Int>(text.size())).HasError())
-    throw std::bad_alloc();
-  Result<BaseArray<Data>> parsed = json.ParseBytes(std::move(bytes));
-  if (parsed.HasError())
-    throw std::runtime_error("the file is no JSON: " + std::string(parsed.GetError().GetMessage().GetView()));
-  return parsed.GetValue()[0];
-}
-
-}  // namespace
-
-MaterialExportTest::MaterialExportTest() : _folder("/tmp/q7z-material-XXXXXX")
-{
-  if (!mkdtemp(_folder.data()))
-    throw std::runtime_error("no temporary folder");
   _host.Host().GetTables().bitmap = &_bitmaps;
   _host.Host().ReplaceService(HostMediaSessions::kId, static_cast<HostMediaSessions*>(&_sessions));
   _host.Host().ReplaceService(HostMaterialExport::kId, static_cast<HostMaterialExport*>(&_exchange));
@@ -50,17 +12,7 @@ MaterialExportTest::MaterialExportTest() : _folder("/tmp/q7z-material-XXXXXX")
 
 MaterialExportTest::~MaterialExportTest()
 {
-  std::error_code error;
-  std::filesystem::remove_all(_folder, error);
   EXPECT_EQ(_bitmaps.liveCount, 0) << "bitmaps were left over";
-}
-
-HeadlessOwner<HeadlessDocument> ReadSceneText(std::string_view text)
-{
-  Result<HeadlessOwner<HeadlessDocument>> read = ReadSceneDocument(text, "");
-  if (read.HasError())
-    throw std::runtime_error("no scene document: " + std::string(read.GetError().GetMessage().GetView()));
-  return std::move(read.GetValue());
 }
 
 std::string Channel(int number, std::string_view file)
@@ -88,92 +40,30 @@ std::string TrianglesWith(const std::vector<std::string>& materials)
 
 std::string MaterialExportTest::Save(const std::vector<std::string>& materials)
 {
-  return Save(*ReadSceneText(TrianglesWith(materials)));
+  return Save(*ReadScene(TrianglesWith(materials)));
 }
 
 std::string MaterialExportTest::Save(HeadlessDocument& document)
 {
-  SaveRequest request;
-  request.path = _folder + "/saved";
-  request.parameters = _parameters;
-  std::filesystem::remove(request.path);
-  const SaveReport report = _host.Host().Save(request, document);
+  const SaveReport report = _folder.Save(_host, document, _parameters);
   _status = report.returnValue;
-  _root = Data();
-  if (!report.Succeeded())
-    return report.error;
-  const std::string bytes = ReadBytes(request.path);
-  if (!bytes.starts_with("glTF"))
-  {
-    _root = ParseJson(bytes);
-    return "";
-  }
-  uint32_t jsonLength = 0;
-  std::memcpy(&jsonLength, bytes.data() + 12, 4);
-  _root = ParseJson(std::string_view(bytes).substr(20, jsonLength));
-  _binary = bytes.size() > 28 + jsonLength ? bytes.substr(28 + jsonLength) : "";
-  return "";
-}
-
-const Data* MaterialExportTest::Find(std::string_view path) const
-{
-  const Data* value = &_root;
-  while (value && !path.empty())
-  {
-    const std::string_view name = path.substr(0, path.find('/'));
-    path.remove_prefix(std::min(path.size(), name.size() + 1));
-    if (value->GetKind() == DataKind::kArray)
-    {
-      const DataArrayView elements = value->GetArray().GetValue();
-      const Int index = std::atoi(std::string(name).c_str());
-      value = index < elements.GetCount() ? &elements[index] : nullptr;
-    }
-    else if (value->GetKind() == DataKind::kDictionary)
-    {
-      const DataDictionary dictionary = value->GetDictionary().GetValue();  // the root holds on to what is found
-      value = dictionary.Find(DataKey(String(name.data(), static_cast<Int>(name.size()))));
-    }
-    else
-      value = nullptr;
-  }
-  return value;
-}
-
-std::string MaterialExportTest::At(std::string_view path) const
-{
-  const Data* const value = Find(path);
-  if (!value)
-    return "-";
-  const Result<String> text = WriteJson(*value, false);
-  return text.HasError() ? "(not written)" : std::string(text.GetValue().GetView());
-}
-
-int MaterialExportTest::Count(std::string_view name) const
-{
-  const Data* const value = Find(name);
-  return value ? static_cast<int>(value->GetArray().GetValue().GetCount()) : 0;
+  const std::string bytes = _folder.TakeBytes();
+  _content = report.Succeeded() ? SavedContent(bytes) : SavedContent();
+  return report.error;
 }
 
 std::string MaterialExportTest::Image(int index) const
 {
   const std::string image = "images/" + std::to_string(index) + "/";
-  if (const Data* const uri = Find(image + "uri"))
+  const std::string uri = _content.TextAt(image + "uri");
+  if (uri.empty())
   {
-    const String text = uri->GetString().GetValue();
-    const Int comma = text.FindFirst(',');
-    HeadlessBase64Decoder decoder;
-    const BaseArray<Byte> bytes = decoder.Decode(text.GetPart(comma + 1, text.GetByteCount())).GetValue();
-    const std::string content(reinterpret_cast<const char*>(bytes.begin()), static_cast<size_t>(bytes.GetCount()));
-    const std::string prefix(text.GetPart(0, comma + 1).GetView());
-    const bool fits = prefix == (content.starts_with("png") ? "data:image/png;base64," : "data:image/jpeg;base64,");
-    return fits ? content : "(" + prefix + ")";
+    const Int view = _content.IntAt(image + "bufferView", -1);
+    return view < 0 ? "-" : _content.View(view);
   }
-  const Data* const view = Find(image + "bufferView");
-  if (!view)
-    return "-";
-  const std::string place = "bufferViews/" + std::to_string(view->GetInt().GetValue()) + "/";
-  const size_t offset = static_cast<size_t>(Find(place + "byteOffset")->GetInt().GetValue());
-  return _binary.substr(offset, static_cast<size_t>(Find(place + "byteLength")->GetInt().GetValue()));
+  const std::string content = DecodeUri(uri);
+  const bool fits = uri.starts_with(content.starts_with("png") ? "data:image/png;base64," : "data:image/jpeg;base64,");
+  return fits ? content : "(" + uri.substr(0, uri.find(',')) + ")";
 }
 
 }  // namespace q7z::test

@@ -12,10 +12,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "framework/data.h"
-#include "plugin/document/gltfexportoptions.h"
 #include "tests/materialexport/imaging.h"
-#include "tests/support/testhost.h"
+#include "tests/support/savedfile.h"
 
 namespace q7z::test
 {
@@ -32,32 +30,25 @@ protected:
   /// Saves a document.
   std::string Save(HeadlessDocument& document);
 
-  /// A member as compact JSON, such as "materials/0/name"; "-" for what is not there.
-  std::string At(std::string_view path) const;
+  std::string At(const std::string& path) const { return _content.At(path); }
   /// "png 1x1 255,0,0": the bytes of an image in the file, wherever they are.
   std::string Image(int index) const;
-  /// How many elements a top-level array has.
-  int Count(std::string_view name) const;
+  int Count(const std::string& path) const { return _content.Count(path); }
 
   TestHost _host;
   FakeBitmaps _bitmaps;
   FakeSessions _sessions;
   FakeExchange _exchange;
-  std::vector<std::pair<int, HostValue>> _parameters;  // of the saver
+  Parameters _parameters;  // of the saver
   Int32 _status = 0;
 
 private:
-  const Data* Find(std::string_view path) const;
-  Data _root;
-  std::string _binary;
-  std::string _folder;
+  SaveFolder _folder;
+  SavedContent _content;
 };
 
 /// A scene document of triangles with these materials.
 std::string TrianglesWith(const std::vector<std::string>& materials);
-
-/// Reads a scene document; throws with the reader's message when that fails.
-HeadlessOwner<HeadlessDocument> ReadSceneText(std::string_view text);
 
 /// A channel that is on: "\"0\": {"on": true}", with the shader of a file when one is given.
 std::string Channel(int number, std::string_view file = "");

@@ -1,4 +1,4 @@
-#include "tests/export/savedfile.h"
+#include "tests/support/savedfile.h"
 
 #include <unistd.h>
 
@@ -34,12 +34,6 @@ public:
   }
   std::string text;
 };
-
-std::string ReadBytes(const std::string& path)
-{
-  std::ifstream stream(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(stream), {});
-}
 
 uint32_t WordAt(std::string_view bytes, size_t offset)
 {
@@ -130,37 +124,55 @@ std::string WriteScene(const HeadlessDocument& document)
   return sink.text;
 }
 
-SavedFile::SavedFile(std::string_view scene, const Parameters& parameters) : _folder("/tmp/q7z-save-XXXXXX")
+SaveFolder::SaveFolder() : _path("/tmp/q7z-save-XXXXXX")
 {
-  const bool isGlb =
-    std::any_of(parameters.begin(), parameters.end(), [](const auto& entry) { return entry.second == HostValue(kGlbFormat); });
-  if (!mkdtemp(_folder.data()))
+  if (!mkdtemp(_path.data()))
     throw std::runtime_error("no temporary folder");
-  _path = _folder + (isGlb ? "/saved.glb" : "/saved.gltf");
-  const HeadlessOwner<HeadlessDocument> document = ReadScene(scene);
-  const std::string before = WriteScene(*document);
+}
+
+SaveFolder::~SaveFolder()
+{
+  std::error_code error;
+  std::filesystem::remove_all(_path, error);
+}
+
+SaveReport SaveFolder::Save(TestHost& host, HeadlessDocument& document, const Parameters& parameters) const
+{
   SaveRequest request;
-  request.path = _path;
+  request.path = File();
   request.parameters = parameters;
-  _report = _host.Host().Save(request, *document);
-  if (WriteScene(*document) != before)
-    throw std::runtime_error("the save has changed the document");
-  _bytes = ReadBytes(_path);
-  if (!_report.Succeeded())
-    return;
+  return host.Host().Save(request, document);
+}
+
+bool SaveFolder::HasFile() const
+{
+  return std::filesystem::exists(File());
+}
+
+bool SaveFolder::HasAnythingElse() const
+{
+  const auto count = std::distance(std::filesystem::directory_iterator(_path), std::filesystem::directory_iterator());
+  return count > (HasFile() ? 1 : 0);
+}
+
+std::string SaveFolder::TakeBytes() const
+{
+  std::ifstream stream(File(), std::ios::binary);
+  std::string bytes(std::istreambuf_iterator<char>(stream), {});
+  std::filesystem::remove(File());
+  return bytes;
+}
+
+SavedContent::SavedContent(std::string bytes) : _bytes(std::move(bytes))
+{
+  const bool isGlb = _bytes.starts_with("glTF");
   const size_t jsonLength = isGlb ? WordAt(_bytes, 12) : _bytes.size();
   _root = ParseJson(std::string_view(_bytes).substr(isGlb ? 20 : 0, jsonLength));
   if (isGlb && _bytes.size() > 28 + jsonLength)
     _binary = _bytes.substr(28 + jsonLength);
 }
 
-SavedFile::~SavedFile()
-{
-  std::error_code error;
-  std::filesystem::remove_all(_folder, error);
-}
-
-const Data* SavedFile::Find(std::string_view path) const
+const Data* SavedContent::Find(std::string_view path) const
 {
   const Data* value = &_root;
   while (value && !path.empty())
@@ -184,13 +196,7 @@ const Data* SavedFile::Find(std::string_view path) const
   return value;
 }
 
-Int SavedFile::GetInt(const std::string& path, Int missing) const
-{
-  const Data* const value = Find(path);
-  return value ? value->GetInt().GetValue() : missing;
-}
-
-std::string SavedFile::At(const std::string& path) const
+std::string SavedContent::At(const std::string& path) const
 {
   if (path.starts_with("accessor "))
     return Numbers(std::atoi(path.c_str() + 9));
@@ -199,50 +205,89 @@ std::string SavedFile::At(const std::string& path) const
     const size_t space = path.rfind(' ');
     const std::string name = path.substr(space + 1);
     const std::string primitive = "meshes/" + path.substr(5, space - 5) + "/primitives/0/";
-    return Numbers(GetInt(primitive + (name == "indices" ? name : "attributes/" + name), -1));
+    return Numbers(IntAt(primitive + (name == "indices" ? name : "attributes/" + name), -1));
   }
   const Data* const value = Find(path);
   return value ? ToText(*value) : "-";
 }
 
-std::string SavedFile::BufferBytes(Int buffer) const
+std::string SavedContent::TextAt(const std::string& path) const
 {
-  const Data* const uri = Find("buffers/" + std::to_string(buffer) + "/uri");
-  if (!uri)
-    return _binary;
-  const String text = uri->GetString().GetValue();
-  const Int start = text.FindLast(',') + 1;
-  HeadlessBase64Decoder decoder;
-  const Result<BaseArray<Byte>> bytes = decoder.Decode(text.GetPart(start, text.GetByteCount()));
-  if (bytes.HasError())
-    throw std::runtime_error("a buffer is not in base64");
-  return std::string(reinterpret_cast<const char*>(bytes.GetValue().begin()), static_cast<size_t>(bytes.GetValue().GetCount()));
+  const Data* const value = Find(path);
+  return value ? std::string(value->GetString().GetValue().GetView()) : "";
 }
 
-std::string SavedFile::Numbers(Int accessor) const
+Int SavedContent::IntAt(const std::string& path, Int missing) const
+{
+  const Data* const value = Find(path);
+  return value ? value->GetInt().GetValue() : missing;
+}
+
+int SavedContent::Count(const std::string& path) const
+{
+  const Data* const value = Find(path);
+  return value ? static_cast<int>(value->GetArray().GetValue().GetCount()) : 0;
+}
+
+std::string SavedContent::View(Int view) const
+{
+  const std::string base = "bufferViews/" + std::to_string(view) + "/";
+  const std::string uri = TextAt("buffers/" + std::to_string(IntAt(base + "buffer", -1)) + "/uri");
+  const std::string buffer = uri.empty() ? _binary : DecodeUri(uri);
+  const Int offset = IntAt(base + "byteOffset", 0);
+  const Int length = IntAt(base + "byteLength", 0);
+  if (offset + length > static_cast<Int>(buffer.size()))
+    throw std::runtime_error("a buffer view goes beyond its buffer");
+  return buffer.substr(static_cast<size_t>(offset), static_cast<size_t>(length));
+}
+
+std::string SavedContent::Numbers(Int accessor) const
 {
   const std::string base = "accessors/" + std::to_string(accessor) + "/";
   if (accessor < 0 || !Find(base + "type"))
     return "-";
-  const std::string view = "bufferViews/" + std::to_string(GetInt(base + "bufferView", -1)) + "/";
-  const std::string bytes = BufferBytes(GetInt(view + "buffer", -1));
-  const Int componentType = GetInt(base + "componentType", 0);
+  const Int view = IntAt(base + "bufferView", -1);
+  const std::string bytes = View(view);
+  const Int componentType = IntAt(base + "componentType", 0);
   const Int size = componentType == kUnsignedShort ? 2 : 4;
   const Int count = ComponentCount(At(base + "type"));
-  const Int stride = GetInt(view + "byteStride", size * count);
-  const Int start = GetInt(view + "byteOffset", 0) + GetInt(base + "byteOffset", 0);
+  const Int stride = IntAt("bufferViews/" + std::to_string(view) + "/byteStride", size * count);
+  const Int start = IntAt(base + "byteOffset", 0);
   std::string text;
-  for (Int i = 0; i < GetInt(base + "count", 0); ++i)
+  for (Int i = 0; i < IntAt(base + "count", 0); ++i)
   {
     for (Int component = 0; component < count; ++component)
     {
       const size_t offset = static_cast<size_t>(start + i * stride + component * size);
       if (offset + static_cast<size_t>(size) > bytes.size())
-        return "(beyond the buffer)";
+        return "(beyond the buffer view)";
       text += (text.empty() ? "" : " ") + FormatNumber(LoadNumber(bytes.data() + offset, componentType));
     }
   }
   return text;
+}
+
+std::string DecodeUri(std::string_view uri)
+{
+  const std::string_view text = uri.substr(uri.find(',') + 1);
+  HeadlessBase64Decoder decoder;
+  const Result<BaseArray<Byte>> bytes = decoder.Decode(String(text.data(), static_cast<Int>(text.size())));
+  if (bytes.HasError())
+    throw std::runtime_error("a URI is not in base64");
+  return std::string(reinterpret_cast<const char*>(bytes.GetValue().begin()), static_cast<size_t>(bytes.GetValue().GetCount()));
+}
+
+SavedFile::SavedFile(std::string_view scene, const Parameters& parameters)
+{
+  const SaveFolder folder;
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(scene);
+  const std::string before = WriteScene(*document);
+  _report = folder.Save(_host, *document, parameters);
+  _hasFile = folder.HasFile();
+  if (WriteScene(*document) != before)
+    throw std::runtime_error("the save has changed the document");
+  if (_report.Succeeded())
+    static_cast<SavedContent&>(*this) = SavedContent(folder.TakeBytes());
 }
 
 bool IsNear(std::string_view actual, std::string_view expected)
