@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/document/documenthost.h"
+#include "tests/document/documentload.h"
 #include "tests/support/failingmemory.h"
 #include "tests/support/rowname.h"
 
@@ -30,41 +30,13 @@ constexpr const char* kJson = R"({"buffers":[{"byteLength":8 }] })";
 
 }  // namespace
 
-/// Whether the first bytes of a file are accepted as a GLB header.
-struct HeaderRow
-{
-  const char* name;
-  Bytes probe;
-  Bool accepted;
-};
-
-class GlbHeader : public testing::TestWithParam<HeaderRow>
-{};
-
-TEST_P(GlbHeader, IsRecognised)
-{
-  const Bytes exact(GetParam().probe);  // a block of exactly that size
-  EXPECT_EQ(IsGlbHeader(exact.data(), static_cast<Int32>(exact.size())), GetParam().accepted);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, GlbHeader,
-                         testing::Values(HeaderRow{"Smallest", {'g', 'l', 'T', 'F', 2, 0, 0, 0, 13, 0, 0, 0}, true},
-                                         HeaderRow{"Large", {'g', 'l', 'T', 'F', 2, 0, 0, 0, 0, 0, 0, 0xff, 1}, true},
-                                         HeaderRow{"LengthOfTheHeader", {'g', 'l', 'T', 'F', 2, 0, 0, 0, 12, 0, 0, 0}, false},
-                                         HeaderRow{"VersionOne", {'g', 'l', 'T', 'F', 1, 0, 0, 0, 13, 0, 0, 0}, false},
-                                         HeaderRow{"VersionThree", {'g', 'l', 'T', 'F', 3, 0, 0, 0, 13, 0, 0, 0}, false},
-                                         HeaderRow{"OtherMagic", {'G', 'L', 'T', 'F', 2, 0, 0, 0, 13, 0, 0, 0}, false},
-                                         HeaderRow{"OneByteShort", {'g', 'l', 'T', 'F', 2, 0, 0, 0, 13, 0, 0}, false},
-                                         HeaderRow{"Empty", {}, false}),
-                         RowName());
-
 /// The bytes behind the header, and what the load says or the first buffer holds.
 struct WalkRow
 {
   const char* name;
   GlbBuilder file;
   const char* message;
-  Bytes buffer;
+  Bytes buffer = {};
 };
 
 class GlbWalk : public testing::TestWithParam<WalkRow>
@@ -72,79 +44,47 @@ class GlbWalk : public testing::TestWithParam<WalkRow>
 
 TEST_P(GlbWalk, GivesTheBufferOrAMessage)
 {
-  DocumentHost host;
-  DocumentLoad load = DocumentLoad::Glb();
-  EXPECT_EQ(load.RunBytes(host, GetParam().file.File()), GetParam().message);
-  EXPECT_EQ(host.files.liveFiles, 0);
+  DocumentLoad load;
+  EXPECT_THAT(load.RunGlb(GetParam().file.File()), testing::StartsWith(GetParam().message));
   if (const GltfBuffer* const buffer = load.GetData().buffers.Find(0))
     EXPECT_THAT(ToVector(buffer->GetBytes()), ElementsAreArray(GetParam().buffer));
   else
     EXPECT_NE(*GetParam().message, '\0');
 }
 
-INSTANTIATE_TEST_SUITE_P(
-  Rows, GlbWalk,
-  testing::
-    Values(WalkRow{"JsonAndBin", GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5, 6, 7, 8}), "", {1, 2, 3, 4, 5, 6, 7, 8}},
-           WalkRow{"JsonAlone", GlbBuilder().Json(kJson), "", {}}, WalkRow{"EmptyBin", GlbBuilder().Json(kJson).Bin({}), "", {}},
-           WalkRow{"TwoBins", GlbBuilder().Json(kJson).Bin({1, 2, 3, 4}).Bin({5, 6, 7, 8}), "", {1, 2, 3, 4, 5, 6, 7, 8}},
-           WalkRow{"ManyBins",
-                   GlbBuilder().Json(kJson).Bin({1, 2, 3, 4}).Bin({}).Bin({5, 6, 7, 8}).Bin({9, 9, 9, 9}).Bin({8, 8, 8, 8}),
-                   "",
-                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 9, 9, 9, 8, 8, 8, 8}},
-           WalkRow{"UnknownBetweenBins",
-                   GlbBuilder()
-                     .Json(kJson)
-                     .Chunk(kUnknownChunk, {9, 9, 9, 9})
-                     .Bin({1, 2, 3, 4})
-                     .Chunk(kUnknownChunk, {8, 8, 8, 8})
-                     .Bin({5, 6, 7, 8}),
-                   "",
-                   {1, 2, 3, 4, 5, 6, 7, 8}},
-           // The padding is the remainder of the length by four: one byte for five, three for seven.
-           WalkRow{"LengthOfFive",
-                   GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5}).Raw({99}).Bin({6, 7, 8, 9}),
-                   "",
-                   {1, 2, 3, 4, 5, 6, 7, 8, 9}},
-           WalkRow{"LengthOfSix",
-                   GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5, 6}).Raw({99, 99}).Bin({7, 8, 9, 9}),
-                   "",
-                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 9}},
-           WalkRow{"LengthOfSeven",
-                   GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5, 6, 7}).Raw({99, 99, 99}).Bin({8, 9, 9, 9}),
-                   "",
-                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 9, 9}},
-           WalkRow{"UnpaddedAtTheEnd",
-                   GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5, 6, 7, 8, 9}),
-                   "",
-                   {1, 2, 3, 4, 5, 6, 7, 8, 9}},
-           WalkRow{"UnknownOfLengthFive",
-                   GlbBuilder().Json(kJson).Chunk(kUnknownChunk, {9, 9, 9, 9, 9}).Raw({99}).Bin({1, 2, 3, 4}),
-                   "",
-                   {1, 2, 3, 4}},
-           WalkRow{"UnpaddedJson", GlbBuilder().Json(std::string(kJson) + " ").Raw({99}).Bin({1, 2, 3, 4}), "", {1, 2, 3, 4}},
-           WalkRow{"OverLongUnknown",
-                   GlbBuilder().Json(kJson).Bin({1, 2, 3, 4}).ChunkOfLength(kUnknownChunk, 0xffffffff, {9}),
-                   "",
-                   {1, 2, 3, 4}},
-           WalkRow{"NoChunk", GlbBuilder(), kNothing, {}}, WalkRow{"EmptyObject", GlbBuilder().Json("{}  "), kNothing, {}},
-           WalkRow{"SecondJson", GlbBuilder().Json(kJson).Json(kJson), kWrongOrder, {}},
-           WalkRow{"BinFirst", GlbBuilder().Bin({1, 2, 3, 4}).Json(kJson), kWrongOrder, {}},
-           WalkRow{"UnknownFirst", GlbBuilder().Chunk(kUnknownChunk, {}).Json(kJson), kWrongOrder, {}},
-           WalkRow{"NoJson", GlbBuilder().Json("{]  "), "no JSON", {}},
-           // The walk ends with the parse error before it meets the wrong chunk behind.
-           WalkRow{"NoJsonThenJson", GlbBuilder().Json("{]  ").Json(kJson), "no JSON", {}},
-           WalkRow{"EmptyJson", GlbBuilder().Json(""), "no JSON", {}},
-           WalkRow{"OverLongJson", GlbBuilder().ChunkOfLength(GlbBuilder::kJson, 0xffffffff, ToBytes(kJson)), kNoData, {}},
-           WalkRow{"OverLongBin", GlbBuilder().Json(kJson).ChunkOfLength(GlbBuilder::kBin, 0xffffffff, {1}), kNoData, {}},
-           WalkRow{"BinOneTooLong", GlbBuilder().Json(kJson).ChunkOfLength(GlbBuilder::kBin, 5, {1, 2, 3, 4}), kNoData, {}}),
-  RowName());
+GlbBuilder File()
+{
+  return GlbBuilder().Json(kJson);
+}
+
+const WalkRow kWalks[] = {
+  {"JsonAlone", File(), ""},
+  {"EmptyBin", File().Bin({}), ""},
+  {"ManyBins", File().Bin({1, 2}).Raw({99, 99}).Bin({}).Bin({3, 4, 5, 6}).Bin({7}), "", {1, 2, 3, 4, 5, 6, 7}},
+  {"UnknownBetweenBins", File().Chunk(kUnknownChunk, {9, 9, 9, 9}).Bin({1, 2, 3, 4}), "", {1, 2, 3, 4}},
+  // The padding is the remainder of the length by four: one byte for five, three for seven.
+  {"LengthOfFive", File().Bin({1, 2, 3, 4, 5}).Raw({99}).Bin({6, 7, 8, 9}), "", {1, 2, 3, 4, 5, 6, 7, 8, 9}},
+  {"LengthOfSeven", File().Bin({1, 2, 3, 4, 5, 6, 7}).Raw({99, 99, 99}).Bin({8}), "", {1, 2, 3, 4, 5, 6, 7, 8}},
+  {"UnknownOfLengthFive", File().Chunk(kUnknownChunk, {9, 9, 9, 9, 9}).Raw({99}).Bin({1, 2, 3, 4}), "", {1, 2, 3, 4}},
+  {"UnpaddedJson", GlbBuilder().Json(std::string(kJson) + " ").Raw({99}).Bin({1, 2, 3, 4}), "", {1, 2, 3, 4}},
+  {"OverLongUnknown", File().Bin({1, 2, 3, 4}).ChunkOfLength(kUnknownChunk, 0xffffffff, {9}), "", {1, 2, 3, 4}},
+  {"NoChunk", GlbBuilder(), kNothing},
+  {"EmptyObject", GlbBuilder().Json("{}  "), kNothing},
+  {"SecondJson", File().Json(kJson), kWrongOrder},
+  {"BinFirst", GlbBuilder().Bin({1, 2, 3, 4}).Json(kJson), kWrongOrder},
+  {"UnknownFirst", GlbBuilder().Chunk(kUnknownChunk, {}).Json(kJson), kWrongOrder},
+  // The walk ends with the parse error before it meets the wrong chunk behind.
+  {"NoJsonThenJson", GlbBuilder().Json("{]  ").Json(kJson), "The JSON text is broken: "},
+  {"EmptyJson", GlbBuilder().Json(""), "The JSON text is broken: "},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, GlbWalk, testing::ValuesIn(kWalks), RowName());
 
 TEST(GlbWalk, TellsWhereTheFileWasCut)
 {
   // 12 bytes of header, 8 and 32 of the JSON chunk, 8 and 8 of the binary one.
-  const Bytes whole = GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5, 6, 7, 8}).File();
+  const Bytes whole = File().Bin({1, 2, 3, 4, 5, 6, 7, 8}).File();
   ASSERT_EQ(whole.size(), 68u);
+  DocumentLoad load;
   for (size_t size = 0; size <= whole.size(); ++size)
   {
     const char* const expected = size <= 12   ? kNothing
@@ -156,25 +96,20 @@ TEST(GlbWalk, TellsWhereTheFileWasCut)
                                  : size < 60  ? kNoType
                                  : size < 68  ? kNoData
                                               : "";
-    DocumentHost host;
-    DocumentLoad load = DocumentLoad::Glb();
-    EXPECT_EQ(load.RunBytes(host, Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))), expected) << size;
-    EXPECT_EQ(host.files.liveFiles, 0) << size;
+    EXPECT_EQ(load.RunGlb(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))), expected) << size;
   }
 }
 
 TEST(GlbWalk, MakesNoRoomForWhatAChunkMerelyClaims)
 {
-  for (const uint32_t type : {GlbBuilder::kJson, GlbBuilder::kBin})
+  const GlbBuilder files[] = {GlbBuilder().ChunkOfLength(GlbBuilder::kJson, 0x7ffffff0, ToBytes(kJson)),
+                              File().ChunkOfLength(GlbBuilder::kBin, 0x7ffffff0, {1}),
+                              File().ChunkOfLength(GlbBuilder::kBin, 5, {1, 2, 3, 4})};
+  for (const GlbBuilder& file : files)
   {
-    DocumentHost host;
-    DocumentLoad load = DocumentLoad::Glb();
-    GlbBuilder builder;
-    if (type == GlbBuilder::kBin)
-      builder.Json(kJson);
-    builder.ChunkOfLength(type, 0x7ffffff0, {1, 2, 3, 4});
+    DocumentLoad load;
     StopFailingAllocations();
-    EXPECT_EQ(load.RunBytes(host, builder.File()), kNoData);
+    EXPECT_EQ(load.RunGlb(file.File()), kNoData);
     EXPECT_LT(GetLargestAllocation(), 100000);
   }
 }
@@ -182,61 +117,43 @@ TEST(GlbWalk, MakesNoRoomForWhatAChunkMerelyClaims)
 TEST(GlbWalk, TakesOneBlockForOneBinaryChunk)
 {
   constexpr Int kChunkBytes = 1000000;
-  DocumentHost host;
-  DocumentLoad load = DocumentLoad::Glb();
-  host.files.contents["/models/a.glb"] = GlbBuilder().Json(kJson).Bin(Bytes(kChunkBytes, 7)).File();
-  EXPECT_EQ(load.Run(), "");
+  DocumentLoad load;
+  EXPECT_EQ(load.RunGlb(File().Bin(Bytes(kChunkBytes, 7)).File()), "");
   const BaseArray<Byte>& bytes = load.GetData().buffers.Find(0)->GetBytes();
   EXPECT_EQ(bytes.GetCount(), kChunkBytes);
   EXPECT_EQ(bytes.GetCapacity(), kChunkBytes);
   EXPECT_EQ(bytes[kChunkBytes - 1], 7);
 }
 
-TEST(GlbWalk, TellsFailuresOfTheFile)
+TEST(GlbWalk, TellsWhichCallOfTheFileFailed)
 {
-  const struct
+  const Bytes file = File().Bin({1, 2, 3, 4, 5}).Raw({99}).Chunk(kUnknownChunk, {9, 9, 9, 9}).File();
+  const char* const messages[] =
+    {"Out of memory. ",
+     "Illegal state: Condition glbFile->Open(glbFilename, FILEOPEN::READ, FILEDIALOG::IGNOREOPEN, BYTEORDER::V_INTEL) not "
+     "fulfilled. ",
+     "Illegal state: Condition glbFile->Seek(12) not fulfilled. ",
+     kNoLength,
+     kNoType,
+     kNoData,
+     kNoLength,
+     kNoType,
+     kNoData,
+     "Illegal state: Condition glbFile->Seek(chunkLength % 4) not fulfilled. ",
+     kNoLength,
+     kNoType,
+     "Illegal state: Condition glbFile->Seek(chunkLength) not fulfilled. ",
+     "",  // closing
+     ""};
+  DocumentLoad load;
+  load.files.failsShort = true;
+  for (const char* const message : messages)
   {
-    void (*fault)(DocumentHost& host);
-    const char* message;
-  } rows[] = {{[](DocumentHost& host) { host.files.refuseAlloc = true; }, "Out of memory. "},
-              {[](DocumentHost& host) { host.files.refuseOpen = true; },
-               "Illegal state: Condition glbFile->Open(glbFilename, FILEOPEN::READ, FILEDIALOG::IGNOREOPEN, BYTEORDER::V_INTEL) "
-               "not fulfilled. "},
-              {[](DocumentHost& host) { host.files.seeksUntilFailure = 0; },
-               "Illegal state: Condition glbFile->Seek(12) not fulfilled. "},
-              {[](DocumentHost& host) { host.files.failRead = true; }, kNoLength},
-              {[](DocumentHost& host) { host.files.longestRead = 4; }, kNoData},
-              {[](DocumentHost& host) { host.json.giveNothing = true; },
-               "Illegal state: Condition jsonArray.IsPopulated() not fulfilled. "},
-              {[](DocumentHost& host) { host.Withdraw<HostJson>(); }, "The host offers no JSON parser."}};
-  for (const auto& row : rows)
-  {
-    DocumentHost host;
-    row.fault(host);
-    DocumentLoad load = DocumentLoad::Glb();
-    EXPECT_EQ(load.RunBytes(host, GlbBuilder().Json(kJson).Bin({1, 2, 3, 4}).File()), row.message);
-    EXPECT_EQ(host.files.liveFiles, 0) << row.message;
+    ++load.files.failAt;
+    EXPECT_EQ(load.RunGlb(file), message) << load.files.failAt;
   }
-}
-
-/// A file whose seeks fail from the second on: the first is over the header.
-TEST(GlbWalk, TellsWhichSeekFailed)
-{
-  const struct
-  {
-    GlbBuilder file;
-    const char* message;
-  } rows[] = {{GlbBuilder().Json(kJson).Chunk(kUnknownChunk, {9, 9, 9, 9}),
-               "Illegal state: Condition glbFile->Seek(chunkLength) not fulfilled. "},
-              {GlbBuilder().Json(kJson).Bin({1, 2, 3, 4, 5}).Raw({99}),
-               "Illegal state: Condition glbFile->Seek(chunkLength % 4) not fulfilled. "}};
-  for (const auto& row : rows)
-  {
-    DocumentHost host;
-    host.files.seeksUntilFailure = 1;
-    DocumentLoad load = DocumentLoad::Glb();
-    EXPECT_EQ(load.RunBytes(host, row.file.File()), row.message);
-  }
+  load.host.Host().ReplaceService(HostJson::kId, nullptr);
+  EXPECT_EQ(load.RunGlb(file), "The host offers no JSON parser.");
 }
 
 }  // namespace q7z::test

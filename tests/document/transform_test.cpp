@@ -82,33 +82,21 @@ constexpr Vector4 kQuarterX{kRoot, 0, 0, kRoot};
 constexpr Vector4 kQuarterY{0, kRoot, 0, kRoot};
 constexpr Vector4 kQuarterZ{0, 0, kRoot, kRoot};
 
-INSTANTIATE_TEST_SUITE_P(
-  Rows, NodeTransform,
-  testing::Values(TrsRow{"Identity", {0, 0, 0}, kNoTurn, {1, 1, 1}, 1, false, HostMatrix()},
-                  TrsRow{"IdentityMirrored", {0, 0, 0}, kNoTurn, {1, 1, 1}, 1, true, HostMatrix()},
-                  TrsRow{"Offset", {1, 2, 5}, kNoTurn, {1, 1, 1}, 1, false, {{1, 2, 5}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
-                  TrsRow{"OffsetMirrored", {1, 2, 5}, kNoTurn, {1, 1, 1}, 1, true, {{1, 2, -5}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
-                  // The option multiplies lengths, the node's scale multiplies axes.
-                  TrsRow{"ScaleOption", {1, 0, 0}, kNoTurn, {3, 3, 3}, 2, true, {{2, 0, 0}, {3, 0, 0}, {0, 3, 0}, {0, 0, 3}}},
-                  TrsRow{"TurnX", {0, 0, 0}, kQuarterX, {1, 1, 1}, 1, false, {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}},
-                  TrsRow{"TurnXMirrored", {0, 0, 0}, kQuarterX, {1, 1, 1}, 1, true, {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}},
-                  TrsRow{"TurnY", {0, 0, 0}, kQuarterY, {1, 1, 1}, 1, false, {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}},
-                  TrsRow{"TurnYMirrored", {0, 0, 0}, kQuarterY, {1, 1, 1}, 1, true, {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}},
-                  // Without the mirror the rotation is inverted: about Z the two differ.
-                  TrsRow{"TurnZ", {0, 0, 0}, kQuarterZ, {1, 1, 1}, 1, false, {{}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}},
-                  TrsRow{"TurnZMirrored", {0, 0, 0}, kQuarterZ, {1, 1, 1}, 1, true, {{}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}},
-                  TrsRow{"TurnAndScale", {0, 0, 0}, kQuarterZ, {2, 3, 4}, 1, false, {{}, {0, -2, 0}, {3, 0, 0}, {0, 0, 4}}},
-                  TrsRow{"TurnAndScaleMirrored",
-                         {0, 0, 0},
-                         kQuarterZ,
-                         {2, 3, 4},
-                         1,
-                         true,
-                         {{}, {0, 2, 0}, {-3, 0, 0}, {0, 0, 4}}},
-                  TrsRow{"NegativeScale", {0, 0, 0}, kNoTurn, {1, -2, -3}, 1, true, {{}, {1, 0, 0}, {0, -2, 0}, {0, 0, -3}}},
-                  TrsRow{"NoScaleAtAll", {0, 0, 0}, kQuarterX, {0, 0, 0}, 1, true, {{}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}},
-                  TrsRow{"LongQuaternion", {0, 0, 0}, {0, 0, 2, 0}, {1, 1, 1}, 1, true, {{}, {-7, 0, 0}, {0, -7, 0}, {0, 0, 1}}}),
-  RowName());
+const TrsRow kTransforms[] = {
+  {"Offset", {1, 2, 5}, kNoTurn, {1, 1, 1}, 1, false, {{1, 2, 5}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+  {"OffsetMirrored", {1, 2, 5}, kNoTurn, {1, 1, 1}, 1, true, {{1, 2, -5}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+  // The option multiplies lengths, the node's scale multiplies axes.
+  {"ScaleOption", {1, 0, 0}, kNoTurn, {3, 3, 3}, 2, true, {{2, 0, 0}, {3, 0, 0}, {0, 3, 0}, {0, 0, 3}}},
+  {"TurnXMirrored", {0, 0, 0}, kQuarterX, {1, 1, 1}, 1, true, {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}},
+  {"TurnYMirrored", {0, 0, 0}, kQuarterY, {1, 1, 1}, 1, true, {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}},
+  // Without the mirror the rotation is inverted: about Z the two differ.
+  {"TurnZ", {0, 0, 0}, kQuarterZ, {1, 1, 1}, 1, false, {{}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}},
+  {"TurnZMirrored", {0, 0, 0}, kQuarterZ, {1, 1, 1}, 1, true, {{}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}},
+  {"TurnAndScaleMirrored", {0, 0, 0}, kQuarterZ, {2, 3, 4}, 1, true, {{}, {0, 2, 0}, {-3, 0, 0}, {0, 0, 4}}},
+  {"NoScaleAtAll", {0, 0, 0}, kQuarterX, {0, 0, 0}, 1, true, {{}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}},
+  {"LongQuaternion", {0, 0, 0}, {0, 0, 2, 0}, {1, 1, 1}, 1, true, {{}, {-7, 0, 0}, {0, -7, 0}, {0, 0, 1}}},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, NodeTransform, testing::ValuesIn(kTransforms), RowName());
 
 TEST(NodeTransform, MirrorsNoZeroIntoANegativeOne)
 {
@@ -139,44 +127,38 @@ TEST_P(MirroredMatrix, IsConverted)
   ExpectNear(ConvertMatrix(GetParam().matrix, 1, true), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-  Rows, MirroredMatrix,
-  testing::Values(MatrixRow{"Identity", HostMatrix(), HostMatrix()},
-                  MatrixRow{"OffsetAndScale",
-                            {{1, 2, 3}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}},
-                            {{1, 2, -3}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}}},
-                  MatrixRow{"TurnY", {{}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}}, {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}},
-                  MatrixRow{"TurnAndScale", {{}, {0, 2, 0}, {-3, 0, 0}, {0, 0, 4}}, {{}, {0, 2, 0}, {-3, 0, 0}, {0, 0, 4}}},
-                  // Half turns: no difference of opposite elements tells a sign.
-                  MatrixRow{"HalfTurnX", {{}, {1, 0, 0}, {0, -1, 0}, {0, 0, -1}}, {{}, {1, 0, 0}, {0, -1, 0}, {0, 0, -1}}},
-                  MatrixRow{"HalfTurnZ", {{}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}}, {{}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}}},
-                  MatrixRow{"HalfTurnXY", {{}, {0, 1, 0}, {1, 0, 0}, {0, 0, -1}}, {{}, {0, 1, 0}, {1, 0, 0}, {0, 0, -1}}},
-                  MatrixRow{"HalfTurnXMinusY",
-                            {{}, {0, -1, 0}, {-1, 0, 0}, {0, 0, -1}},
-                            {{}, {0, -1, 0}, {-1, 0, 0}, {0, 0, -1}}},
-                  MatrixRow{"HalfTurnYZ", {{}, {-1, 0, 0}, {0, 0, 1}, {0, 1, 0}}, {{}, {-1, 0, 0}, {0, 0, -1}, {0, -1, 0}}},
-                  MatrixRow{"HalfTurnXMinusZ", {{}, {0, 0, -1}, {0, -1, 0}, {-1, 0, 0}}, {{}, {0, 0, 1}, {0, -1, 0}, {1, 0, 0}}},
-                  // A mirror and shears do not come out as the mirrored matrix.
-                  MatrixRow{"MirrorZ",
-                            {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}},
-                            {{}, {1 / 9.0, 8 / 9.0, -4 / 9.0}, {8 / 9.0, 1 / 9.0, 4 / 9.0}, {-4 / 9.0, 4 / 9.0, 7 / 9.0}}},
-                  MatrixRow{"ShearXY",
-                            {{}, {1, 0, 0}, {1, 1, 0}, {0, 0, 1}},
-                            {{},
-                             {0.9627601049258239, -0.13248641183997653, -0.23566996211011917},
-                             {0.8302736930858473, 0.39617366393978515, -1.0741005644585218},
-                             {0.23566996211011917, 0.8384306023484023, 0.49142018070558546}}},
-                  MatrixRow{"ShearYZ",
-                            {{}, {1, 0, 0}, {0, 1, 0}, {0, 1, 1}},
-                            {{},
-                             {0.5286600757797617, -0.47133992422023835, 0.7059441905084257},
-                             {-0.47133992422023835, 0.5286600757797617, 0.7059441905084257},
-                             {-1.1772841147286643, -0.1772841147286643, 0.7632643420679491}}},
-                  MatrixRow{"EmptyAxis",
-                            {{}, {1, 0, 0}, {0, 0, 0}, {0, 0, 1}},
-                            {{}, {0.68, 0.5542562584220406, 0.48}, {0, 0, 0}, {-0.48, 0.831384387633061, -0.28}}},
-                  MatrixRow{"Nothing", {{1, 1, 1}, {}, {}, {}}, {{1, 1, -1}, {}, {}, {}}}),
-  RowName());
+const MatrixRow kMatrices[] = {
+  {"Identity", HostMatrix(), HostMatrix()},
+  {"OffsetAndScale", {{1, 2, 3}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}}, {{1, 2, -3}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}}},
+  {"TurnY", {{}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}}, {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}},
+  {"TurnAndScale", {{}, {0, 2, 0}, {-3, 0, 0}, {0, 0, 4}}, {{}, {0, 2, 0}, {-3, 0, 0}, {0, 0, 4}}},
+  // Half turns: no difference of opposite elements tells a sign.
+  {"HalfTurnX", {{}, {1, 0, 0}, {0, -1, 0}, {0, 0, -1}}, {{}, {1, 0, 0}, {0, -1, 0}, {0, 0, -1}}},
+  {"HalfTurnZ", {{}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}}, {{}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}}},
+  {"HalfTurnXY", {{}, {0, 1, 0}, {1, 0, 0}, {0, 0, -1}}, {{}, {0, 1, 0}, {1, 0, 0}, {0, 0, -1}}},
+  {"HalfTurnYZ", {{}, {-1, 0, 0}, {0, 0, 1}, {0, 1, 0}}, {{}, {-1, 0, 0}, {0, 0, -1}, {0, -1, 0}}},
+  // A mirror and shears do not come out as the mirrored matrix.
+  {"MirrorZ",
+   {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}},
+   {{}, {1 / 9.0, 8 / 9.0, -4 / 9.0}, {8 / 9.0, 1 / 9.0, 4 / 9.0}, {-4 / 9.0, 4 / 9.0, 7 / 9.0}}},
+  {"ShearXY",
+   {{}, {1, 0, 0}, {1, 1, 0}, {0, 0, 1}},
+   {{},
+    {0.9627601049258239, -0.13248641183997653, -0.23566996211011917},
+    {0.8302736930858473, 0.39617366393978515, -1.0741005644585218},
+    {0.23566996211011917, 0.8384306023484023, 0.49142018070558546}}},
+  {"ShearYZ",
+   {{}, {1, 0, 0}, {0, 1, 0}, {0, 1, 1}},
+   {{},
+    {0.5286600757797617, -0.47133992422023835, 0.7059441905084257},
+    {-0.47133992422023835, 0.5286600757797617, 0.7059441905084257},
+    {-1.1772841147286643, -0.1772841147286643, 0.7632643420679491}}},
+  {"EmptyAxis",
+   {{}, {1, 0, 0}, {0, 0, 0}, {0, 0, 1}},
+   {{}, {0.68, 0.5542562584220406, 0.48}, {0, 0, 0}, {-0.48, 0.831384387633061, -0.28}}},
+  {"Nothing", {{1, 1, 1}, {}, {}, {}}, {{1, 1, -1}, {}, {}, {}}},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, MirroredMatrix, testing::ValuesIn(kMatrices), RowName());
 
 TEST(ConvertMatrix, ScalesTheOffsetAloneWithoutTheMirror)
 {

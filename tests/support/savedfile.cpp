@@ -1,7 +1,5 @@
 #include "tests/support/savedfile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -9,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <stdexcept>
 
@@ -124,18 +121,6 @@ std::string WriteScene(const HeadlessDocument& document)
   return sink.text;
 }
 
-SaveFolder::SaveFolder() : _path("/tmp/q7z-save-XXXXXX")
-{
-  if (!mkdtemp(_path.data()))
-    throw std::runtime_error("no temporary folder");
-}
-
-SaveFolder::~SaveFolder()
-{
-  std::error_code error;
-  std::filesystem::remove_all(_path, error);
-}
-
 SaveReport SaveFolder::Save(TestHost& host, HeadlessDocument& document, const Parameters& parameters) const
 {
   SaveRequest request;
@@ -151,14 +136,13 @@ bool SaveFolder::HasFile() const
 
 bool SaveFolder::HasAnythingElse() const
 {
-  const auto count = std::distance(std::filesystem::directory_iterator(_path), std::filesystem::directory_iterator());
+  const auto count = std::distance(std::filesystem::directory_iterator(_folder.GetPath()), std::filesystem::directory_iterator());
   return count > (HasFile() ? 1 : 0);
 }
 
 std::string SaveFolder::TakeBytes() const
 {
-  std::ifstream stream(File(), std::ios::binary);
-  std::string bytes(std::istreambuf_iterator<char>(stream), {});
+  std::string bytes = _folder.Read("saved");
   std::filesystem::remove(File());
   return bytes;
 }

@@ -9,6 +9,7 @@
 
 #include "framework/data.h"
 #include "plugin/document/gltfexportoptions.h"
+#include "tests/support/testfolder.h"
 #include "tests/support/testhost.h"
 
 namespace q7z::test
@@ -28,13 +29,8 @@ std::string WriteScene(const HeadlessDocument& document);
 class SaveFolder
 {
 public:
-  SaveFolder();
-  ~SaveFolder();
-  SaveFolder(const SaveFolder&) = delete;
-  SaveFolder& operator=(const SaveFolder&) = delete;
-
   /// The one file that is saved into it.
-  std::string File() const { return _path + "/saved"; }
+  std::string File() const { return _folder / "saved"; }
   SaveReport Save(TestHost& host, HeadlessDocument& document, const Parameters& parameters) const;
 
   /// Whether there is that file, and whether there is anything else, such as a temporary file.
@@ -44,7 +40,7 @@ public:
   std::string TakeBytes() const;
 
 private:
-  std::string _path;
+  TestFolder _folder;
 };
 
 /// What stands in a file of either form.

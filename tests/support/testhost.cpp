@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "plugin/module/moduleshell.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
@@ -36,32 +37,6 @@ std::unique_ptr<HeadlessHost> MakeHost(int threads, std::vector<std::string>* di
   return host;
 }
 
-/// A file in a folder of its own, both gone with it.
-class TemporaryFile
-{
-public:
-  TemporaryFile(const void* bytes, size_t byteCount, const std::string& suffix)
-  {
-    _folder = "/tmp/q7z-test-XXXXXX";
-    if (!mkdtemp(_folder.data()))
-      throw std::runtime_error("no temporary folder");
-    _path = _folder + "/file." + suffix;
-    std::FILE* const file = std::fopen(_path.c_str(), "wb");
-    if (!file || std::fwrite(bytes, 1, byteCount, file) != byteCount || std::fclose(file) != 0)
-      throw std::runtime_error("cannot write " + _path);
-  }
-  ~TemporaryFile()
-  {
-    unlink(_path.c_str());
-    rmdir(_folder.c_str());
-  }
-  const std::string& Path() const { return _path; }
-
-private:
-  std::string _folder;
-  std::string _path;
-};
-
 }  // namespace
 
 TestHost::TestHost(int threads)
@@ -76,8 +51,8 @@ std::string TestHost::LoadText(std::string_view json)
 
 std::string TestHost::LoadBytes(const std::vector<std::uint8_t>& bytes, const std::string& suffix)
 {
-  const TemporaryFile file(bytes.data(), bytes.size(), suffix);
-  _request.path = file.Path();
+  const TestFolder folder;
+  _request.path = folder.Write("file." + suffix, bytes);
   _report = _host->Load(_request, *_document, *_job);
   return _report.recognised ? _report.status : "not recognised";
 }
