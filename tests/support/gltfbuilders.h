@@ -120,6 +120,17 @@ public:
                               R"(,"type":")" + type + R"(","count":)" + std::to_string(values.size() / CountComponents(type)) +
                               (more.empty() ? "" : "," + more) + "}");
   }
+  /// The same with numbers that become the component type: 5120, 5121, 5123, or floats.
+  int Numbers(const std::vector<float>& numbers, int componentType, const std::string& type, const std::string& more = "")
+  {
+    switch (componentType)
+    {
+      case 5120: return Values(std::vector<int8_t>(numbers.begin(), numbers.end()), componentType, type, more);
+      case 5121: return Values(std::vector<uint8_t>(numbers.begin(), numbers.end()), componentType, type, more);
+      case 5123: return Values(std::vector<uint16_t>(numbers.begin(), numbers.end()), componentType, type, more);
+      default: return Values(numbers, componentType, type, more);
+    }
+  }
   int Floats(const std::vector<float>& values, const std::string& type) { return Values(values, 5126, type); }
   int Indices(const std::vector<uint16_t>& values) { return Values(values, 5123, "SCALAR"); }
 
