@@ -64,6 +64,13 @@ protected:
   HostDocument* _doc = nullptr;  // not owned
 };
 
+/// What an object has under its animated transform.
+struct BaseTransform
+{
+  HostMatrix matrix;
+  Vector scale;
+};
+
 /// What position, rotation and scale have in common: three curves.
 class TransformSamplerWriter : public AnimationSamplerWriter
 {
@@ -87,13 +94,22 @@ private:
   Float _restValue;  // of a component without a curve
 };
 
-/// Vectors that leave as they are, times a factor.
+/// Position and scale: each vector is converted alone, and its tangents leave as they are, times a factor.
 class VectorSamplerWriter : public TransformSamplerWriter
 {
 protected:
   using TransformSamplerWriter::TransformSamplerWriter;
-  Result<void> WriteVectors(GltfBuffer& buffer, Float factor, const Keyframes& keyframes, const TangentList& tangents,
-                            const KeyRange& range) noexcept;
+
+private:
+  Result<Bool> ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions& options, Keyframes& keyframes,
+                        TangentList& tangents) noexcept final;
+  Result<void> WriteKeys(GltfBuffer& buffer, const ExportOptions& options, const Keyframes& keyframes,
+                         const TangentList& tangents, const KeyRange& range) noexcept final;
+
+  /// The value of a key under the fixed transform of its object.
+  virtual Vector Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept = 0;
+  /// By which values and tangents are multiplied as they are written.
+  virtual Float GetFactor(const ExportOptions& options) const noexcept = 0;
 };
 
 class TranslationSamplerWriter final : public VectorSamplerWriter
@@ -102,28 +118,24 @@ public:
   TranslationSamplerWriter() noexcept : VectorSamplerWriter("translation"_s, "VEC3"_s, kPositionParameter, 0.0) {}
 
 private:
-  Result<Bool> ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions& options, Keyframes& keyframes,
-                        TangentList& tangents) noexcept override;
-  Result<void> WriteKeys(GltfBuffer& buffer, const ExportOptions& options, const Keyframes& keyframes,
-                         const TangentList& tangents, const KeyRange& range) noexcept override;
-};
-
-class RotationSamplerWriter final : public TransformSamplerWriter
-{
-public:
-  RotationSamplerWriter() noexcept : TransformSamplerWriter("rotation"_s, "VEC4"_s, kRotationParameter, 0.0) {}
-
-private:
-  Result<Bool> ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions& options, Keyframes& keyframes,
-                        TangentList& tangents) noexcept override;
-  Result<void> WriteKeys(GltfBuffer& buffer, const ExportOptions& options, const Keyframes& keyframes,
-                         const TangentList& tangents, const KeyRange& range) noexcept override;
+  Vector Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept override;
+  Float GetFactor(const ExportOptions& options) const noexcept override { return options.exportScale; }
 };
 
 class ScaleSamplerWriter final : public VectorSamplerWriter
 {
 public:
   ScaleSamplerWriter() noexcept : VectorSamplerWriter("scale"_s, "VEC3"_s, kScaleParameter, 1.0) {}
+
+private:
+  Vector Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept override;
+  Float GetFactor(const ExportOptions&) const noexcept override { return 1.0; }
+};
+
+class RotationSamplerWriter final : public TransformSamplerWriter
+{
+public:
+  RotationSamplerWriter() noexcept : TransformSamplerWriter("rotation"_s, "VEC4"_s, kRotationParameter, 0.0) {}
 
 private:
   Result<Bool> ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions& options, Keyframes& keyframes,

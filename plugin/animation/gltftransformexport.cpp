@@ -177,10 +177,29 @@ Result<void> TransformSamplerWriter::WriteTrack(GltfBuffer& buffer, HostObject* 
   return WriteKeys(buffer, options, keyframes, tangents, range);
 }
 
-// Tangents leave as the host has them: not divided by a time, not turned, not mirrored.
-Result<void> VectorSamplerWriter::WriteVectors(GltfBuffer& buffer, Float factor, const Keyframes& keyframes,
-                                               const TangentList& tangents, const KeyRange& range) noexcept
+Result<Bool> VectorSamplerWriter::ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions&,
+                                           Keyframes& keyframes, TangentList& tangents) noexcept
 {
+  RETURN_IF_ERROR(CheckCurves(curves, keyframes));
+  const BaseTransform base{HostObjectGetBaseMatrix(op), HostObjectGetBaseScale(op)};
+  ASSIGN_OR_RETURN(const Bool hasTangents, ReadTangents(curves, tangents));
+  const Int32 keyCount = curves[Dim::X]->GetKeyCount();
+  RETURN_IF_ERROR(keyframes.Reserve(keyCount, Dim::COUNT));
+  for (Int32 i = 0; i < keyCount; ++i)
+  {
+    ASSIGN_OR_RETURN(const TimedVector key, ReadKey(curves, i));
+    const Vector converted = Convert(base, flipZ, key.value);
+    const Float values[] = {converted.x, converted.y, converted.z};
+    RETURN_IF_ERROR(keyframes.Append(key.seconds, values, Dim::COUNT));
+  }
+  return hasTangents;
+}
+
+// Tangents leave as the host has them: not divided by a time, not turned, not mirrored.
+Result<void> VectorSamplerWriter::WriteKeys(GltfBuffer& buffer, const ExportOptions& options, const Keyframes& keyframes,
+                                            const TangentList& tangents, const KeyRange& range) noexcept
+{
+  const Float factor = GetFactor(options);
   const Bool isSpline = _interpolation == "CUBICSPLINE"_s;
   const Int elementCount = range.GetCount() * (isSpline ? 3 : 1);
   BaseArray<Float32> values;
@@ -202,51 +221,15 @@ Result<void> VectorSamplerWriter::WriteVectors(GltfBuffer& buffer, Float factor,
   return WriteValues(buffer, values, elementCount);
 }
 
-Result<Bool> TranslationSamplerWriter::ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions&,
-                                                Keyframes& keyframes, TangentList& tangents) noexcept
+Vector TranslationSamplerWriter::Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept
 {
-  RETURN_IF_ERROR(CheckCurves(curves, keyframes));
-  const HostMatrix baseMatrix = HostObjectGetBaseMatrix(op);
-  ASSIGN_OR_RETURN(const Bool hasTangents, ReadTangents(curves, tangents));
-  const Int32 keyCount = curves[Dim::X]->GetKeyCount();
-  RETURN_IF_ERROR(keyframes.Reserve(keyCount, Dim::COUNT));
-  for (Int32 i = 0; i < keyCount; ++i)
-  {
-    ASSIGN_OR_RETURN(const TimedVector key, ReadKey(curves, i));
-    const Vector p = baseMatrix * key.value;
-    const Float values[] = {p.x, p.y, flipZ ? -p.z : p.z};
-    RETURN_IF_ERROR(keyframes.Append(key.seconds, values, Dim::COUNT));
-  }
-  return hasTangents;
+  const Vector p = base.matrix * value;
+  return {p.x, p.y, flipZ ? -p.z : p.z};
 }
 
-Result<void> TranslationSamplerWriter::WriteKeys(GltfBuffer& buffer, const ExportOptions& options, const Keyframes& keyframes,
-                                                 const TangentList& tangents, const KeyRange& range) noexcept
+Vector ScaleSamplerWriter::Convert(const BaseTransform& base, Bool, const Vector& value) const noexcept
 {
-  return WriteVectors(buffer, options.exportScale, keyframes, tangents, range);
-}
-
-Result<Bool> ScaleSamplerWriter::ReadKeys(const CurveList& curves, HostObject* op, Bool, const ExportOptions&,
-                                          Keyframes& keyframes, TangentList& tangents) noexcept
-{
-  RETURN_IF_ERROR(CheckCurves(curves, keyframes));
-  const Vector baseScale = HostObjectGetBaseScale(op);
-  ASSIGN_OR_RETURN(const Bool hasTangents, ReadTangents(curves, tangents));
-  const Int32 keyCount = curves[Dim::X]->GetKeyCount();
-  RETURN_IF_ERROR(keyframes.Reserve(keyCount, Dim::COUNT));
-  for (Int32 i = 0; i < keyCount; ++i)
-  {
-    ASSIGN_OR_RETURN(const TimedVector key, ReadKey(curves, i));
-    const Float values[] = {key.value.x * baseScale.x, key.value.y * baseScale.y, key.value.z * baseScale.z};
-    RETURN_IF_ERROR(keyframes.Append(key.seconds, values, Dim::COUNT));
-  }
-  return hasTangents;
-}
-
-Result<void> ScaleSamplerWriter::WriteKeys(GltfBuffer& buffer, const ExportOptions&, const Keyframes& keyframes,
-                                           const TangentList& tangents, const KeyRange& range) noexcept
-{
-  return WriteVectors(buffer, 1.0, keyframes, tangents, range);
+  return {value.x * base.scale.x, value.y * base.scale.y, value.z * base.scale.z};
 }
 
 Result<Bool> RotationSamplerWriter::ReadKeys(const CurveList& curves, HostObject* op, Bool flipZ, const ExportOptions& options,
