@@ -13,20 +13,6 @@ namespace q7z::test
 
 using Numbers = std::vector<float>;
 
-/// Numbers as an accessor of a component type. @return its index as text.
-inline std::string AddValues(GltfJson& file, const Numbers& numbers, int componentType, const std::string& type,
-                             bool normalized = false)
-{
-  const std::string more = normalized ? R"("normalized":true)" : "";
-  switch (componentType)
-  {
-    case 5120: return std::to_string(file.Values(std::vector<int8_t>(numbers.begin(), numbers.end()), 5120, type, more));
-    case 5121: return std::to_string(file.Values(std::vector<uint8_t>(numbers.begin(), numbers.end()), 5121, type, more));
-    case 5123: return std::to_string(file.Values(std::vector<uint16_t>(numbers.begin(), numbers.end()), 5123, type, more));
-    default: return std::to_string(file.Values(numbers, 5126, type, more));
-  }
-}
-
 inline std::string WriteNumber(double number)
 {
   char text[32];

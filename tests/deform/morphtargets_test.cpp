@@ -10,13 +10,11 @@ namespace q7z::test
 namespace
 {
 
-/// Values of one attribute; "POSITION" of 32-bit floats unless said otherwise.
 struct Attribute
 {
   std::string name;
   Numbers values;
   std::string type = "VEC3";
-  int componentType = 5126;
 };
 
 using Attributes = std::vector<Attribute>;
@@ -25,8 +23,8 @@ std::string WriteAttributes(GltfJson& file, const Attributes& attributes)
 {
   std::string text;
   for (const Attribute& attribute : attributes)
-    text += (text.empty() ? "\"" : ",\"") + attribute.name +
-            "\":" + AddValues(file, attribute.values, attribute.componentType, attribute.type);
+    text +=
+      (text.empty() ? "\"" : ",\"") + attribute.name + "\":" + std::to_string(file.Floats(attribute.values, attribute.type));
   return "{" + text + "}";
 }
 
@@ -41,8 +39,6 @@ std::string MakePrimitive(GltfJson& file, const Attributes& attributes, const st
   return text + "]}";
 }
 
-const std::string kMembers = R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"A","mesh":0}])";
-
 const Attribute kNormals = {"NORMAL", {0, 0, 1, 0, 0, 1, 0, 0, 1}};
 const Attribute kUvs = {"TEXCOORD_0", {0, 0, 1, 0, 0, 1}, "VEC2"};
 const Attribute kColors = {"COLOR_0", {1, 0, 0, 0, 1, 0, 0, 0, 1}};
@@ -54,12 +50,11 @@ class MorphTargets : public DeformTest
 protected:
   using MakePrimitives = std::function<std::string(GltfJson&)>;
 
-  std::string LoadPrimitives(const MakePrimitives& makePrimitives, const std::string& more = "",
-                             const std::string& members = kMembers)
+  std::string LoadPrimitives(const MakePrimitives& makePrimitives, const std::string& more = "")
   {
     GltfJson file;
     file.Add("meshes", R"({"primitives":[)" + makePrimitives(file) + "]" + more + "}");
-    return Load(members, file);
+    return Load(R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"A","mesh":0}])", file);
   }
   std::string LoadTwoTargets(const std::string& more = "")
   {
@@ -142,26 +137,15 @@ struct PoseCase
   const char* parameters;
 };
 
-void PrintTo(const PoseCase& row, std::ostream* stream)
-{
-  *stream << row.shape;
-}
-
 // The mirror applies to the sum: z = 1 and a delta of 1 make -2. The polygon is (2, 1, 0).
 const PoseCase kPoseCases[] = {
   {"Positions", {}, {{"POSITION", {0, 0, 1, 2, 0, 0, 0, 3, 0}}}, "(0 0 -2) (3 0 -1) (0 4 -1)", "1009=0 1001=1 1017=1"},
-  {"PositionsOfBytes",
-   {},
-   {{"POSITION", {0, 0, 1, 2, 0, 0, 0, 3, 0}, "VEC3", 5121}},
-   "(0 0 -2) (3 0 -1) (0 4 -1)",
-   "1009=0 1001=1 1017=1"},
   {"NothingAtAll", {kNormals, kUvs, kColors}, {}, "(0 0 -1) (1 0 -1) (0 1 -1)", "1009=0 1001=1"},
   {"NormalsAlone",
    {kNormals},
    {{"NORMAL", {0, 1, 0, 0, 2, 0, 0, 0, 2}}},
    "(0 0 -1) (1 0 -1) (0 1 -1) normals (0 0 -3) (0 2 -1) (0 1 -1)",
    "1009=0 1001=1 1053=1"},
-  {"NormalsAlreadyMissing", {}, {kNormals}, "(0 0 -1) (1 0 -1) (0 1 -1)", "1009=0 1001=1 1053=1"},
   {"Uvs",
    {kUvs},
    {{"TEXCOORD_0", {0.5, 0, 0.25, 0, 0, 0.125}, "VEC2"}},
@@ -169,20 +153,10 @@ const PoseCase kPoseCases[] = {
    "1009=0 1001=1 1023=1"},
   // Colours are mixed without a switch of their own.
   {"Colors",
-   {kColors},
-   {{"COLOR_0", {0, 0.5, 0, 0, 0, 0, 0.25, 0, -1}}},
-   "(0 0 -1) (1 0 -1) (0 1 -1) colors (1 0.5 0 1) (0 1 0 1) (0.25 0 0 1)",
-   "1009=0 1001=1"},
-  {"ColorsWithAlpha",
    {{"COLOR_0", {1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 0.5}, "VEC4"}},
    {{"COLOR_0", {0, 0, 0, -0.5, 0, 0, 0, 0, 0, 0, 0, 0.25}, "VEC4"}},
    "(0 0 -1) (1 0 -1) (0 1 -1) colors (1 0 0 0.5) (0 1 0 1) (0 0 1 0.75)",
    "1009=0 1001=1"},
-  {"Everything",
-   {kNormals, kUvs},
-   {kOneUp, kNormals, kUvs},
-   "(0 1 -1) (1 1 -1) (0 2 -1) normals (0 0 -2) (0 0 -2) (0 0 -2) uvs (0 2 1) (2 0 1) (0 0 1)",
-   "1009=0 1001=1 1017=1 1053=1 1023=1"},
 };
 
 class Poses : public MorphTargets, public testing::WithParamInterface<PoseCase>
@@ -220,18 +194,12 @@ TEST_F(MorphTargets, StandInTheTagBehindTheBase)
   EXPECT_EQ(Host().Scene().GetLayerRoot().GetLayerCount(), 1);
 }
 
-TEST_F(MorphTargets, LengthsScaleTheSum)
-{
-  Host().Set(1002, HostUnitScale{2, 3});
-  EXPECT_EQ(LoadTwoTargets(), "none");
-  EXPECT_EQ(WriteShape(Mesh("Target 0")), "(0 0 -4) (2 0 -4) (0 2 -4)");
-}
-
-TEST_F(MorphTargets, WithoutTheMirrorTheSumStays)
+TEST_F(MorphTargets, WithoutTheMirrorTheSumStaysAndLengthsScaleIt)
 {
   Host().Set(1012, false);
+  Host().Set(1002, HostUnitScale{2, 3});
   EXPECT_EQ(LoadTwoTargets(), "none");
-  EXPECT_EQ(WriteShape(Mesh("Target 0")), "(0 0 2) (1 0 2) (0 1 2)");
+  EXPECT_EQ(WriteShape(Mesh("Target 0")), "(0 0 4) (2 0 4) (0 2 4)");
   EXPECT_EQ(Mesh("Target 0")->GetPolygons().GetR()[0], (HostPolygon{0, 1, 2, 2}));
 }
 
@@ -240,14 +208,6 @@ TEST_F(MorphTargets, NormalsThatAreNotWantedAreLeftOut)
   Host().Set(1005, 1006);
   EXPECT_EQ(LoadPrimitives([](GltfJson& file) { return MakePrimitive(file, {kNormals}, {{kOneUp, kNormals}}); }), "none");
   EXPECT_EQ(WriteShape(Mesh("Target 0")), "(0 1 -1) (1 1 -1) (0 2 -1)");
-}
-
-TEST_F(MorphTargets, MoveTheMeshByTheirStrengths)
-{
-  EXPECT_EQ(LoadTwoTargets(R"(,"weights":[0.5,1])"), "none");
-  EXPECT_EQ(WriteStrengths(), "0 0.5 1");
-  ASSERT_TRUE(ApplyPoseMorphs(*Mesh()));
-  EXPECT_EQ(WriteShape(Mesh()), "(0 1 -1.5) (1 1 -1.5) (0 2 -1.5)");
 }
 
 TEST_F(MorphTargets, OptionLeavesThemOut)
@@ -297,52 +257,6 @@ TEST_F(MorphTargets, SplitPrimitivesHaveATagEach)
   }
 }
 
-TEST_F(MorphTargets, SkinnedMeshHasBoth)
-{
-  const Attribute joints = {"JOINTS_0", Numbers(12, 0), "VEC4", 5121};
-  const Attribute weights = {"WEIGHTS_0", {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}, "VEC4"};
-  EXPECT_EQ(LoadPrimitives([&](GltfJson& file) { return MakePrimitive(file, {joints, weights}, {{kOneUp}}); }, "",
-                           R"("scenes":[{"nodes":[0,1]}],"skins":[{"joints":[1]}],
-                              "nodes":[{"name":"A","mesh":0,"skin":0},{"name":"J"}])"),
-            "none");
-  EXPECT_EQ(Outline(), "Scene 0[A#[~, Poses[Target 0#!]], J^]");
-  EXPECT_TRUE(Mesh()->FindTag(kWeightTagType) && Tag());
-  EXPECT_FALSE(Mesh("Target 0")->FindTag(kWeightTagType));
-}
-
-// A host that keeps polygons for each object by itself.
-class OwnPolygons final : public HostPolygonTable
-{
-public:
-  explicit OwnPolygons(HostPolygonTable* base) noexcept : _base(base) {}
-  Int32 GetPointCount(const HostPolygonObject* object) noexcept override { return _base->GetPointCount(object); }
-  Int32 GetPolygonCount(const HostPolygonObject* object) noexcept override { return _base->GetPolygonCount(object); }
-  const Vector* GetPointsR(const HostPolygonObject* object) noexcept override { return _base->GetPointsR(object); }
-  Vector* GetPointsW(HostPolygonObject* object) noexcept override { return _base->GetPointsW(object); }
-  const HostPolygon* GetPolygonsR(const HostPolygonObject* object) noexcept override { return _base->GetPolygonsR(object); }
-  HostPolygon* GetPolygonsW(HostPolygonObject* object) noexcept override { return _base->GetPolygonsW(object); }
-
-private:
-  HostPolygonTable* _base;
-};
-
-TEST_F(MorphTargets, PosesNeedNotSharePolygons)
-{
-  OwnPolygons polygons(Host().Host().GetTables().polygon);
-  Host().Host().GetTables().polygon = &polygons;
-  EXPECT_EQ(LoadPrimitives([](GltfJson& file) { return MakePrimitive(file, {kNormals}, {{kOneUp, kNormals}}); }), "none");
-  EXPECT_EQ(WriteShape(Mesh("Target 0")), "(0 1 -1) (1 1 -1) (0 2 -1) normals (0 0 -2) (0 0 -2) (0 0 -2)");
-  EXPECT_EQ(Mesh("Target 0")->GetPolygons().GetR()[0], (HostPolygon{2, 1, 0, 0}));
-}
-
-TEST_F(MorphTargets, PoseIsChangedByItself)
-{
-  EXPECT_EQ(LoadTwoTargets(), "none");
-  Mesh("Target 0")->GetPolygonsW()[0].a = 7;
-  EXPECT_EQ(Mesh()->GetPolygons().GetR()[0], (HostPolygon{2, 1, 0, 0}));
-  EXPECT_EQ(Mesh("Target 1")->GetPolygons().GetR()[0], (HostPolygon{2, 1, 0, 0}));
-}
-
 struct RefusedCase
 {
   const char* name;
@@ -350,20 +264,12 @@ struct RefusedCase
   std::vector<const char*> conditions;
 };
 
-void PrintTo(const RefusedCase& row, std::ostream* stream)
-{
-  *stream << row.conditions.back();
-}
-
 const char* const kTargetCounts = "targetCreator._targetMeshCreators.GetCount() == GetTargetsCount()";
 const char* const kRange = "(idx >= 0 && idx < _count)";
 
 const RefusedCase kRefusedCases[] = {
   {"FewerTargetsInTheSecond",
    [](GltfJson& file) { return MakePrimitive(file, {}, {{kOneUp}, {kOneUp}}) + "," + MakePrimitive(file, {}, {{kOneUp}}); },
-   {kTargetCounts}},
-  {"NoTargetsInTheSecond",
-   [](GltfJson& file) { return MakePrimitive(file, {}, {{kOneUp}}) + "," + MakePrimitive(file, {}, {}); },
    {kTargetCounts}},
   {"FewerPositionsThanTheBase",
    [](GltfJson& file) { return MakePrimitive(file, {}, {{{"POSITION", {0, 0, 1, 0, 0, 1}}}}); },
@@ -444,10 +350,13 @@ protected:
   FaultyMorphs _morphs;
 };
 
-TEST_F(MorphTag, IsToldToUpdateOnce)
+TEST_F(MorphTag, IsToldToUpdateOnceItsStrengthsMoveTheMesh)
 {
   EXPECT_EQ(LoadTwoTargets(R"(,"weights":[0.5,1])"), "none");
   EXPECT_EQ(_morphs.updates, 1);
+  EXPECT_EQ(WriteStrengths(), "0 0.5 1");
+  ASSERT_TRUE(ApplyPoseMorphs(*Mesh()));
+  EXPECT_EQ(WriteShape(Mesh()), "(0 1 -1.5) (1 1 -1.5) (0 2 -1.5)");
 }
 
 // More weights than targets pass when the file is read.
