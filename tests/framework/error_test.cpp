@@ -1,4 +1,4 @@
-// Errors: ids, causes, lifetime, and what is left of one without memory.
+// Errors: ids, and what is left of one without memory.
 
 #include <gtest/gtest.h>
 
@@ -26,27 +26,7 @@ TEST(Error, EveryClassHasItsId)
   };
   for (const auto& [errorClass, id] : rows)
     EXPECT_STREQ(GetErrorClassId(errorClass), id);
-  // The last of the classes is in the table.
   EXPECT_EQ(std::size(rows), static_cast<size_t>(ErrorClass::kOperationCancelled) + 1);
-}
-
-TEST(Error, EmptyOneMeansSuccess)
-{
-  const Error none;
-  EXPECT_FALSE(none);
-  EXPECT_FALSE(Result<void>(none).HasError());
-}
-
-TEST(Error, CopiesShareAndAssignmentReplaces)
-{
-  Error first = MAKE_ERROR(ErrorClass::kIo, "first"_s);
-  const Error copy = first;
-  first = MAKE_ERROR(ErrorClass::kUnexpected, "second"_s);
-  EXPECT_EQ(Text(copy.GetMessage()), "first");
-  EXPECT_EQ(Text(first.GetMessage()), "second");
-  first = Error();
-  EXPECT_FALSE(first);
-  EXPECT_EQ(copy.GetClass(), ErrorClass::kIo);
 }
 
 TEST(Error, MessageOutlivesTheTextItWasMadeFrom)
@@ -57,31 +37,23 @@ TEST(Error, MessageOutlivesTheTextItWasMadeFrom)
   EXPECT_EQ(Text(error.GetMessage()), "message");
 }
 
-TEST(Error, WithoutMemoryForTheRecordItIsOutOfMemory)
+struct MemoryCase
 {
-  FailAllocation(1);
-  const Error error = MAKE_ERROR(ErrorClass::kIo, "lost"_s);
-  EXPECT_EQ(StopFailingAllocations(), 1);
-  EXPECT_EQ(error.GetClass(), ErrorClass::kOutOfMemory);
-  EXPECT_EQ(Text(error.GetMessage()), "Out of memory. ");
-  EXPECT_FALSE(error.GetCause());
-}
+  Int failAt;  // 1: the record; 2: the copy of the text
+  ErrorClass errorClass;
+  const char* message;
+};
 
-TEST(Error, WithoutMemoryForTheCopyItKeepsTheText)
+TEST(Error, WithoutMemoryItIsOutOfMemoryOrKeepsItsText)
 {
-  FailAllocation(2);
-  const Error error = MAKE_ERROR(ErrorClass::kIo, "kept"_s);
-  EXPECT_EQ(StopFailingAllocations(), 1);
-  EXPECT_EQ(error.GetClass(), ErrorClass::kIo);
-  EXPECT_EQ(Text(error.GetMessage()), "kept");
-}
-
-TEST(Error, OutOfMemoryNeedsNoMemory)
-{
-  FailAllocation(1, 100);
-  for (int i = 0; i < 10; ++i)
-    EXPECT_EQ(Error::OutOfMemory().GetClass(), ErrorClass::kOutOfMemory);
-  EXPECT_EQ(StopFailingAllocations(), 0);
+  for (const MemoryCase& row : {MemoryCase{1, ErrorClass::kOutOfMemory, "Out of memory. "}, {2, ErrorClass::kIo, "kept"}})
+  {
+    FailAllocation(row.failAt);
+    const Error error = MAKE_ERROR(ErrorClass::kIo, "kept"_s);
+    EXPECT_EQ(StopFailingAllocations(), 1);
+    EXPECT_EQ(error.GetClass(), row.errorClass);
+    EXPECT_EQ(Text(error.GetMessage()), row.message);
+  }
 }
 
 TEST(Error, LongChainOfCausesGoesWithoutRecursion)

@@ -21,24 +21,15 @@ struct SecondsCase
   Float denominator;
 };
 const SecondsCase kSecondsCases[] = {
-  {0, 0, 1},
-  {0.0004, 0, 1},
   {0.0005, 1, 1000},
   {-0.0005, 0, 1},  // halves go up
   {-0.0006, -1, 1000},
-  {1, 1, 1},
   {1.5, 3, 2},
-  {-0.25, -1, 4},
-  {0.51, 51, 100},
   {1.0 / 30, 33, 1000},
-  {3600, 3600, 1},
   {2147483.519, 2147483519, 1000},  // the last that is reduced in integers
   {2147483.52, 53687088, 25},       // 2147483520 and 1000 share 40
   {1000000000000.001, 1000000000000001, 1000},
-  {1e15, 1e15, 1},
-  {-1e15, -1e15, 1},
   {1e16, 1e15, 1},
-  {1e300, 1e15, 1},
   {kInfinity, 1e15, 1},
   {-kInfinity, -1e15, 1},
   {kNan, 0, 1},
@@ -64,13 +55,10 @@ const FrameCase kFrameCases[] = {
   {{51, 100}, 30, 15},  // 15.3
   {{33, 1000}, 30, 0},  // 0.99, a frame's own time falls short of the frame
   {{-1, 4}, 30, -7},    // -7.5, towards zero
-  {{-1, 1000}, 30, 0},  // -0.03
-  {{5, 2}, 25, 62},     // 62.5
   {{1, 1}, 29.97, 29},  // the product is floored first
   {{3, 2.9}, 10, 15},   // the denominator too: 30 / 2
-  {{1, 1}, 0, 0},      {{1, 0}, 30, INT32_MAX},    {{-1, 0}, 30, INT32_MIN},    {{1, 0.5}, 30, INT32_MAX},  // its floor is 0
-  {{0, 0}, 30, 0},     {{1e15, 1}, 30, INT32_MAX}, {{-1e15, 1}, 30, INT32_MIN}, {{2147483647, 1}, 1, INT32_MAX},
-  {{kNan, 1}, 30, 0},
+  {{1, 1}, 0, 0},      {{-1, 0}, 30, INT32_MIN},   {{1, 0.5}, 30, INT32_MAX},  // its floor is 0
+  {{0, 0}, 30, 0},     {{1e15, 1}, 30, INT32_MAX}, {{2147483647, 1}, 1, INT32_MAX}, {{kNan, 1}, 30, 0},
 };
 
 TEST(HostTime, FrameIsTruncatedBehindTheFloors)
@@ -81,33 +69,15 @@ TEST(HostTime, FrameIsTruncatedBehindTheFloors)
   EXPECT_EQ(FrameOfHostTime(HostTimeFromSeconds(0.51), 30), 15);
 }
 
-struct EqualCase
-{
-  HostTime a;
-  HostTime b;
-  bool equal;
-};
-const EqualCase kEqualCases[] = {
-  {{1, 2}, {1, 2}, true},        {{1, 2}, {2, 4}, true},   {{51, 100}, {510, 1000}, true},
-  {{1, 1000}, {0, 1}, false},    {{1, 1}, {-1, 1}, false}, {{1.2, 1}, {1.9, 1}, true},  // the floors of the cross products count
-  {{1.2, 1}, {2.1, 1}, false},   {{0, 1}, {0, 7}, true},   {{1, 0}, {2, 0}, true},      // both products are 0
-  {{kNan, 1}, {kNan, 1}, false},
-};
-
 TEST(HostTime, EqualityComparesFlooredCrossProducts)
 {
-  for (const EqualCase& row : kEqualCases)
-  {
-    EXPECT_EQ(row.a == row.b, row.equal) << row.a.numerator << "/" << row.a.denominator;
-    EXPECT_EQ(row.b == row.a, row.equal) << row.a.numerator << "/" << row.a.denominator;
-  }
-}
-
-TEST(HostTime, SecondsOfNoDenominatorAreNone)
-{
+  EXPECT_TRUE((HostTime{51, 100} == HostTime{510, 1000}));
+  EXPECT_FALSE((HostTime{1, 1000} == HostTime{0, 1}));
+  EXPECT_TRUE((HostTime{1.2, 1} == HostTime{1.9, 1}));
+  EXPECT_FALSE((HostTime{2.1, 1} == HostTime{1.2, 1}));
+  EXPECT_TRUE((HostTime{1, 0} == HostTime{2, 0}));  // both products are 0
+  EXPECT_FALSE((HostTime{kNan, 1} == HostTime{kNan, 1}));
   EXPECT_EQ((HostTime{5, 0}.GetSeconds()), 0);
-  EXPECT_EQ((HostTime{51, 100}.GetSeconds()), 0.51);
-  EXPECT_EQ(HostTime().GetSeconds(), 0);
 }
 
 }  // namespace

@@ -23,28 +23,13 @@ void ExpectNear(const Vector& actual, const Vector& expected, Float tolerance, c
 
 void ExpectNear(const HostMatrix& actual, const HostMatrix& expected, Float tolerance, const std::string& where)
 {
-  ExpectNear(actual.axisX, expected.axisX, tolerance, where + ", axisX");
-  ExpectNear(actual.axisY, expected.axisY, tolerance, where + ", axisY");
-  ExpectNear(actual.axisZ, expected.axisZ, tolerance, where + ", axisZ");
-}
-
-HostMatrix Transposed(const HostMatrix& m)
-{
-  return {{}, {m.axisX.x, m.axisY.x, m.axisZ.x}, {m.axisX.y, m.axisY.y, m.axisZ.y}, {m.axisX.z, m.axisY.z, m.axisZ.z}};
+  for (const Vector& axis : {Vector{1, 0, 0}, Vector{0, 1, 0}, Vector{0, 0, 1}})
+    ExpectNear(actual * axis, expected * axis, tolerance, where);
 }
 
 std::string Shown(const Vector& v)
 {
   return "(" + std::to_string(v.x) + ", " + std::to_string(v.y) + ", " + std::to_string(v.z) + ")";
-}
-
-TEST(Rotation, OneAngleTurnsAboutItsAxis)
-{
-  ExpectNear(AnglesToMatrix({kHalf, 0, 0}, 6), {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}, 1e-15, "heading");
-  ExpectNear(AnglesToMatrix({0, kHalf, 0}, 6), {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}, 1e-15, "pitch");
-  ExpectNear(AnglesToMatrix({0, 0, kHalf}, 6), {{}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}, 1e-15, "bank");
-  EXPECT_EQ(AnglesToMatrix({0, 0, 0}, 6), HostMatrix());
-  EXPECT_EQ(AnglesToMatrix({1, 2, 3}, 6).offset, Vector());
 }
 
 // A quarter, a half and a quarter back: about x (x, y, z) goes to (x, z, -y), about y by a half to (-x, y, -z), about z by a
@@ -66,27 +51,14 @@ struct AnglesCase
   Vector angles;
 };
 const AnglesCase kAnglesCases[] = {
-  {"Identity", {}, {0, 0, 0}},
   {"Heading90", {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}, {kHalf, 0, 0}},
-  {"Heading45", {{}, {kRoot, 0, kRoot}, {0, 1, 0}, {-kRoot, 0, kRoot}}, {kPi / 4, 0, 0}},
   {"Heading315", {{}, {kRoot, 0, -kRoot}, {0, 1, 0}, {kRoot, 0, kRoot}}, {7 * kPi / 4, 0, 0}},
-  {"Heading180", {{}, {-1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {kPi, 0, 0}},
-  {"Heading270", {{}, {0, 0, -1}, {0, 1, 0}, {1, 0, 0}}, {3 * kHalf, 0, 0}},
-  {"Pitch45", {{}, {1, 0, 0}, {0, kRoot, -kRoot}, {0, kRoot, kRoot}}, {0, kPi / 4, 0}},
-  {"PitchMinus45", {{}, {1, 0, 0}, {0, kRoot, kRoot}, {0, -kRoot, kRoot}}, {0, -kPi / 4, 0}},
-  {"Bank90", {{}, {0, -1, 0}, {1, 0, 0}, {0, 0, 1}}, {0, 0, kHalf}},
-  {"Bank270", {{}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}, {0, 0, 3 * kHalf}},
   {"PoleUp", {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}, {0, kHalf, 0}},
   {"PoleUpBank90", {{}, {0, 0, 1}, {1, 0, 0}, {0, 1, 0}}, {0, kHalf, kHalf}},
-  {"PoleUpBank270", {{}, {0, 0, -1}, {-1, 0, 0}, {0, 1, 0}}, {0, kHalf, 3 * kHalf}},
-  {"PoleUpBank180", {{}, {-1, 0, 0}, {0, 0, 1}, {0, 1, 0}}, {0, kHalf, kPi}},
-  {"PoleDown", {{}, {1, 0, 0}, {0, 0, 1}, {0, -1, 0}}, {0, -kHalf, 0}},
   {"PoleDownBank90", {{}, {0, 0, -1}, {1, 0, 0}, {0, -1, 0}}, {0, -kHalf, kHalf}},
-  {"PoleDownBank270", {{}, {0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}, {0, -kHalf, 3 * kHalf}},
   {"JustInsideThePole", {{}, {1, 0, 0}, {0, 0, -1}, {9e-6, 1, 0}}, {0, kHalf, 0}},
   {"JustOutsideThePole", {{}, {1, 0, 0}, {0, 0, -1}, {-2e-5, 1, 0}}, {kHalf, std::atan(1 / 2e-5), kHalf}},
   {"AxesOfAnyLength", {{}, {0, -3, 0}, {0.5, 0, 0}, {0, 0, 7}}, {0, 0, kHalf}},
-  {"MirroredX", {{}, {-1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {0, 0, kPi}},
   {"MirroredZ", {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {kPi, 0, kPi}},
   {"AllZero", {{}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}, {0, -kHalf, kHalf}},
 };
@@ -112,13 +84,8 @@ struct QuaternionCase
   Vector plain;
 };
 const QuaternionCase kQuaternionCases[] = {
-  {"Identity", {0, 0, 0, 1}, {0, 0, 0}, {0, 0, 0}},
-  {"Y90", {0, kRoot, 0, kRoot}, {kHalf, 0, 0}, {kHalf, 0, 0}},
-  {"YMinus90", {0, -kRoot, 0, kRoot}, {3 * kHalf, 0, 0}, {3 * kHalf, 0, 0}},
   {"X90IsAPole", {kRoot, 0, 0, kRoot}, {0, kHalf, 0}, {0, kHalf, 0}},
   {"Z90", {0, 0, kRoot, kRoot}, {0, 0, 3 * kHalf}, {0, 0, kHalf}},
-  {"Z90OfTheOtherSign", {0, 0, -kRoot, -kRoot}, {0, 0, 3 * kHalf}, {0, 0, kHalf}},
-  {"TwiceTheIdentity", {0, 0, 0, 2}, {0, 0, 0}, {0, 0, 0}},
   {"Zero", {0, 0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
   // Not normalised first: axisX (-1, 0, 2), axisZ (-2, 0, -1), so the heading is pi - atan(2) and not pi / 2.
   {"TooLongY90", {0, 1, 0, 1}, {2.0344439357957027, 0, 0}, {2.0344439357957027, 0, 0}},
@@ -143,12 +110,10 @@ TEST(Rotation, QuaternionOfOneAngle)
   };
   const Row rows[] = {
     {{0, 0, 0}, true, {0, 0, 0, -1}},
-    {{0, 0, 0}, false, {0, 0, 0, -1}},
     {{kHalf, 0, 0}, false, {0, kRoot, 0, -kRoot}},
     {{kHalf, 0, 0}, true, {0, -kRoot, 0, -kRoot}},
     {{0, kHalf, 0}, false, {kRoot, 0, 0, -kRoot}},
     {{0, kHalf, 0}, true, {-kRoot, 0, 0, -kRoot}},
-    {{0, 0, kHalf}, false, {0, 0, kRoot, -kRoot}},
     {{0, 0, kHalf}, true, {0, 0, kRoot, -kRoot}},
     // Two quarters: W = 1/2 of each product, with the signs of the two mixed terms.
     {{kHalf, kHalf, 0}, false, {0.5, 0.5, 0.5, -0.5}},
@@ -158,9 +123,8 @@ TEST(Rotation, QuaternionOfOneAngle)
   for (const Row& row : rows)
   {
     const Vector4 quaternion = AnglesToQuaternion(row.angles, row.flipZ);
-    EXPECT_NEAR(quaternion.x, row.quaternion.x, 1e-15) << Shown(row.angles);
-    EXPECT_NEAR(quaternion.y, row.quaternion.y, 1e-15) << Shown(row.angles);
-    EXPECT_NEAR(quaternion.z, row.quaternion.z, 1e-15) << Shown(row.angles);
+    ExpectNear(Vector{quaternion.x, quaternion.y, quaternion.z}, {row.quaternion.x, row.quaternion.y, row.quaternion.z}, 1e-15,
+               Shown(row.angles));
     EXPECT_NEAR(quaternion.w, row.quaternion.w, 1e-15) << Shown(row.angles);
   }
 }
@@ -186,7 +150,7 @@ TEST(Rotation, MirroredRoundTripKeepsARotationAndPlainOneTurnsItBack)
               const Vector mirrored = QuaternionToAngles(AnglesToQuaternion(angles, true), true);
               ExpectNear(AnglesToMatrix(mirrored, 6), matrix, 1e-7, "mirrored " + Shown(angles));
               const Vector plain = QuaternionToAngles(AnglesToQuaternion(angles, false), false);
-              ExpectNear(AnglesToMatrix(plain, 6), Transposed(matrix), 1e-7, "plain " + Shown(angles));
+              ExpectNear(AnglesToMatrix(plain, 6), matrix.GetInverse(), 1e-7, "plain " + Shown(angles));
             });
 }
 
@@ -209,15 +173,6 @@ TEST(Rotation, AnglesInEveryOrderGiveTheMatrixBack)
             });
 }
 
-TEST(Rotation, AnglesInTheDefaultOrderAreThoseOfTheMatrix)
-{
-  for (const AnglesCase& row : kAnglesCases)
-  {
-    EXPECT_EQ(MatrixToAnglesInOrder(row.matrix, 6), MatrixToAngles(row.matrix, 6, false)) << row.name;
-    EXPECT_EQ(MatrixToAnglesInOrder(row.matrix, 9), MatrixToAngles(row.matrix, 6, false)) << row.name;
-  }
-}
-
 struct OptimalCase
 {
   const char* name;
@@ -227,16 +182,11 @@ struct OptimalCase
   Vector angles;
 };
 const OptimalCase kOptimalCases[] = {
-  {"BackByATurn", {0, 0, 0}, {2 * kPi - 0.1, 0, 0}, 6, {-0.1, 0, 0}},
-  {"NearAsItIs", {0, 0, 0}, {0.1, 0.2, 0.3}, 6, {0.1, 0.2, 0.3}},
-  {"ForwardByTwoTurns", {4 * kPi, 0, 0}, {0.1, 0, 0}, 6, {4 * kPi + 0.1, 0, 0}},
-  {"EachAngleByItsOwnTurns", {0, -2 * kPi, 6 * kPi}, {0.1, 0.2, 0.3}, 6, {0.1, 0.2 - 2 * kPi, 0.3 + 6 * kPi}},
+  {"EachAngleByItsOwnTurns", {0, -2 * kPi, 6 * kPi}, {2 * kPi - 0.1, 0.2, 0.3}, 6, {-0.1, 0.2 - 2 * kPi, 0.3 + 6 * kPi}},
   {"HalfATurnGoesBack", {0, 0, 0}, {kPi, 0, 0}, 6, {-kPi, 0, 0}},
   {"OtherFormOfOrder0", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 0, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
-  {"OtherFormOfOrder1", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 1, {kPi + 0.1, kPi + 0.2, kPi - 0.3}},
   {"OtherFormOfOrder2", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 2, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
   {"OtherFormOfOrder3", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 3, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
-  {"OtherFormOfOrder4", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 4, {kPi + 0.1, kPi + 0.2, kPi - 0.3}},
   {"OtherFormOfOrder5", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 5, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
   {"OtherFormOfOrder6", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 6, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
   // The distances of the two forms are 3 * pi / 2 both.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "framework/url.h"
 #include "tests/framework/text.h"
 #include "tests/support/failingmemory.h"
@@ -21,21 +23,16 @@ struct ReferenceCase
 const ReferenceCase kReferenceCases[] = {
   // Relative references, whose queries and fragments belong to the name.
   {"a.bin"_s, URLSCHEME_RELATIVE, "a.bin", "relative:///a.bin"},
-  {"a/b.bin"_s, URLSCHEME_RELATIVE, "a/b.bin", "relative:///a/b.bin"},
-  {"../a.bin"_s, URLSCHEME_RELATIVE, "../a.bin", "relative:///../a.bin"},
   {"a%20b.bin"_s, URLSCHEME_RELATIVE, "a b.bin", "relative:///a b.bin"},
   {"a.bin?v=1#2"_s, URLSCHEME_RELATIVE, "a.bin?v=1#2", "relative:///a.bin?v=1#2"},
   {"%2Fetc/passwd"_s, URLSCHEME_RELATIVE, "etc/passwd", "relative:///etc/passwd"},
-  {"relative:///x/y"_s, URLSCHEME_RELATIVE, "x/y", "relative:///x/y"},
   {"Relative:x"_s, URLSCHEME_RELATIVE, "x", "relative:///x"},
   // No scheme begins with a digit or holds a blank or a slash.
   {"1a:b"_s, URLSCHEME_RELATIVE, "1a:b", "relative:///1a:b"},
   {"my file:b"_s, URLSCHEME_RELATIVE, "my file:b", "relative:///my file:b"},
-  {"a/b:c"_s, URLSCHEME_RELATIVE, "a/b:c", "relative:///a/b:c"},
   {":a"_s, URLSCHEME_RELATIVE, ":a", "relative:///:a"},
   // Local paths.
   {"/a/b.bin"_s, URLSCHEME_FILESYSTEM, "/a/b.bin", "file:///a/b.bin"},
-  {"file:///a/b.bin"_s, URLSCHEME_FILESYSTEM, "/a/b.bin", "file:///a/b.bin"},
   {"FILE:///a%2Db"_s, URLSCHEME_FILESYSTEM, "/a-b", "file:///a-b"},
   {"file://server/a/b"_s, URLSCHEME_FILESYSTEM, "/a/b", "file:///a/b"},
   {"file:/a"_s, URLSCHEME_FILESYSTEM, "/a", "file:///a"},
@@ -45,8 +42,6 @@ const ReferenceCase kReferenceCases[] = {
   {"file:///C:/a.bin"_s, URLSCHEME_FILESYSTEM, "C:/a.bin", "file:///C:/a.bin"},
   // Other schemes stay as they are, percent codes included.
   {"http://host/a%20b"_s, URLSCHEME_HTTP, "//host/a%20b", "http://host/a%20b"},
-  {"HTTP://host"_s, URLSCHEME_HTTP, "//host", "HTTP://host"},
-  {"https://host/a"_s, URLSCHEME_OTHER, "//host/a", "https://host/a"},
   {"data:,a%41"_s, URLSCHEME_OTHER, ",a%41", "data:,a%41"},
   {"git+ssh-1.0:x"_s, URLSCHEME_OTHER, "x", "git+ssh-1.0:x"},
   {"//server/share/a"_s, URLSCHEME_OTHER, "//server/share/a", "//server/share/a"},
@@ -62,16 +57,7 @@ TEST(Url, ReferenceSettlesSchemeAndPath)
     EXPECT_EQ(url.GetValue().GetScheme(), row.scheme) << Text(row.text);
     EXPECT_EQ(Text(url.GetValue().GetPath()), row.path) << Text(row.text);
     EXPECT_EQ(Text(url.GetValue().GetUrl()), row.url) << Text(row.text);
-    EXPECT_EQ(url.GetValue().IsPopulated(), row.scheme != URLSCHEME_NONE) << Text(row.text);
-  }
-}
-
-TEST(Url, TextReadsBackAsTheSameUrl)
-{
-  for (const ReferenceCase& row : kReferenceCases)
-  {
-    const Url url = Url::FromReference(row.text).GetValue();
-    EXPECT_TRUE(Url::FromReference(url.GetUrl().GetValue()).GetValue() == url) << Text(row.text);
+    EXPECT_TRUE(Url::FromReference(url.GetValue().GetUrl().GetValue()).GetValue() == url.GetValue()) << Text(row.text);
   }
 }
 
@@ -79,10 +65,8 @@ TEST(Url, DecodedReferenceIsNotDecodedAgain)
 {
   const std::pair<String, const char*> rows[] = {{"a%20b/c.bin"_s, "relative:///a%20b/c.bin"},
                                                  {"/a%20b"_s, "file:///a%20b"},
-                                                 {"file:///a%20b"_s, "file:///a%20b"},
                                                  {"relative:///a%00b"_s, "relative:///a%00b"},
-                                                 {"http://host/a%20b"_s, "http://host/a%20b"},
-                                                 {String(), ""}};
+                                                 {"http://host/a%20b"_s, "http://host/a%20b"}};
   for (const auto& [text, url] : rows)
     EXPECT_EQ(Text(Url::FromDecodedReference(text).GetValue().GetUrl()), url) << Text(text);
   EXPECT_TRUE(Url::FromDecodedReference("a\0b"_s).HasError());
@@ -93,7 +77,6 @@ TEST(Url, LocalPathIsTakenAsItStands)
   const Url url = Url::FromPath("/a%20b/c:d"_s).GetValue();
   EXPECT_EQ(url.GetScheme(), URLSCHEME_FILESYSTEM);
   EXPECT_EQ(Text(url.GetPath()), "/a%20b/c:d");
-  EXPECT_TRUE(Url::FromPath(String()).GetValue().IsEmpty());
 }
 
 TEST(Url, ZeroByteInAPathIsRefused)
@@ -109,106 +92,60 @@ TEST(Url, ZeroByteInAPathIsRefused)
   EXPECT_FALSE(Url::FromReference("data:,%00"_s).HasError());
 }
 
-struct DecodeCase
-{
-  String text;
-  const char* decoded;
-};
-const DecodeCase kDecodeCases[] = {
-  {"plain"_s, "plain"}, {"%41%42c"_s, "ABc"}, {"%c3%A9"_s, "\xC3\xA9"}, {"100%"_s, "100%"}, {"%4"_s, "%4"},
-  {"%4g"_s, "%4g"},     {"%g4"_s, "%g4"},     {"%%41"_s, "%A"},         {"%2541"_s, "%41"},  // once only
-  {"a+b"_s, "a+b"},     {String(), ""},
-};
-
 TEST(Url, PercentCodesAreDecodedOnce)
 {
-  for (const DecodeCase& row : kDecodeCases)
-    EXPECT_EQ(Text(DecodePercent(row.text)), row.decoded) << Text(row.text);
+  const std::pair<String, const char*> rows[] = {
+    {"%41%42c"_s, "ABc"}, {"%c3%A9"_s, "\xC3\xA9"}, {"100%"_s, "100%"}, {"%4"_s, "%4"},   {"%4g"_s, "%4g"},
+    {"%g4"_s, "%g4"},     {"%%41"_s, "%A"},         {"%2541"_s, "%41"}, {"a+b"_s, "a+b"}, {String(), ""},
+  };
+  for (const auto& [text, decoded] : rows)
+    EXPECT_EQ(Text(DecodePercent(text)), decoded) << Text(text);
 }
-
-struct DirectoryCase
-{
-  String text;
-  const char* directory;
-  const char* name;
-  const char* suffix;
-};
-const DirectoryCase kDirectoryCases[] = {
-  {"/a/b/c.gltf"_s, "/a/b", "c.gltf", "gltf"},
-  {"/c.tar.gz"_s, "/", "c.tar.gz", "gz"},
-  {"c.GLB"_s, ".", "c.GLB", "GLB"},
-  {"a.d/c"_s, "a.d", "c", ""},
-  {"a/c."_s, "a", "c.", ""},
-  {".gltf"_s, ".", ".gltf", "gltf"},
-  {"a/b/"_s, "a/b", "", ""},
-  {"C:/c.bin"_s, "C:/", "c.bin", "bin"},
-};
 
 TEST(Url, TakesAPathApart)
 {
-  for (const DirectoryCase& row : kDirectoryCases)
+  const std::tuple<String, const char*, const char*, const char*> rows[] = {
+    {"/a/b/c.gltf"_s, "/a/b", "c.gltf", "gltf"}, {"c.GLB"_s, ".", "c.GLB", "GLB"},      {"a.d/c"_s, "a.d", "c", ""},
+    {".gltf"_s, ".", ".gltf", "gltf"},           {"C:/c.bin"_s, "C:/", "c.bin", "bin"},
+  };
+  for (const auto& [text, directory, name, suffix] : rows)
   {
-    const Url url = Url::FromReference(row.text).GetValue();
-    const Url directory = url.GetDirectory().GetValue();
-    EXPECT_EQ(Text(directory.GetPath()), row.directory) << Text(row.text);
-    EXPECT_EQ(directory.GetScheme(), url.GetScheme()) << Text(row.text);
-    EXPECT_EQ(Text(url.GetName()), row.name) << Text(row.text);
-    EXPECT_EQ(Text(url.GetSuffix()), row.suffix) << Text(row.text);
+    const Url url = Url::FromReference(text).GetValue();
+    EXPECT_EQ(Text(url.GetDirectory().GetValue().GetPath()), directory);
+    EXPECT_EQ(url.GetDirectory().GetValue().GetScheme(), url.GetScheme()) << Text(text);
+    EXPECT_EQ(Text(url.GetName()), name);
+    EXPECT_EQ(Text(url.GetSuffix()), suffix);
   }
 }
 
-struct AppendCase
-{
-  String folder;
-  String name;
-  const char* path;
-};
-const AppendCase kAppendCases[] = {
-  {"/tex"_s, "a.png"_s, "/tex/a.png"},
-  {"/tex/"_s, "a.png"_s, "/tex/a.png"},
-  {"/"_s, "a.png"_s, "/a.png"},
-  {"."_s, "a.png"_s, "./a.png"},
-  {"/tex"_s, "../../evil"_s, "/tex/.._.._evil"},
-  {"/tex"_s, "a/b"_s, "/tex/a_b"},
-  {"/tex"_s, "/etc/passwd"_s, "/tex/_etc_passwd"},
-  {"/tex"_s, "..\\evil"_s, "/tex/.._evil"},
-  {"/tex"_s, "a\0.png"_s, "/tex/a_.png"},
-  {"/tex"_s, ".."_s, "/tex/_"},
-  {"/tex"_s, "."_s, "/tex/_"},
-  {"/tex"_s, String(), "/tex/_"},
-  {"/tex"_s, "..."_s, "/tex/..."},
-  {"/tex"_s, "%2E%2E"_s, "/tex/%2E%2E"},
-};
-
 TEST(Url, AppendAddsExactlyOneComponent)
 {
-  for (const AppendCase& row : kAppendCases)
-  {
-    const Url folder = Url::FromPath(row.folder).GetValue();
-    const Result<Url> url = folder.Append(row.name);
-    ASSERT_FALSE(url.HasError()) << Text(row.name);
-    EXPECT_EQ(Text(url.GetValue().GetPath()), row.path) << Text(row.name);
-    EXPECT_EQ(url.GetValue().GetScheme(), URLSCHEME_FILESYSTEM) << Text(row.name);
-  }
+  const std::tuple<String, String, const char*> rows[] = {
+    {"/tex"_s, "a.png"_s, "/tex/a.png"},
+    {"/tex/"_s, "a.png"_s, "/tex/a.png"},
+    {"/"_s, "a.png"_s, "/a.png"},
+    {"/tex"_s, "../../evil"_s, "/tex/.._.._evil"},
+    {"/tex"_s, "..\\evil"_s, "/tex/.._evil"},
+    {"/tex"_s, "/etc/passwd"_s, "/tex/_etc_passwd"},
+    {"/tex"_s, "a\0.png"_s, "/tex/a_.png"},
+    {"/tex"_s, ".."_s, "/tex/_"},
+    {"/tex"_s, "."_s, "/tex/_"},
+    {"/tex"_s, String(), "/tex/_"},
+    {"/tex"_s, "%2E%2E"_s, "/tex/%2E%2E"},
+  };
+  for (const auto& [folder, name, path] : rows)
+    EXPECT_EQ(Text(Url::FromPath(folder).GetValue().Append(name).GetValue().GetPath()), path);
+  EXPECT_EQ(Text(Url().Append("a"_s).GetValue().GetUrl()), "relative:///a");
 }
 
 TEST(Url, AppendedRelativePathKeepsItsComponents)
 {
-  const auto joined = [](const String& folder, const String& relative)
-  { return Text(Url::FromPath(folder).GetValue().AppendPath(Url::FromReference(relative).GetValue()).GetValue().GetPath()); };
-  EXPECT_EQ(joined("/a"_s, "b/c.bin"_s), "/a/b/c.bin");
-  EXPECT_EQ(joined("/a/"_s, "../c.bin"_s), "/a/../c.bin");
-  EXPECT_EQ(joined("."_s, "c.bin"_s), "./c.bin");
-  EXPECT_EQ(joined("/a"_s, "/etc/passwd"_s), "/a/etc/passwd");
-  EXPECT_EQ(joined("/a"_s, "relative:////b"_s), "/a/b");
-  EXPECT_EQ(joined("/a"_s, String()), "/a");
-}
-
-TEST(Url, AppendingToNothingGivesARelativePath)
-{
-  const Url url = Url().Append("a"_s).GetValue();
-  EXPECT_EQ(url.GetScheme(), URLSCHEME_RELATIVE);
-  EXPECT_EQ(Text(url.GetPath()), "a");
+  const auto joined = [](const String& relative)
+  { return Text(Url::FromPath("/a"_s).GetValue().AppendPath(Url::FromReference(relative).GetValue()).GetValue().GetPath()); };
+  EXPECT_EQ(joined("b/../c.bin"_s), "/a/b/../c.bin");
+  EXPECT_EQ(joined("/etc/passwd"_s), "/a/etc/passwd");
+  EXPECT_EQ(joined("relative:////b"_s), "/a/b");
+  EXPECT_EQ(joined(String()), "/a");
 }
 
 TEST(Url, WithoutMemoryEveryMakerSaysSo)

@@ -52,28 +52,25 @@ protected:
   HostFile* file;
 };
 
-TEST_F(Files, ReadFromThePosition)
+TEST_F(Files, ReadAndSeekForwardFromThePosition)
 {
+  UInt32 word = 0;
+  EXPECT_EQ(Read(1), "(failed)") << "while it is closed";
+  EXPECT_FALSE(Write("x"));
+  EXPECT_FALSE(table.Seek(file, 1));
+  EXPECT_FALSE(table.ReadUInt32(file, &word));
+  EXPECT_TRUE(table.Close(file));
   ASSERT_TRUE(Open(folder.Write("a", "0123456789")));
   EXPECT_EQ(table.GetLength(file), 10);
-  EXPECT_EQ(table.GetPosition(file), 0);
   EXPECT_EQ(Read(3), "012");
   EXPECT_TRUE(table.Seek(file, 2));
+  EXPECT_FALSE(table.Seek(file, -1));
   EXPECT_EQ(table.GetPosition(file), 5);
   EXPECT_EQ(Read(0), "");
   EXPECT_EQ(Read(2), "56");
   EXPECT_EQ(Read(100), "789");
-  EXPECT_EQ(Read(1), "");
   EXPECT_EQ(table.GetPosition(file), 10);
-  EXPECT_TRUE(table.Close(file));
-}
-
-TEST_F(Files, SeekForwardAlone)
-{
-  ASSERT_TRUE(Open(folder.Write("a", "0123456789")));
-  EXPECT_FALSE(table.Seek(file, -1));
-  EXPECT_EQ(table.GetPosition(file), 0);
-  EXPECT_TRUE(table.Seek(file, 11));
+  EXPECT_TRUE(table.Seek(file, 1));
   EXPECT_EQ(Read(1), "");
   EXPECT_TRUE(table.Seek(file, INT64_MAX - 11));
   EXPECT_EQ(Read(1), "");
@@ -107,7 +104,7 @@ TEST_F(Files, ReadBeyondFourGigabytes)
   EXPECT_EQ(Read(10), std::string(3, '\0'));
 }
 
-TEST_F(Files, WriteReplacesWhatWasThere)
+TEST_F(Files, WriteReplacesAndAppendGoesOn)
 {
   const std::string path = folder.Write("a", "0123456789");
   ASSERT_TRUE(Open(path, FILEOPEN::WRITE));
@@ -118,22 +115,11 @@ TEST_F(Files, WriteReplacesWhatWasThere)
   EXPECT_EQ(table.GetPosition(file), 6);
   EXPECT_EQ(table.GetLength(file), 6);
   EXPECT_TRUE(table.Close(file));
-  EXPECT_EQ(ReadText(path), std::string("abc\0\0d", 6));
-}
-
-TEST_F(Files, AppendGoesOnAtTheEnd)
-{
-  const std::string path = folder.Write("a", "012");
   ASSERT_TRUE(Open(path, FILEOPEN::APPEND));
-  EXPECT_EQ(table.GetPosition(file), 3);
-  EXPECT_TRUE(Write("34"));
-  EXPECT_TRUE(Write(""));
+  EXPECT_EQ(table.GetPosition(file), 6);
+  EXPECT_TRUE(Write("e"));
   EXPECT_TRUE(table.Close(file));
-  EXPECT_EQ(ReadText(path), "01234");
-  ASSERT_TRUE(Open((folder / "new").string(), FILEOPEN::APPEND));
-  EXPECT_TRUE(Write("5"));
-  EXPECT_TRUE(table.Close(file));
-  EXPECT_EQ(ReadText(folder / "new"), "5");
+  EXPECT_EQ(ReadText(path), std::string("abc\0\0de", 7));
 }
 
 TEST_F(Files, RefuseWhatTheyWereNotOpenedFor)
@@ -148,50 +134,17 @@ TEST_F(Files, RefuseWhatTheyWereNotOpenedFor)
   EXPECT_EQ(ReadText(path), "0123");
 }
 
-TEST_F(Files, DoNotReadWhatIsMissing)
-{
-  EXPECT_FALSE(Open((folder / "missing").string()));
-  EXPECT_FALSE(Exists((folder / "missing").string()));
-  EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
-  EXPECT_TRUE(Exists(folder.Write("there", "")));
-}
-
-TEST_F(Files, DoNothingWhileClosed)
-{
-  UInt32 word = 0;
-  EXPECT_EQ(Read(1), "(failed)");
-  EXPECT_FALSE(Write("x"));
-  EXPECT_FALSE(table.Seek(file, 1));
-  EXPECT_FALSE(table.ReadUInt32(file, &word));
-  EXPECT_TRUE(table.Close(file));
-}
-
-struct OpenRow
-{
-  const char* name;
-  const char* path;
-};
-
-class FileKinds : public Files, public testing::WithParamInterface<OpenRow>
-{};
-
-TEST_P(FileKinds, OtherThanRegularAreNotOpened)
+TEST_F(Files, OtherThanRegularAreNotOpened)
 {
   std::filesystem::create_directory(folder / "folder");
   ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
   ASSERT_EQ(symlink("/nowhere/at/all", (folder / "dangling").c_str()), 0);
-  const std::string path = (folder / GetParam().path).string();
-  EXPECT_FALSE(Open(path, FILEOPEN::READ));
-  EXPECT_FALSE(Open(path, FILEOPEN::WRITE));
-  EXPECT_FALSE(Open(path, FILEOPEN::APPEND));
+  for (const char* const name : {"missing/file", "folder", "pipe", "/dev/zero", "dangling", "/dev/null/x"})
+    for (const FILEOPEN mode : {FILEOPEN::READ, FILEOPEN::WRITE, FILEOPEN::APPEND})
+      EXPECT_FALSE(Open((folder.Path() / name).string(), mode)) << name;
+  EXPECT_FALSE(Open((folder / "missing").string()));
+  EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
 }
-
-const OpenRow kKinds[] = {
-  {"InMissingFolder", "missing/file"}, {"Folder", "folder"},          {"Pipe", "pipe"}, {"Device", "/dev/zero"},
-  {"DanglingLink", "dangling"},        {"BelowAFile", "/dev/null/x"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Rows, FileKinds, testing::ValuesIn(kKinds), RowName());
 
 // What a load may read. The input is in/scene.gltf; every row names a side file from the input's folder.
 
@@ -206,13 +159,9 @@ struct PolicyRow
 const PolicyRow kPolicies[] = {
   {"Beside", "a.bin", true, nullptr},
   {"Below", "deep/b.bin", true, nullptr},
-  {"BelowAndBack", "deep/../a.bin", true, nullptr},
   {"OutAndBackIn", "../in/a.bin", true, nullptr},
-  {"Input", "scene.gltf", true, nullptr},
   {"LinkToInside", "inside.bin", true, nullptr},
-  {"LinkThatIsTheInput", "linked.gltf", true, nullptr},
   {"Above", "../secret.bin", false, "../secret.bin"},
-  {"AboveByDetour", "deep/../../secret.bin", false, "deep/../../secret.bin"},
   {"Absolute", "/etc/passwd", false, "/etc/passwd"},
   {"LinkToOutside", "outside.bin", false, "outside.bin"},
   {"LinkedFolder", "away/secret.bin", false, "away/secret.bin"},
@@ -234,7 +183,6 @@ protected:
     folder.Write("secret.bin", "s");
     folder.Write("in2/c.bin", "c");
     std::filesystem::create_symlink(folder / "in/deep/b.bin", folder / "in/inside.bin");
-    std::filesystem::create_symlink("scene.gltf", folder / "in/linked.gltf");
     std::filesystem::create_symlink("../secret.bin", folder / "in/outside.bin");
     std::filesystem::create_directory_symlink(folder.Path(), folder / "in/away");
   }
@@ -251,32 +199,22 @@ std::vector<std::string> ExpectedWarnings(const char* about)
   return {"\"" + std::string(about) + "\" lies outside the input's folder and is not read; --allow-outside permits it"};
 }
 
-TEST_P(Policy, DecidesOnResolvedPaths)
-{
-  policy.Restrict(input, &warnings);
-  const std::string path = Side(GetParam().path);
-  EXPECT_EQ(Exists(path), GetParam().readable);
-  EXPECT_EQ(Open(path), GetParam().readable);
-  EXPECT_EQ(warnings.texts, ExpectedWarnings(GetParam().warning));
-}
-
-TEST_P(Policy, HoldsForRelativeInputs)
+TEST_P(Policy, DecidesOnResolvedPathsForRelativeInputsToo)
 {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(folder / "in");
-  policy.Restrict("scene.gltf", &warnings);
-  const std::string path = GetParam().path[0] == '/' ? GetParam().path : std::string("./") + GetParam().path;
-  EXPECT_EQ(Open(path), GetParam().readable);
-  EXPECT_EQ(warnings.texts, ExpectedWarnings(GetParam().warning));
+  for (const std::string& name : {input, std::string("scene.gltf")})
+  {
+    warnings.texts.clear();
+    policy.Restrict(name, &warnings);
+    const std::string relative = GetParam().path[0] == '/' ? GetParam().path : std::string("./") + GetParam().path;
+    const std::string path = name == input ? Side(GetParam().path) : relative;
+    EXPECT_EQ(Exists(path), GetParam().readable);
+    EXPECT_EQ(Open(path), GetParam().readable);
+    table.Close(file);
+    EXPECT_EQ(warnings.texts, ExpectedWarnings(GetParam().warning));
+  }
   std::filesystem::current_path(before);
-}
-
-TEST_P(Policy, AllowsAllWithoutALoad)
-{
-  policy.Restrict(input, &warnings);
-  policy.Lift();
-  EXPECT_EQ(Open(Side(GetParam().path)), std::filesystem::exists(Side(GetParam().path)));
-  EXPECT_TRUE(warnings.texts.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Policy, testing::ValuesIn(kPolicies), RowName());
@@ -305,54 +243,27 @@ TEST_F(PolicyOnce, FollowsALinkToTheInputAlone)
   table.Close(file);
   EXPECT_TRUE(Exists((folder / "links/side.bin").string()));
   EXPECT_FALSE(Exists(Side("a.bin")));
-}
-
-TEST_F(PolicyOnce, ReadsNothingForAnInputThatIsNotThere)
-{
-  policy.Restrict((folder / "none/scene.gltf").string(), &warnings);
+  EXPECT_TRUE(Open((folder / "out").string(), FILEOPEN::WRITE)) << "where it writes is not its matter";
+  policy.Restrict((folder / "none/scene.gltf").string(), &warnings);  // an input that is not there
   EXPECT_FALSE(Exists(Side("a.bin")));
   EXPECT_FALSE(Exists("/etc/passwd"));
 }
 
-TEST_F(PolicyOnce, DoesNotHoldForWriting)
-{
-  policy.Restrict(input, &warnings);
-  EXPECT_TRUE(Open((folder / "out").string(), FILEOPEN::WRITE));
-}
-
 // The URL service.
 
-struct TypeRow
-{
-  const char* name;
-  const char* path;
-  HostFileSystemType type;
-};
-
-const TypeRow kTypes[] = {
-  {"File", "file", HostFileSystemType::kFile},         {"Folder", "folder", HostFileSystemType::kFolder},
-  {"Device", "/dev/null", HostFileSystemType::kOther}, {"Missing", "missing", HostFileSystemType::kNone},
-  {"LinkToFile", "link", HostFileSystemType::kFile},
-};
-
-class UrlType : public testing::TestWithParam<TypeRow>
-{};
-
-TEST_P(UrlType, IsTold)
+TEST(UrlService, TellsTypes)
 {
   const TestFolder folder;
   folder.Write("file", "");
-  folder.Write("folder/inside", "");
   std::filesystem::create_symlink("file", folder / "link");
-  EXPECT_EQ(HeadlessUrlService().GetType(MakeUrl(folder.Path() / GetParam().path)), GetParam().type);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, UrlType, testing::ValuesIn(kTypes), RowName());
-
-TEST(UrlService, KnowsNoTypeElsewhere)
-{
-  for (const char* const text : {"relative.bin", "http://example.org/a", "data:,a"})
-    EXPECT_EQ(HeadlessUrlService().GetType(Url::FromReference(MakeString(text)).GetValue()), HostFileSystemType::kNone) << text;
+  const std::pair<std::string, HostFileSystemType> rows[] = {
+    {folder / "file", HostFileSystemType::kFile},        {folder.Path(), HostFileSystemType::kFolder},
+    {"/dev/null", HostFileSystemType::kOther},           {folder / "missing", HostFileSystemType::kNone},
+    {folder / "link", HostFileSystemType::kFile},        {"relative.bin", HostFileSystemType::kNone},
+    {"http://example.org/a", HostFileSystemType::kNone},
+  };
+  for (const auto& [reference, type] : rows)
+    EXPECT_EQ(HeadlessUrlService().GetType(Url::FromReference(MakeString(reference)).GetValue()), type) << reference;
 }
 
 /// The message of writing content, "" on success.
@@ -372,7 +283,7 @@ mode_t RightsOf(const std::filesystem::path& path)
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-TEST(UrlService, WritesNewFilesWithTheUsualRights)
+TEST(UrlService, WritesAndReplacesAndKeepsRightsAndLinks)
 {
   const TestFolder folder;
   const mode_t mask = umask(027);
@@ -380,35 +291,15 @@ TEST(UrlService, WritesNewFilesWithTheUsualRights)
   umask(mask);
   EXPECT_EQ(ReadText(folder / "new"), "content");
   EXPECT_EQ(RightsOf(folder / "new"), 0640u);
-  EXPECT_EQ(folder.CountEntries(), 1);  // no temporary file is left
-}
-
-TEST(UrlService, ReplacesAFileAndKeepsItsRights)
-{
-  const TestFolder folder;
-  folder.Write("old", "a longer old content");
-  ASSERT_EQ(chmod((folder / "old").c_str(), 0604), 0);
-  EXPECT_EQ(WriteWhole(folder / "old", ""), "");
-  EXPECT_EQ(ReadText(folder / "old"), "");
-  EXPECT_EQ(RightsOf(folder / "old"), 0604u);
-  EXPECT_EQ(folder.CountEntries(), 1);
-}
-
-TEST(UrlService, ReplacesWhatALinkLeadsTo)
-{
-  const TestFolder folder;
-  folder.Write("target", "old");
-  std::filesystem::create_symlink("target", folder / "link");
-  EXPECT_EQ(WriteWhole(folder / "link", "new"), "");
+  ASSERT_EQ(chmod((folder / "new").c_str(), 0604), 0);
+  std::filesystem::create_symlink("new", folder / "link");
+  EXPECT_EQ(WriteWhole(folder / "link", ""), "");
+  EXPECT_EQ(ReadText(folder / "new"), "");
+  EXPECT_EQ(RightsOf(folder / "new"), 0604u);
   EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
-  EXPECT_EQ(ReadText(folder / "target"), "new");
-}
-
-TEST(UrlService, WritesThroughToDevices)
-{
+  EXPECT_EQ(folder.CountEntries(), 2) << "no temporary file is left";
   EXPECT_EQ(WriteWhole("/dev/null", "content"), "");
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-  EXPECT_EQ(WriteWhole("/dev/full", "content"), "cannot write \"/dev/full\": No space left on device");
 }
 
 TEST(UrlService, TellsWhyItCannotWrite)
@@ -420,8 +311,8 @@ TEST(UrlService, TellsWhyItCannotWrite)
   EXPECT_EQ(WriteWhole(folder / "folder", "x"), "cannot write \"" + base + "/folder\": it is a folder");
   EXPECT_EQ(WriteWhole(folder / "none/file", "x"), "cannot write \"" + base + "/none/file\": No such file or directory");
   EXPECT_EQ(WriteWhole(folder / "file/below", "x"), "cannot write \"" + base + "/file/below\": Not a directory");
+  EXPECT_EQ(WriteWhole("/dev/full", "x"), "cannot write \"/dev/full\": No space left on device");
   EXPECT_EQ(ReadText(folder / "file"), "kept");
-  EXPECT_EQ(ReadText(folder / "folder/inside"), "kept");
   EXPECT_EQ(folder.CountEntries(), 2);
 }
 
@@ -447,18 +338,6 @@ TEST(WholeFile, LeavesTheTargetUntilItIsCommitted)
   EXPECT_FALSE(file.GetStream());
   EXPECT_EQ(ReadText(path), "new content");
   EXPECT_EQ(folder.CountEntries(), 1);
-}
-
-TEST(UrlService, KeepsTheOldFileWhenItsFolderCannotBeWritten)
-{
-  if (geteuid() == 0)
-    GTEST_SKIP() << "nothing is forbidden to this user";
-  const TestFolder folder;
-  folder.Write("sealed/file", "kept");
-  std::filesystem::permissions(folder / "sealed", std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
-  EXPECT_NE(WriteWhole(folder / "sealed/file", "new"), "");
-  std::filesystem::permissions(folder / "sealed", std::filesystem::perms::owner_all);
-  EXPECT_EQ(ReadText(folder / "sealed/file"), "kept");
 }
 
 TEST(UrlService, WritesLocalFilesAlone)
@@ -500,29 +379,20 @@ TEST(UrlService, HasABaseFolder)
     EXPECT_TRUE(std::filesystem::is_directory(temporary));
     EXPECT_EQ(RightsOf(temporary), 0700u);
     EXPECT_EQ(Text(urls.GetBaseFolder().GetValue().GetPath()), temporary.string());
-    std::filesystem::create_directory(temporary / "tex");
-    std::ofstream(temporary / "tex/a.png") << "x";
+    std::ofstream(temporary / "a.png") << "x";
   }
   EXPECT_FALSE(std::filesystem::exists(temporary));
-  EXPECT_TRUE(std::filesystem::exists(folder.Path()));
 }
 
-// Hashes. The values for texts are those that the algorithm's own test program gives.
-
-TEST(Hash, OfTexts)
-{
-  HeadlessHash hash;
-  EXPECT_EQ(Text(hash.HashText(""_s).GetValue()), "99aa06d3014798d86001c324468d497f");
-  EXPECT_EQ(Text(hash.HashText("KHR_materials_unlit"_s).GetValue()).size(), 32u);
-  EXPECT_NE(Text(hash.HashText("a"_s).GetValue()), Text(hash.HashText("b"_s).GetValue()));
-}
+// Hashes. The value for no bytes is that of the algorithm's own test program.
 
 // One block, several, and lengths at their border.
 TEST(Hash, OfAFileIsThatOfItsBytes)
 {
   const TestFolder folder;
   HeadlessHash hash;
-  for (const size_t length : {0u, 1u, 1000u, 262143u, 262144u, 262145u, 1000000u})
+  EXPECT_EQ(Text(hash.HashText(""_s).GetValue()), "99aa06d3014798d86001c324468d497f");
+  for (const size_t length : {1u, 262143u, 262144u, 262145u, 1000000u})
   {
     std::string bytes;
     for (size_t i = 0; i < length; ++i)

@@ -2,6 +2,7 @@
 // and the next try succeeds.
 
 #include <cstdlib>
+#include <functional>
 
 #include "host/services/base64.h"
 #include "host/services/headlessfiles.h"
@@ -11,7 +12,6 @@
 #include "host/services/headlessjson.h"
 #include "tests/host/servicesmodule.h"
 #include "tests/support/failingmemory.h"
-#include "tests/support/rowname.h"
 
 namespace q7z::test
 {
@@ -80,76 +80,75 @@ const SweepRow kSweeps[] = {
    }},
 };
 
-class OutOfMemory : public testing::TestWithParam<SweepRow>
-{};
-
-TEST_P(OutOfMemory, IsAnError)
+/// Lets the first, second, ... request of work fail until none is left.
+void Sweep(const std::function<void()>& work, const std::function<void(bool)>& check)
 {
-  Material material;
-  for (Int failAt = 1;; ++failAt)
+  for (Int failAt = 1, failed = 1; failed > 0; ++failAt)
   {
+    SCOPED_TRACE("request " + std::to_string(failAt));
     FailAllocation(failAt);
-    const Error error = GetParam().work(material);
-    const Int failed = StopFailingAllocations();
-    if (!failed)
-    {
-      EXPECT_FALSE(error) << Text(error.GetMessage());
-      EXPECT_GT(failAt, 1) << "the work asks for no memory";
-      return;
-    }
-    ASSERT_TRUE(error) << "request " << failAt;
-    EXPECT_EQ(error.GetClass(), ErrorClass::kOutOfMemory) << "request " << failAt << ": " << Text(error.GetMessage());
-    ASSERT_EQ(ReadText(material.folder / "a.json"), material.json) << "request " << failAt;
+    work();
+    failed = StopFailingAllocations();
+    check(failed > 0);
+    EXPECT_TRUE(failed || failAt > 1) << "the work asks for no memory";
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, OutOfMemory, testing::ValuesIn(kSweeps), RowName());
+TEST(OutOfMemory, IsAnError)
+{
+  for (const SweepRow& row : kSweeps)
+  {
+    SCOPED_TRACE(row.name);
+    Material material;
+    Error error;
+    Sweep([&] { error = row.work(material); },
+          [&](bool failed)
+          {
+            EXPECT_EQ(static_cast<bool>(error), failed) << Text(error.GetMessage());
+            EXPECT_TRUE(!failed || error.GetClass() == ErrorClass::kOutOfMemory) << Text(error.GetMessage());
+            EXPECT_EQ(ReadText(material.folder / "a.json"), material.json);
+          });
+  }
+}
 
 // Without memory to remove it the folder stays behind, so it is made where the test cleans up.
-TEST(TemporaryFolderOutOfMemory, IsAnErrorAndNeverThrows)
+TEST(OutOfMemory, TemporaryFolderNeverThrows)
 {
   const TestFolder folder;
   ASSERT_EQ(setenv("TMPDIR", folder.Path().c_str(), 1), 0);
-  Int failed = 1;
-  for (Int failAt = 1; failed > 0; ++failAt)
-  {
-    FailAllocation(failAt);
+  Result<Url> base = Url();
+  Sweep(
+    [&]
     {
       HeadlessUrlService urls;
-      const Result<Url> base = urls.GetBaseFolder();
-      EXPECT_TRUE(!base.HasError() || base.GetError().GetClass() == ErrorClass::kOutOfMemory) << MessageOf(base);
-    }
-    failed = StopFailingAllocations();
-  }
+      base = urls.GetBaseFolder();
+    },
+    [&](bool) { EXPECT_TRUE(!base.HasError() || base.GetError().GetClass() == ErrorClass::kOutOfMemory) << MessageOf(base); });
   unsetenv("TMPDIR");
 }
 
-TEST(FacadeOutOfMemory, StartsNotOrWholly)
+TEST(OutOfMemory, FacadeStartsNotOrWholly)
 {
-  for (Int failAt = 1;; ++failAt)
-  {
-    FakeModule module;
-    module.calls.reserve(16);
-    HostSettings settings;
-    settings.pluginPath = "folder/fake.so";
-    settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
-    std::string error;
-    FailAllocation(failAt);
-    std::unique_ptr<HeadlessHost> host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error);
-    const Int failed = StopFailingAllocations();
-    EXPECT_EQ(host == nullptr, !error.empty()) << failAt;
-    EXPECT_EQ(host == nullptr, failed > 0) << failAt;
-    host.reset();
-    if (!module.calls.empty())
-    {
-      EXPECT_EQ(module.calls.back(), "3") << failAt;
-    }
-    if (!failed)
-      return;
-  }
+  FakeModule module;
+  module.calls.reserve(16);
+  HostSettings settings;
+  settings.pluginPath = "folder/fake.so";
+  settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
+  std::string error;
+  std::unique_ptr<HeadlessHost> host;
+  Sweep([&] { host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error); },
+        [&](bool failed)
+        {
+          EXPECT_EQ(host == nullptr, failed);
+          EXPECT_EQ(error.empty(), !failed);
+          host.reset();
+          EXPECT_TRUE(module.calls.empty() || module.calls.back() == "3");
+          module.calls.clear();
+          error.clear();
+        });
 }
 
-TEST(FacadeOutOfMemory, LoadsAndTellsItByTheStatus)
+TEST(OutOfMemory, LoadTellsItByTheStatus)
 {
   TestFolder folder;
   FakeModule module;
@@ -170,23 +169,17 @@ TEST(FacadeOutOfMemory, LoadsAndTellsItByTheStatus)
   };
   LoadRequest request;
   request.path = folder.Write("a.gltf", "");
-  for (Int failAt = 1;; ++failAt)
-  {
-    HeadlessJob job;
-    FailAllocation(failAt);
-    const LoadReport report = host->Load(request, *document, job);
-    const Int failed = StopFailingAllocations();
-    EXPECT_TRUE(report.status == "none" || report.status == "out_of_memory") << failAt << " " << report.status;
-    if (!failed)
+  LoadReport report;
+  Sweep(
+    [&]
     {
-      EXPECT_EQ(report.status, "none");
-      EXPECT_EQ(job.GetMessages().size(), 1u);
-      return;
-    }
-  }
+      HeadlessJob job;
+      report = host->Load(request, *document, job);
+    },
+    [&](bool failed) { EXPECT_TRUE(report.status == "none" || (failed && report.status == "out_of_memory")) << report.status; });
 }
 
-TEST(JobOutOfMemory, TellsThatMessagesWereLost)
+TEST(OutOfMemory, JobTellsThatMessagesWereLost)
 {
   HeadlessJob job;
   const std::string text(100, 'x');
@@ -202,7 +195,7 @@ TEST(JobOutOfMemory, TellsThatMessagesWereLost)
 }
 
 // Our own request alone: what the library of threads asks for while it starts is beyond us.
-TEST(JobsOutOfMemory, IsAnError)
+TEST(OutOfMemory, ParallelLoopSaysSo)
 {
   HeadlessJobs jobs(1);
   Int visited = 0;
