@@ -228,29 +228,6 @@ TEST_P(RoundTrip, ShowsTheSameAgain)
   }
 }
 
-// Every part of a mesh that was split has a skin of its own. What skins show is not compared here: joints that point straight up keep
-// half of the digits of a file's numbers when they are read as angles.
-TEST_P(RoundTrip, KeepsSkins)
-{
-  const HeadlessOwner<HeadlessDocument> document = Load(_input);
-  const auto countSkins = [](const HeadlessDocument& scene)
-  {
-    const std::vector<const HeadlessPolygonObject*> meshes = ListMeshes(scene);
-    return std::count_if(meshes.begin(), meshes.end(),
-                         [](const HeadlessPolygonObject* mesh) { return mesh->FindTag(kWeightTagType) != nullptr; });
-  };
-  const auto skinCount = countSkins(*document);
-  if (skinCount == 0)
-    GTEST_SKIP() << "the file has no skins";
-  for (const Int32 format : {kGltfFormat, kGlbFormat})
-  {
-    const std::string path = Save(*document, format == kGlbFormat ? "skins.glb" : "skins.gltf",
-                                  {{kFileFormatParameter, HostValue(format)}, {kExportSkinsParameter, HostValue(true)}});
-    const HeadlessOwner<HeadlessDocument> again = Load(path);
-    EXPECT_GE(countSkins(*again), skinCount) << path;
-  }
-}
-
 // Saving mirrors Z, and with it reverses the whole list of indices: what was saved once has its triangles in reverse order after the
 // second time and as they were after the third, and nothing else changes.
 TEST_P(RoundTrip, ChangesNothingMore)

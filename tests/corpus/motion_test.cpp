@@ -1,0 +1,321 @@
+// Real files, one animation of them at a time, converted twice: a viewer of what was saved sees every node and every triangle where
+// it was, at every time. What a conversion changes on purpose is done to the original first.
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "host/headlesshost.h"
+#include "plugin/document/gltfexportoptions.h"
+#include "tests/corpus/motionchanges.h"
+
+namespace q7z::test
+{
+namespace
+{
+
+constexpr int kNodeTimes = 60;
+constexpr int kTriangleTimes = 20;
+constexpr double kNodeTolerance = 1e-4;  // of the model's size, or of an axis
+constexpr double kQuaternionTolerance = 1e-3;
+constexpr double kTriangleTolerance = 1e-3;
+
+std::string NameClip(const testing::TestParamInfo<Clip>& info)
+{
+  std::string name = std::filesystem::path(info.param.file).stem().string() +
+                     (info.param.animation < 0 ? "" : "_" + std::to_string(info.param.animation));
+  std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
+  return name;
+}
+
+/// Nodes of the original, and what they are in a saved file: each save puts a node for the scene above them and leaves out those that
+/// show nothing.
+class NodeMap
+{
+public:
+  NodeMap(const GltfViewer& original, const GltfViewer& saved, int sceneNodes) : _original(original), _saved(saved)
+  {
+    std::vector<int> roots = saved.GetRoots();
+    for (int i = 0; i < sceneNodes; ++i)
+      roots = saved.GetNodes().at(static_cast<size_t>(roots.at(0))).children;
+    Match(original.GetRoots(), roots);
+  }
+  const std::map<size_t, size_t>& Get() const { return _matches; }
+
+private:
+  /// Siblings are in the same order.
+  void Match(const std::vector<int>& children, const std::vector<int>& candidates)
+  {
+    auto next = candidates.begin();
+    for (const int child : children)
+    {
+      const GltfNode& node = _original.GetNodes().at(static_cast<size_t>(child));
+      const std::string name = !node.name.empty() ? node.name : node.mesh >= 0 ? "Mesh" : "Node_" + std::to_string(child);
+      const auto found =
+        std::find_if(next, candidates.end(), [&](int i) { return _saved.GetNodes().at(static_cast<size_t>(i)).name == name; });
+      EXPECT_TRUE(found != candidates.end() || !IsKept(child)) << "node " << child << " \"" << name << "\" is missing";
+      if (found == candidates.end())
+        continue;
+      next = found + 1;
+      _matches[static_cast<size_t>(child)] = static_cast<size_t>(*found);
+      Match(node.children, _saved.GetNodes().at(static_cast<size_t>(*found)).children);
+    }
+  }
+
+  bool IsKept(int index) const
+  {
+    const GltfNode& node = _original.GetNodes().at(static_cast<size_t>(index));
+    return node.mesh >= 0 || node.isCamera || _original.IsJoint(index) ||
+           std::any_of(node.children.begin(), node.children.end(), [&](int child) { return IsKept(child); });
+  }
+
+  const GltfViewer& _original;
+  const GltfViewer& _saved;
+  std::map<size_t, size_t> _matches;
+};
+
+double GetLargestAxis(const HostMatrix& m)
+{
+  return std::max({m.axisX.GetLength(), m.axisY.GetLength(), m.axisZ.GetLength()});
+}
+
+double GetAxisError(const HostMatrix& a, const HostMatrix& b)
+{
+  return std::max({(a.axisX - b.axisX).GetLength(), (a.axisY - b.axisY).GetLength(), (a.axisZ - b.axisZ).GetLength()});
+}
+
+double GetDistance(const GltfTriangle& a, const GltfTriangle& b, size_t turn)
+{
+  double error = 0;
+  for (size_t i = 0; i < 3; ++i)
+    error = std::max(error, (a[i] - b[(i + turn) % 3]).GetLength());
+  return error;
+}
+
+/// The diagonal of the box around all triangles and nodes.
+double GetSize(const GltfViewer& viewer, double time)
+{
+  Vector low{1e30, 1e30, 1e30};
+  Vector high = -low;
+  const auto take = [&](const Vector& point)
+  {
+    for (int i = 0; i < 3; ++i)
+    {
+      low[i] = std::min(low[i], point[i]);
+      high[i] = std::max(high[i], point[i]);
+    }
+  };
+  for (const HostMatrix& world : viewer.GetWorldMatrices(time))
+    take(world.offset);
+  for (const GltfTriangle& triangle : viewer.GetTriangles(time))
+    std::for_each(triangle.begin(), triangle.end(), take);
+  return (high - low).GetLength();
+}
+
+/// Triangles at several times, as paths that their corners take.
+using Paths = std::vector<std::vector<GltfTriangle>>;
+
+Paths CollectPaths(const GltfViewer& viewer, const std::vector<double>& times)
+{
+  Paths paths;
+  for (const double time : times)
+    paths.push_back(viewer.GetTriangles(time));
+  return paths;
+}
+
+/// Finds for each triangle the one that takes its path, in any order and from any corner on. @return the largest distance of the
+/// corners, infinite when one has none.
+double ComparePaths(const Paths& paths, const Paths& others, double near)
+{
+  std::multimap<std::int64_t, size_t> byPlace;
+  const auto getCell = [&](const GltfTriangle& triangle)
+  {
+    return std::llround((triangle[0].x + triangle[1].x + triangle[2].x + 2 * triangle[0].y + 2 * triangle[1].y +
+                         2 * triangle[2].y) /
+                        (8 * near));
+  };
+  for (size_t i = 0; i < others[0].size(); ++i)
+    byPlace.emplace(getCell(others[0][i]), i);
+  double worst = paths[0].size() == others[0].size() ? 0 : INFINITY;
+  for (size_t i = 0; i < paths[0].size(); ++i)
+  {
+    double best = INFINITY;
+    auto taken = byPlace.end();
+    const auto end = byPlace.upper_bound(getCell(paths[0][i]) + 1);
+    for (auto entry = byPlace.lower_bound(getCell(paths[0][i]) - 1); entry != end; ++entry)
+    {
+      for (size_t turn = 0; turn < 3; ++turn)
+      {
+        double error = 0;
+        for (size_t t = 0; t < paths.size() && error < best; ++t)
+          error = std::max(error, GetDistance(paths[t][i], others[t][entry->second], turn));
+        taken = error < best ? entry : taken;
+        best = std::min(best, error);
+      }
+    }
+    if (taken != byPlace.end())
+      byPlace.erase(taken);
+    worst = std::max(worst, best);
+  }
+  return worst;
+}
+
+std::vector<double> ListTimes(const std::pair<double, double>& range, int count)
+{
+  std::vector<double> times = {range.first};
+  for (int i = 1; i < count && range.first < range.second; ++i)
+    times.push_back(range.first + (range.second - range.first) * i / (count - 1));
+  return times;
+}
+
+/// How far a saved file is from the original, as parts of the model's size. Sizes of axes count as parts of the largest.
+struct Errors
+{
+  double nodes = 0;
+  double triangles = 0;
+};
+
+double CompareNodes(const GltfViewer& original, const GltfViewer& saved, const NodeMap& map, const std::vector<double>& times)
+{
+  const double size = GetSize(original, times[0]);
+  double worst = 0;
+  for (const double time : times)
+  {
+    const std::vector<HostMatrix> worlds = original.GetWorldMatrices(time);
+    const std::vector<HostMatrix> others = saved.GetWorldMatrices(time);
+    for (const auto& [node, other] : map.Get())
+    {
+      const double axis = std::max(GetLargestAxis(worlds[node]), 1e-3);
+      const double distance = (worlds[node].offset - others[other].offset).GetLength() / size;
+      // What is skinned is where its joints are.
+      if (original.GetNodes()[node].skin < 0)
+        worst = std::max({worst, distance, GetAxisError(worlds[node], others[other]) / axis});
+    }
+  }
+  return worst;
+}
+
+Errors Compare(const GltfViewer& original, const GltfViewer& saved, int sceneNodes, int triangleTimes)
+{
+  const std::pair<double, double> range = original.GetTimeRange();
+  const double size = GetSize(original, range.first);
+  const std::vector<double> times = ListTimes(range, triangleTimes);
+  return {CompareNodes(original, saved, NodeMap(original, saved, sceneNodes), ListTimes(range, kNodeTimes)),
+          ComparePaths(CollectPaths(original, times), CollectPaths(saved, times), kTriangleTolerance * size) / size};
+}
+
+class Motion : public testing::TestWithParam<Clip>
+{
+protected:
+  void SetUp() override
+  {
+    _path = WriteClip(GetParam(), _folder);
+    if (_path.empty())
+      GTEST_SKIP() << "GLTF_ASSETS names no folder with such a file";
+  }
+
+  /// @return the path of what was saved.
+  std::string Convert(const std::string& path, const std::string& name)
+  {
+    HostSettings settings;
+    settings.pluginPath = Q7Z_TEST_BIN_DIR "/io_gltf.so";
+    std::string error;
+    const std::unique_ptr<HeadlessHost> host = HeadlessHost::Create(settings, error);
+    const HeadlessOwner<HeadlessDocument> document = host->NewDocument();
+    HeadlessJob job;
+    LoadRequest load;
+    load.path = path;
+    load.texFolder = _folder.GetPath();
+    EXPECT_EQ(host->Load(load, *document, job).status, "none");
+    SaveRequest save;
+    save.path = _folder / name;
+    save.parameters = {{kFileFormatParameter, HostValue(name.ends_with(".glb") ? kGlbFormat : kGltfFormat)},
+                       {kExportSkinsParameter, HostValue(true)},
+                       {kExportTexturesParameter, HostValue(false)}};
+    const SaveReport saved = host->Save(save, *document);
+    EXPECT_TRUE(saved.Succeeded()) << saved.error;
+    return save.path;
+  }
+
+  TempFolder _folder;
+  std::string _path;
+};
+
+TEST_P(Motion, StaysInSavedFiles)
+{
+  const Change change = FindChange(GetParam());
+  const bool hasLostSkin = change == Change::kSkinLost;
+  const int triangleTimes = hasLostSkin || change == Change::kBentSkin ? 1 : kTriangleTimes;
+  const GltfFile file(_path);
+  GltfViewer original(file);
+  int sceneNodes = GetElements(file.GetRoot(), "scenes").empty() ? 0 : 1;
+  for (const char* const name : {"saved.glb", "again.gltf"})
+  {
+    SCOPED_TRACE(name);
+    ApplyChange(change, original);
+    _path = Convert(_path, name);
+    const GltfFile savedFile(_path);
+    const Errors errors = Compare(original, GltfViewer(savedFile), sceneNodes++, triangleTimes);
+    EXPECT_LE(errors.nodes, change == Change::kQuaternions ? kQuaternionTolerance : kNodeTolerance);
+    EXPECT_NE(errors.triangles <= kTriangleTolerance, hasLostSkin) << errors.triangles;
+    if (hasLostSkin)
+      break;  // joints without a skin are nodes like any other, and may not be kept
+  }
+}
+
+class ChangedMotion : public Motion
+{};
+
+TEST_P(ChangedMotion, IsNotAsItWas)
+{
+  const Change change = FindChange(GetParam());
+  const GltfFile file(_path);
+  GltfViewer original(file);
+  ApplyChange(Change::kNone, original);
+  const GltfFile savedFile(Convert(_path, "saved.glb"));
+  const int sceneNodes = GetElements(file.GetRoot(), "scenes").empty() ? 0 : 1;
+  const Errors errors = Compare(original, GltfViewer(savedFile), sceneNodes, change == Change::kSkinLost ? 1 : kTriangleTimes);
+  EXPECT_TRUE(errors.nodes > kNodeTolerance || errors.triangles > kTriangleTolerance);
+}
+
+// A new file of the assets is to stand in the list of clips.
+TEST(MotionClips, NameEveryFileThatMoves)
+{
+  std::set<std::string> files;
+  for (const Clip& clip : ListClips())
+    files.insert(clip.file);
+  const char* const assets = std::getenv("GLTF_ASSETS");
+  std::ifstream table(Q7Z_TEST_SOURCE_DIR "/tests/corpus/expected.tsv");
+  for (std::string line; assets && std::getline(table, line);)
+  {
+    const std::string name = line.substr(0, line.find('\t'));
+    const std::string path = std::string(assets) + "/" + name;
+    if (!line.starts_with("valid/") || line.find("\tnone\t") == std::string::npos || !std::filesystem::exists(path))
+      continue;
+    const std::string bytes = ReadWhole(path);
+    const bool moves = bytes.find("\"animations\"") != std::string::npos || bytes.find("\"skins\"") != std::string::npos ||
+                       bytes.find("\"targets\"") != std::string::npos;
+    EXPECT_EQ(moves, files.contains(name) || IsUnread(name)) << name;
+  }
+}
+
+std::vector<Clip> ListChangedClips()
+{
+  std::vector<Clip> clips = ListClips();
+  std::erase_if(clips, [](const Clip& clip) { return FindChange(clip) == Change::kNone; });
+  return clips;
+}
+
+INSTANTIATE_TEST_SUITE_P(Clips, Motion, testing::ValuesIn(ListClips()), NameClip);
+INSTANTIATE_TEST_SUITE_P(Clips, ChangedMotion, testing::ValuesIn(ListChangedClips()), NameClip);
+
+}  // namespace
+}  // namespace q7z::test
