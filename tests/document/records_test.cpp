@@ -61,25 +61,6 @@ const LenientRow kLenient[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Rows, LenientReaders, testing::ValuesIn(kLenient), RowName());
 
-TEST(ImportOptions, FallBackWithoutAnyEntry)
-{
-  const ImportOptions options;
-  EXPECT_EQ(options.GetScale(), 1.0);
-  EXPECT_TRUE(options.IsCameras());
-  EXPECT_TRUE(options.IsGeometry());
-  EXPECT_FALSE(options.IsSplitMesh());
-  EXPECT_EQ(options.GetPhongAngle(), 1.0);
-  EXPECT_EQ(Text(options.GetNormals()), "none");
-  EXPECT_TRUE(options.IsVertexColors());
-  EXPECT_TRUE(options.IsUvs());
-  EXPECT_TRUE(options.IsFlipZ());
-  EXPECT_TRUE(options.IsMaterials());
-  EXPECT_TRUE(options.IsAnimationTrs());
-  EXPECT_TRUE(options.IsMorphTargets());
-  EXPECT_TRUE(options.IsTargetsLayer());
-  EXPECT_FALSE(options.IsCleanTracks());
-}
-
 struct GateRow
 {
   const char* name;

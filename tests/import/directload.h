@@ -3,14 +3,10 @@
 // DirectLoad: the loader driven without the host's facade, for tests that give it a job, arguments or failures of their own. The
 // tables are those of the TestHost that is alive.
 
-#include <unistd.h>
-
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "host/scene/headlessdocument.h"
 #include "host/scene/headlessnode.h"
@@ -21,29 +17,6 @@
 
 namespace q7z::test
 {
-
-/// A file that goes with the object.
-class TestFile
-{
-public:
-  TestFile(const std::string& suffix, const Bytes& bytes)
-  {
-    static int count = 0;
-    _path = std::filesystem::path(Q7Z_TEST_TEMP_DIR) /
-            ("import-" + std::to_string(getpid()) + "-" + std::to_string(count++) + "." + suffix);
-    std::FILE* const file = std::fopen(_path.c_str(), "wb");
-    if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size() || std::fclose(file) != 0)
-      throw std::runtime_error("cannot write " + _path.string());
-  }
-  TestFile(const TestFile&) = delete;
-  TestFile& operator=(const TestFile&) = delete;
-  ~TestFile() { std::filesystem::remove(_path); }
-
-  std::string Path() const { return _path.string(); }
-
-private:
-  std::filesystem::path _path;
-};
 
 /// Remembers the last event; takes no memory, so that it also hears of loads that had none.
 class LastEvent final : public HostUsageReport

@@ -78,7 +78,7 @@ private:
 };
 
 /// Mesh 0 is a triangle with all attributes, mesh 1 two of them as two primitives, mesh 2 has a primitive without positions. Mesh 3
-/// repeats mesh 0.
+/// repeats mesh 0. Mesh 4 has two targets and hangs on the first joint of a skin.
 inline GltfJson SomeMeshes()
 {
   GltfJson file;
@@ -92,6 +92,12 @@ inline GltfJson SomeMeshes()
   file.Add("meshes", R"({"primitives":[)" + primitive + "," + primitive + "]}");
   file.Add("meshes", R"({"primitives":[{"attributes":{}}]})");
   file.Add("meshes", R"({"primitives":[)" + primitive + "]}");
+  const std::string joints = std::to_string(file.Values(std::vector<uint8_t>(12), 5121, "VEC4"));
+  const std::string weights = std::to_string(file.Floats({1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}, "VEC4"));
+  const std::string target = R"({"POSITION":)" + positions + R"(,"NORMAL":)" + positions + "}";
+  file.Add("meshes", R"({"weights":[0.5,1],"primitives":[{"attributes":{"POSITION":)" + positions + R"(,"NORMAL":)" + normals +
+                       R"(,"JOINTS_0":)" + joints + R"(,"WEIGHTS_0":)" + weights + R"(},"targets":[)" + target + "," + target +
+                       "]}]}");
   return file;
 }
 

@@ -6,13 +6,20 @@
 #include "host/services/headlessdialogs.h"
 #include "tests/import/directload.h"
 #include "tests/import/importfixture.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
 namespace
 {
 
-const char* const kOneNode = R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"A"}])";
+class DirectImport : public ImportTest
+{
+protected:
+  DirectImport() { Host().Host().ReplaceService(HostUsageReport::kId, static_cast<HostUsageReport*>(&_event)); }
+  TestFolder _folder;
+  LastEvent _event;
+};
 
 struct IdentifyCase
 {
@@ -40,16 +47,12 @@ const IdentifyCase kIdentifyCases[] = {
   {"BinaryUnderTheTextSuffix", "a.gltf", GlbHeader(0x46546C67, 2, 13), true},
   {"SuffixOfTheBinaryFormAlone", "a.glb", ToBytes("{}"), false},
   {"OldVersion", "a.glb", GlbHeader(0x46546C67, 1, 13), false},
+  {"NewerVersion", "a.glb", GlbHeader(0x46546C67, 3, 13), false},
   {"TooShortByItsHeader", "a.glb", GlbHeader(0x46546C67, 2, 12), false},
   {"OtherMagic", "a.glb", GlbHeader(0x46546C68, 2, 13), false},
   {"HeaderCutShort", "a.glb", {0x67, 0x6C, 0x54, 0x46, 2, 0, 0, 0, 13, 0, 0}, false},
   {"NoSuffix", "gltf", ToBytes("{}"), false},
 };
-
-void PrintTo(const IdentifyCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class ImportIdentify : public ImportTest, public testing::WithParamInterface<IdentifyCase>
 {};
@@ -84,18 +87,14 @@ public:
   std::vector<std::string> messages;
 };
 
-class ImportProgress : public ImportTest
-{
-protected:
-  ImportProgress() { Host().Host().ReplaceService(HostUsageReport::kId, static_cast<HostUsageReport*>(&_event)); }
-  LastEvent _event;
-};
+using ImportProgress = DirectImport;
 
 TEST_F(ImportProgress, RunsThroughThreeStages)
 {
-  const TestFile file("gltf", ToBytes(R"({"scenes":[{"nodes":[0,1]}],"nodes":[{"children":[2]},{},{},{}]})"));
+  const std::string file =
+    _folder.Write("a.gltf", ToBytes(R"({"scenes":[{"nodes":[0,1]}],"nodes":[{"children":[2]},{},{},{}]})"));
   RecordingJob job;
-  EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document(), &job), 0);
+  EXPECT_EQ(DirectLoad().Load(file, Host().Document(), &job), 0);
   EXPECT_STREQ(_event.status, "none");
   EXPECT_THAT(job.weights, testing::ElementsAre(0.1, 0.35, 0.55));
   EXPECT_THAT(job.titles, testing::ElementsAre("Reading the file", "Importing materials", "Building objects"));
@@ -107,14 +106,14 @@ TEST_F(ImportProgress, RunsThroughThreeStages)
 
 TEST_F(ImportProgress, CanBeCancelledAtEveryReport)
 {
-  const TestFile file("gltf", ToBytes(R"({"scenes":[{"nodes":[0]},{"nodes":[1]}],"nodes":[{},{}]})"));
+  const std::string file = _folder.Write("a.gltf", ToBytes(R"({"scenes":[{"nodes":[0]},{"nodes":[1]}],"nodes":[{},{}]})"));
   int cancelAt = 0;
   for (;; ++cancelAt)
   {
     RecordingJob job;
     job.cancelAt = cancelAt;
     const HeadlessOwner<HeadlessDocument> document = Host().Host().NewDocument();
-    const Int32 result = DirectLoad().Load(file.Path(), ToHost(document.get()), &job);
+    const Int32 result = DirectLoad().Load(file, ToHost(document.get()), &job);
     if (job.questions <= cancelAt)
     {
       EXPECT_STREQ(_event.status, "none");
@@ -129,10 +128,10 @@ TEST_F(ImportProgress, CanBeCancelledAtEveryReport)
 
 TEST_F(ImportProgress, CancelledSceneIsGoneAndEarlierOnesStay)
 {
-  const TestFile file("gltf", ToBytes(R"({"scenes":[{"nodes":[0]},{"nodes":[1]}],"nodes":[{},{}]})"));
+  const std::string file = _folder.Write("a.gltf", ToBytes(R"({"scenes":[{"nodes":[0]},{"nodes":[1]}],"nodes":[{},{}]})"));
   RecordingJob job;
   job.cancelAt = 7;  // behind the node of the second scene
-  EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document(), &job), -8);
+  EXPECT_EQ(DirectLoad().Load(file, Host().Document(), &job), -8);
   EXPECT_EQ(Outline(), "Scene 0[Node_0]");
 }
 
@@ -155,33 +154,31 @@ struct StatusCase
   const char* name;
   const char* text;  // the file; null for one that is not there
   const char* status;
-  Int32 result = 0;
-  Int32 boxText = 0;  // number of the text in the message box; 0 for no box
+  Int32 boxText;  // number of the text in the message box; 0 for no box
+  const char* error;
   Int32 refusedType = 0;
-  const char* outline = "";
-  const char* error = "";
 };
 
-void PrintTo(const StatusCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
+#define CONDITION(TEXT) "Illegal state: Condition " TEXT " not fulfilled."
+constexpr const char* kWalkFailed = CONDITION("FillInLoadedData(jsonGLTF)");
 
 const StatusCase kStatusCases[] = {
-  {"Success", R"({"scenes":[{}]})", "none", 0, 0, 0, "Scene 0"},
-  {"NoFile", nullptr, "io_error", -3, 0, 0, "", "The document is no plain file."},
-  {"NoJson", "{", "unexpected_error", 0, 10010, 0, "", "JSON file couldn't be read"},
-  {"EmptyObject", "{}", "unknown_error", 0, 10021, 0, "", "Illegal state: Condition jsonGLTF.IsPopulated() not fulfilled."},
-  {"RequiredExtension", R"({"extensionsUsed":["X_y"],"extensionsRequired":["X_y"]})", "unexpected_error", 0, 10010, 0, "",
-   "The file requires extensions: X_y"},
-  {"NoSceneGroup", R"({"scenes":[{}]})", "unknown_error", 0, 10021, kNullObjectType, "",
-   "Illegal state: Condition sceneParent not fulfilled."},
-  {"NoGroupForRoots", R"({"nodes":[{}]})", "out_of_memory", 0, 10022, kNullObjectType},
-  {"NoJoints", R"({"scenes":[{"nodes":[0]}],"nodes":[{}],"skins":[{"joints":[0]}]})", "out_of_memory", 0, 10022,
+  {"Success", R"({"scenes":[{}]})", "none", 0, ""},
+  {"NoFile", nullptr, "io_error", 0, "The document is no plain file."},
+  {"NoJson", "{", "unexpected_error", 10010, "JSON file couldn't be read"},
+  {"TextBehind", "{} {}", "unexpected_error", 10010, "JSON file couldn't be read"},
+  {"EmptyObject", "{}", "unknown_error", 10021, CONDITION("jsonGLTF.IsPopulated()")},
+  {"NodesNoArray", R"({"nodes":{}})", "unknown_error", 10021, kWalkFailed},
+  {"NodeNoObject", R"({"nodes":[{},1]})", "unknown_error", 10021, kWalkFailed},
+  {"BuffersNull", R"({"buffers":null})", "unknown_error", 10021, kWalkFailed},
+  {"NoSceneGroup", R"({"scenes":[{}]})", "unknown_error", 10021, CONDITION("sceneParent"), kNullObjectType},
+  {"NoGroupForRoots", R"({"nodes":[{}]})", "out_of_memory", 10022, "Out of memory.", kNullObjectType},
+  {"NoJoints", R"({"scenes":[{"nodes":[0]}],"nodes":[{}],"skins":[{"joints":[0]}]})", "out_of_memory", 10022, "Out of memory.",
    kJointObjectType},
 };
+#undef CONDITION
 
-class ImportStatus : public ImportTest, public testing::WithParamInterface<StatusCase>
+class ImportStatus : public DirectImport, public testing::WithParamInterface<StatusCase>
 {
 protected:
   ImportStatus()
@@ -192,22 +189,18 @@ protected:
     tables.object = &_objects;
     tables.dialog = &_dialogs;
     _dialogs.onMessage = [this](const std::string& text) { _boxes.push_back(text); };
-    Host().Host().ReplaceService(HostUsageReport::kId, static_cast<HostUsageReport*>(&_event));
-    if (GetParam().text)
-      _file.emplace("gltf", ToBytes(GetParam().text));
   }
 
   Int32 RunWithFlags(Int32 flags)
   {
-    const std::string path = _file ? _file->Path() : "/no/such/folder/a.gltf";
+    const std::string path =
+      GetParam().text ? _folder.Write("a.gltf", std::string_view(GetParam().text)) : "/no/such/folder/a.gltf";
     return _load.Loader().Load(_load.Node(), DirectLoad::Name(path), Host().Document(), flags, &_error);
   }
 
   RefusingObjects _objects;
   HeadlessDialogs _dialogs;
   std::vector<std::string> _boxes;
-  LastEvent _event;
-  std::optional<TestFile> _file;
   DirectLoad _load;
   String _error;
 };
@@ -215,35 +208,26 @@ protected:
 TEST_P(ImportStatus, TellsHowTheLoadEnded)
 {
   const StatusCase& row = GetParam();
-  EXPECT_EQ(RunWithFlags(kLoadObjects | kLoadMaterials), row.result);
+  EXPECT_EQ(RunWithFlags(kLoadObjects | kLoadMaterials), row.status == std::string("io_error") ? -3 : 0);
   EXPECT_STREQ(_event.status, row.status);
   EXPECT_TRUE(_event.isLoadEvent);
   EXPECT_EQ(_event.count, 1);
-  EXPECT_EQ(Outline(), row.outline);
+  EXPECT_EQ(Outline(), row.status == std::string("none") ? "Scene 0" : "");
   EXPECT_THAT(_boxes, testing::IsEmpty());
-  if (row.error[0])
-  {
-    EXPECT_EQ(std::string(_error.GetView()), row.error);
-  }
-  EXPECT_EQ(_error.IsEmpty(), row.status == std::string("none"));
+  EXPECT_EQ(std::string(_error.GetView()), row.error);
 }
 
-TEST_P(ImportStatus, ShowsABoxWhereDialogsAreAllowed)
+TEST_P(ImportStatus, ShowsABoxWhereDialogsAreAllowedAndIsForgotten)
 {
   RunWithFlags(kLoadObjects | kLoadDialogsAllowed);
   if (GetParam().boxText == 0)
     EXPECT_THAT(_boxes, testing::IsEmpty());
   else
     EXPECT_THAT(_boxes, testing::ElementsAre(std::string(HostLoadString(GetParam().boxText).GetView())));
-}
-
-TEST_P(ImportStatus, LeavesTheLoaderReadyForTheNextLoad)
-{
-  RunWithFlags(kLoadObjects);
   _objects.refusedType = 0;
-  const TestFile good("gltf", ToBytes(R"({"scenes":[{"name":"S"}]})"));
+  const std::string good = _folder.Write("good.gltf", std::string_view(R"({"scenes":[{"name":"S"}]})"));
   const HeadlessOwner<HeadlessDocument> document = Host().Host().NewDocument();
-  EXPECT_EQ(_load.Load(good.Path(), ToHost(document.get())), 0);
+  EXPECT_EQ(_load.Load(good, ToHost(document.get())), 0);
   EXPECT_STREQ(_event.status, "none");
   EXPECT_EQ(WriteOutline(ToHost(document.get())), "S");
 }
@@ -269,27 +253,27 @@ TEST_F(ImportDiagnostics, FailedLoadTellsTheWholeChain)
                                                testing::HasSubstr("gltfutilities.cpp:"))));
 }
 
-using ImportArguments = ImportProgress;
+using ImportArguments = DirectImport;
 
 TEST_F(ImportArguments, NothingIsDoneWithoutObjectsAndMaterials)
 {
-  const TestFile file("gltf", ToBytes(R"({"scenes":[{}]})"));
+  const std::string file = _folder.Write("a.gltf", ToBytes(R"({"scenes":[{}]})"));
   for (const Int32 flags : {0, 4, 8, 32, 0x7ffffffc})
-    EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document(), nullptr, flags), 0) << flags;
+    EXPECT_EQ(DirectLoad().Load(file, Host().Document(), nullptr, flags), 0) << flags;
   EXPECT_EQ(Outline(), "");
   EXPECT_EQ(_event.count, 0);
 }
 
 TEST_F(ImportArguments, MaterialsAloneLoadAll)
 {
-  const TestFile file("gltf", ToBytes(R"({"scenes":[{}]})"));
-  EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document(), nullptr, kLoadMaterials), 0);
+  const std::string file = _folder.Write("a.gltf", ToBytes(R"({"scenes":[{}]})"));
+  EXPECT_EQ(DirectLoad().Load(file, Host().Document(), nullptr, kLoadMaterials), 0);
   EXPECT_EQ(Outline(), "Scene 0");
 }
 
 TEST_F(ImportArguments, MissingOnesEndTheLoad)
 {
-  const TestFile file("gltf", ToBytes(R"({"scenes":[{}]})"));
+  const std::string file = _folder.Write("a.gltf", ToBytes(R"({"scenes":[{}]})"));
   const HostFilename name("/a/b.GLB"_s);
   DirectLoad load;
   String error;
@@ -368,7 +352,10 @@ private:
 class FixedHash final : public HostHash
 {
 public:
-  Result<String> HashText(const String& text) noexcept override { return String::Join({"<"_s, text, ">"_s}); }
+  Result<String> HashText(const String& text) noexcept override
+  {
+    return fails ? Result<String>(Error::OutOfMemory()) : String::Join({"<"_s, text, ">"_s});
+  }
   Result<String> HashFile(const Url&) noexcept override
   {
     if (fails)
@@ -378,7 +365,7 @@ public:
   Bool fails = false;
 };
 
-class ImportReport : public ImportTest
+class ImportReport : public DirectImport
 {
 protected:
   ImportReport()
@@ -392,8 +379,9 @@ protected:
 
 TEST_F(ImportReport, HasItsEntries)
 {
-  const TestFile file("gltf", ToBytes(R"({"asset":{"generator":"a maker"},"extensionsUsed":["X_y"],"scenes":[{}]})"));
-  EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document()), 0);
+  const std::string file =
+    _folder.Write("a.gltf", ToBytes(R"({"asset":{"generator":"a maker"},"extensionsUsed":["X_y"],"scenes":[{}]})"));
+  EXPECT_EQ(DirectLoad().Load(file, Host().Document()), 0);
   EXPECT_EQ(_report.name, "net.tarno.analytics.exchange");
   EXPECT_THAT(_report.lines,
               testing::
@@ -406,18 +394,18 @@ TEST_F(ImportReport, IsSentWithoutWhatCannotBeHad)
 {
   _hash.fails = true;
   Host().Host().ReplaceService(HostJson::kId, nullptr);
-  const TestFile file("gltf", ToBytes("{}"));
-  EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document()), 0);
+  const std::string file = _folder.Write("a.gltf", ToBytes("{}"));
+  EXPECT_EQ(DirectLoad().Load(file, Host().Document()), 0);
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"file_id=", "error=unknown_error", "generator=", "details="}));
 }
 
 TEST_F(ImportReport, NamesTheFormThatWasIdentified)
 {
   const Bytes glb = GlbBuilder().PaddedJson(R"({"scenes":[{}]})").File();
-  const TestFile file("bin", glb);
+  const std::string file = _folder.Write("a.bin", glb);
   DirectLoad load;
-  ASSERT_TRUE(load.Identify(file.Path(), glb));
-  EXPECT_EQ(load.Load(file.Path(), Host().Document()), 0);
+  ASSERT_TRUE(load.Identify(file, glb));
+  EXPECT_EQ(load.Load(file, Host().Document()), 0);
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"extension=glb", "error=none"}));
 }
 
@@ -429,14 +417,93 @@ TEST_F(ImportReport, TakesTheSuffixWhenThereWasNoLoad)
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"extension=suffix", "error=unknown_error"}));
 }
 
-using ImportWithoutReport = ImportTest;
-
-TEST_F(ImportWithoutReport, Loads)
+TEST_F(DirectImport, NeedsNoReport)
 {
   Host().Host().ReplaceService(HostUsageReport::kId, nullptr);
-  const TestFile file("gltf", ToBytes(std::string("{") + kOneNode + "}"));
-  EXPECT_EQ(DirectLoad().Load(file.Path(), Host().Document()), 0);
-  EXPECT_EQ(Outline(), "Scene 0[A]");
+  EXPECT_EQ(DirectLoad().Load(_folder.Write("a.gltf", std::string_view(R"({"scenes":[{}]})")), Host().Document()), 0);
+  EXPECT_EQ(Outline(), "Scene 0");
+}
+
+TEST_F(ImportTest, ParserHashesAndPlacesAreNeeded)
+{
+  const std::pair<const char*, const char*> rows[] = {{HostHash::kId, "The host offers no text hash."},
+                                                      {HostJson::kId, "The host offers no JSON parser."},
+                                                      {HostUrlService::kId, "The host offers no URL service."}};
+  for (const auto& [id, message] : rows)
+  {
+    Host().Host().ReplaceService(id, nullptr);
+    EXPECT_EQ(Host().LoadText(R"({"extensionsUsed":["X_y"]})"), "unknown_error");
+    EXPECT_THAT(Host().Report().error, testing::StartsWith(message));
+  }
+}
+
+// What a file lists as extensions, what the user is told, and how the load ends.
+struct ExtensionsCase
+{
+  const char* name;
+  const char* text;
+  const char* used;      // as told; null for no message
+  const char* required;  // the same
+  const char* details;   // of the report: the extensions
+};
+
+class ImportHash : public ImportTest
+{
+protected:
+  ImportHash() { Host().Host().ReplaceService(HostHash::kId, static_cast<HostHash*>(&_hash)); }
+  FixedHash _hash;
+};
+
+class ImportExtensions : public ImportHash, public testing::WithParamInterface<ExtensionsCase>
+{};
+
+TEST_P(ImportExtensions, AreReportedOrRefused)
+{
+  const ExtensionsCase& row = GetParam();
+  EXPECT_EQ(Host().LoadText(row.text), row.required ? "unexpected_error" : "none");
+  std::vector<std::string> messages;
+  if (row.used)
+    messages.push_back("4 The file uses these extensions, which are ignored: " + std::string(row.used));
+  if (row.required)
+  {
+    messages.push_back("8 The file cannot be loaded, because it requires these extensions: " + std::string(row.required));
+    EXPECT_EQ(Host().Report().error, "The file requires extensions: " + std::string(row.required));
+  }
+  std::vector<std::string> told;
+  for (const JobMessage& message : Host().Messages())
+    told.push_back(std::to_string(static_cast<int>(message.messageClass)) + " " + message.text);
+  EXPECT_EQ(told, messages);
+  const std::string extensions = *row.details ? R"("extensions":[)" + std::string(row.details) + "]," : "";
+  EXPECT_EQ(Host().Report().details, "{" + extensions + R"("generator":"","error":")" + Host().Report().status + "\"}");
+}
+
+const ExtensionsCase kExtensionsCases[] = {
+  {"UsedTwice", R"({"extensionsUsed":["A","B","A"]})", "A, B", nullptr,
+   R"({"id":"<A>","required":false},{"id":"<B>","required":false})"},
+  {"RequiredOfNoneUsed", R"({"extensionsUsed":[],"extensionsRequired":["A"]})", nullptr, nullptr, ""},
+  {"RequiredOnlyAndBroken", R"({"extensionsRequired":1,"scene":0})", nullptr, nullptr, ""},
+  {"OtherRequired", R"({"extensionsUsed":["A"],"extensionsRequired":["B","a"]})", "A", nullptr,
+   R"({"id":"<A>","required":false})"},
+  {"OneRequired", R"({"extensionsUsed":["A","B"],"extensionsRequired":["B"]})", "A, B", "B",
+   R"({"id":"<A>","required":false},{"id":"<B>","required":true})"},
+  {"AllRequired", R"({"extensionsUsed":["A","B"],"extensionsRequired":["B","A"]})", "A, B", "A, B",
+   R"({"id":"<A>","required":true},{"id":"<B>","required":true})"},
+  {"EmptyName", R"({"extensionsUsed":[""],"extensionsRequired":[""]})", nullptr, nullptr, R"({"id":"<>","required":true})"},
+  {"EmptyNameAndAnother", R"({"extensionsUsed":["","A"]})", ", A", nullptr,
+   R"({"id":"<>","required":false},{"id":"<A>","required":false})"},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, ImportExtensions, testing::ValuesIn(kExtensionsCases), RowName());
+
+TEST_F(ImportHash, ExtensionsThatAreNoListOrHaveNoHashEndTheLoad)
+{
+  for (const char* const text :
+       {R"({"extensionsUsed":"A"})", R"({"extensionsUsed":[1]})", R"({"extensionsUsed":["A"],"extensionsRequired":[1]})"})
+  {
+    EXPECT_NE(Host().LoadText(text), "none") << text;
+    EXPECT_THAT(Host().Messages(), testing::IsEmpty()) << text;
+  }
+  _hash.fails = true;
+  EXPECT_EQ(Host().LoadText(R"({"extensionsUsed":["A"]})"), "out_of_memory");
 }
 
 }  // namespace
