@@ -13,7 +13,7 @@ namespace
 
 constexpr Int kMaxFileBytes = Int(1) << 30;
 // Enough for the header of most files; profiles and previews may stand before that of a JPEG file.
-constexpr Int kHeaderBytes = Int(1) << 16;
+constexpr Int kStartBytes = Int(1) << 16;
 
 Result<BaseArray<Byte>> ReadStart(PlatformFile& file, Int byteCount) noexcept
 {
@@ -113,7 +113,7 @@ std::string DescribeImageFile(const std::string& path)
   PlatformFile file;
   if (path.empty() || !file.Open(path.c_str(), PlatformOpen::kRead))
     return "missing";
-  const Int startBytes = std::min(file.GetLength(), kHeaderBytes);
+  const Int startBytes = std::min(file.GetLength(), kStartBytes);
   Result<ImageInfo> info = ReadFileInfo(file, startBytes);
   if (info.HasError() && startBytes < file.GetLength())
     info = ReadFileInfo(file, std::min(file.GetLength(), kMaxFileBytes));

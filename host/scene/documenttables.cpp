@@ -69,7 +69,7 @@ String SceneDocumentTable::GetActiveNodeSpace() noexcept
     return _state.nodeSpace;
   if (_state.activeDocument)
     return _state.activeDocument->GetNodeSpace();
-  return String(Q7Z_NODE_SPACE_ID, sizeof(Q7Z_NODE_SPACE_ID) - 1);
+  return kStandardNodeSpace;
 }
 
 HostDocument* SceneDocumentTable::GetActiveDocument() noexcept

@@ -63,7 +63,7 @@ Bool HeadlessDocument::Init() noexcept
   constexpr HostTime kStart{0, 1};
   constexpr HostTime kEnd{3, 1};
   _layerRoot.reset(new (std::nothrow) HeadlessLayer(this, true));
-  _nodeSpace = String(Q7Z_NODE_SPACE_ID, sizeof(Q7Z_NODE_SPACE_ID) - 1);
+  _nodeSpace = kStandardNodeSpace;
   HeadlessContainer& parameters = GetParameters();
   return _layerRoot && _takeData.Init(this) && parameters.Set(kDocumentRateParameter, Int32(30)) &&
          parameters.Set(kDocumentStartParameter, kStart) && parameters.Set(kDocumentEndParameter, kEnd) &&

@@ -22,6 +22,9 @@ Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noex
 /// Bytes that must be readable behind a text that is parsed.
 inline constexpr Int kJsonPadding = 64;
 
+/// How deep arrays and objects may nest, in what is read and in what is written.
+inline constexpr size_t kDeepestJson = 1024;
+
 /// The JSON text of a value. Non-finite numbers are an error.
 Result<String> WriteJson(const Data& value, Bool formatted) noexcept;
 

@@ -29,7 +29,6 @@ namespace dom = simdjson::dom;
 // Longer texts are not packed.
 constexpr Int kLongestPacked = Int(4) << 10;
 constexpr Int kLargestPoolBlock = Int(64) << 10;
-constexpr size_t kDeepest = 1024;
 // Whole numbers of fewer digits fit 64 bits.
 constexpr size_t kLongIntegerDigits = 19;
 
@@ -142,7 +141,7 @@ private:
 
   Result<Data> BuildArray(const dom::array& array, size_t depth) noexcept
   {
-    if (depth > kDeepest)
+    if (depth > kDeepestJson)
       return MakeParseError(simdjson::DEPTH_ERROR);
     const Int first = _values.GetCount();
     for (const dom::element element : array)
@@ -157,7 +156,7 @@ private:
 
   Result<Data> BuildObject(const dom::object& object, size_t depth) noexcept
   {
-    if (depth > kDeepest)
+    if (depth > kDeepestJson)
       return MakeParseError(simdjson::DEPTH_ERROR);
     const Int first = _members.GetCount();
     for (const dom::key_value_pair field : object)
@@ -256,7 +255,7 @@ Result<Data> ParseText(std::string_view text, StringBlock* block, JsonPayloads* 
 {
   dom::parser parser;
   // The parser does not count an innermost container that is empty, so one level more is let through here and counted later.
-  if (const simdjson::error_code error = parser.allocate(std::max<size_t>(text.size(), 64), kDeepest + 1))
+  if (const simdjson::error_code error = parser.allocate(std::max<size_t>(text.size(), 64), kDeepestJson + 1))
     return MakeParseError(error);
   dom::element root;
   simdjson::error_code error = parser.parse(text.data(), text.size(), false).get(root);

@@ -18,7 +18,6 @@ namespace
 {
 
 constexpr size_t kIndent = 2;
-constexpr size_t kDeepest = 1024;
 constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
 /// Text that grows in a block, so that what is ready needs no copy. Throws bad_alloc.
@@ -87,15 +86,15 @@ bool NeedsEscape(char byte) noexcept
 }
 
 /// The bytes at the start of text that are written as they are.
-size_t GetPlainLength(std::string_view text) noexcept
+size_t GetUnescapedLength(std::string_view text) noexcept
 {
-  constexpr size_t kBlock = 32;
+  constexpr size_t kBytes = 32;
   size_t position = 0;
-  for (; position + kBlock <= text.size(); position += kBlock)
+  for (; position + kBytes <= text.size(); position += kBytes)
   {
     // Without a branch for each byte, so that the compiler can test many at once.
     unsigned special = 0;
-    for (size_t i = 0; i < kBlock; ++i)
+    for (size_t i = 0; i < kBytes; ++i)
       special |= static_cast<unsigned>(NeedsEscape(text[position + i]));
     if (special)
       break;
@@ -151,7 +150,7 @@ private:
 
   Result<void> WriteArray(const DataArrayView& elements, size_t depth)
   {
-    if (depth > kDeepest)
+    if (depth > kDeepestJson)
       return MakeDepthError();
     _text.Append('[');
     for (const Data& element : elements)
@@ -169,7 +168,7 @@ private:
 
   Result<void> WriteDictionary(const DataDictionary& dictionary, size_t depth)
   {
-    if (depth > kDeepest)
+    if (depth > kDeepestJson)
       return MakeDepthError();
     _text.Append('{');
     for (const DataMember& member : dictionary)
@@ -225,7 +224,7 @@ private:
   {
     while (!text.empty())
     {
-      const size_t plain = GetPlainLength(text);
+      const size_t plain = GetUnescapedLength(text);
       _text.Append(text.substr(0, plain));
       if (plain == text.size())
         return;

@@ -14,9 +14,6 @@ namespace q7z
 namespace
 {
 
-constexpr String kSpline = "CUBICSPLINE"_s;
-constexpr String kLinear = "LINEAR"_s;
-constexpr String kStep = "STEP"_s;
 constexpr Int32 kUsualRate = 30;
 
 void Widen(GltfTimeRange& range, const GltfTimeRange& other) noexcept
@@ -110,9 +107,9 @@ InterpolationMode GetSamplerInterpolationMode(const GltfAnimationSampler* sample
     PrintError("A channel of an animation has no sampler"_s, checked.GetError());
     return InterpolationMode::Linear;
   }
-  if (sampler->interpolation == kSpline)
+  if (sampler->interpolation == kSplineInterpolation)
     return InterpolationMode::Spline;
-  return sampler->interpolation == kStep ? InterpolationMode::Step : InterpolationMode::Linear;
+  return sampler->interpolation == kStepInterpolation ? InterpolationMode::Step : InterpolationMode::Linear;
 }
 
 Int GetKeyCount(const GltfAnimationSampler& sampler) noexcept
@@ -223,9 +220,9 @@ KeyBracket KeyTimeline::FindBracket(Float seconds) noexcept
 template <typename T>
 T Interpolate(const String& interpolation, const KeyframeOf<T>& a, const KeyframeOf<T>& b, Float s, Float dt) noexcept
 {
-  if (interpolation == kLinear)
+  if (interpolation == kLinearInterpolation)
     return a.value * (1 - s) + b.value * s;
-  if (interpolation != kSpline)
+  if (interpolation != kSplineInterpolation)
     return T{};
   const Float s2 = s * s;
   const Float s3 = std::pow(s, 3.0);
@@ -243,7 +240,7 @@ Result<void> Evaluate(const GltfAnimationSampler& sampler, KeyTimeline& timeline
   if (hasPrevious)
     RETURN_IF_ERROR(read(bracket.previous, a));
   value = a.value;
-  if (bracket.isOnPrevious || sampler.interpolation == kStep || bracket.next < 0)
+  if (bracket.isOnPrevious || sampler.interpolation == kStepInterpolation || bracket.next < 0)
     return {};
   KeyframeOf<T> b;
   RETURN_IF_ERROR(read(bracket.next, b));

@@ -8,20 +8,12 @@
 namespace q7z
 {
 
-namespace
-{
-
-constexpr String kSpline = "CUBICSPLINE"_s;
-constexpr String kLinear = "LINEAR"_s;
-
-}  // namespace
-
 Result<void> GltfAnimationSampler::ReadFromJson(const DataDictionary& element) noexcept
 {
   ASSIGN_OR_RETURN(input, ReadRequiredInt(element, keys::kInput));
   ASSIGN_OR_RETURN(output, ReadRequiredInt(element, keys::kOutput));
-  interpolation = ReadString(element, keys::kInterpolation, kLinear);
-  valuesPerKey = interpolation == kSpline ? 3 : 1;
+  interpolation = ReadString(element, keys::kInterpolation, kLinearInterpolation);
+  valuesPerKey = interpolation == kSplineInterpolation ? 3 : 1;
   return {};
 }
 

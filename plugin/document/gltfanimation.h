@@ -13,6 +13,11 @@ namespace q7z
 class GltfAccessor;
 struct GltfData;
 
+// Values of a sampler's "interpolation".
+inline constexpr String kLinearInterpolation = "LINEAR"_s;
+inline constexpr String kStepInterpolation = "STEP"_s;
+inline constexpr String kSplineInterpolation = "CUBICSPLINE"_s;
+
 struct GltfAnimationSampler
 {
   Result<void> ReadFromJson(const DataDictionary& element) noexcept;

@@ -12,9 +12,9 @@ namespace
 // Parameters of the pose morph tag.
 constexpr Int32 kMixedParameter = 1009;
 constexpr Int32 kModeParameter = 1001;
-constexpr Int32 kPointsParameter = 1017;
-constexpr Int32 kNormalsParameter = 1053;
-constexpr Int32 kUvsParameter = 1023;
+constexpr Int32 kMixedPointsParameter = 1017;
+constexpr Int32 kMixedNormalsParameter = 1053;
+constexpr Int32 kMixedUvsParameter = 1023;
 
 // As points go: a pose is an object, however small.
 constexpr Int kElementsPerPose = 32;
@@ -187,7 +187,9 @@ Result<void> TargetCreator::SwitchOn() noexcept
   {
     Bool isOn;
     Int32 parameter;
-  } switches[] = {{_mixesPoints, kPointsParameter}, {_mixesNormals, kNormalsParameter}, {_mixesUvs, kUvsParameter}};
+  } switches[] = {{_mixesPoints, kMixedPointsParameter},
+                  {_mixesNormals, kMixedNormalsParameter},
+                  {_mixesUvs, kMixedUvsParameter}};
   for (const auto& entry : switches)
   {
     if (entry.isOn && !_poseMorphTag->SetParameter(entry.parameter, Int32(1)))

@@ -18,7 +18,7 @@ constexpr int kComponents = 4;  // joints a point and set
 constexpr Int kElementsPerJoint = 8;
 
 // Vertices that are read in one go; what they need stays in the cache.
-constexpr Int32 kChunkVertices = 256;
+constexpr Int32 kBatchVertices = 256;
 
 /// The accessors of one set, with types that can be read.
 struct WeightSet
@@ -29,9 +29,9 @@ struct WeightSet
 
 struct Chunk
 {
-  UInt32 joints[kChunkVertices][kComponents];
-  Float weights[kChunkVertices][kComponents];
-  HostPointWeight entries[kChunkVertices * kComponents];
+  UInt32 joints[kBatchVertices][kComponents];
+  Float weights[kBatchVertices][kComponents];
+  HostPointWeight entries[kBatchVertices * kComponents];
 };
 
 Result<void> TakeFromBudget(const SkinCreator& skinCreator, Int count, Int elementsEach) noexcept
@@ -104,10 +104,10 @@ Result<void> AddWeightSet(const SkinCreator& skinCreator, const WeightSet& set, 
 {
   RETURN_IF_ERROR(TakeFromBudget(skinCreator, vertexCount, kComponents));
   Chunk chunk;
-  for (Int first = 0; first < vertexCount; first += kChunkVertices)
+  for (Int first = 0; first < vertexCount; first += kBatchVertices)
   {
     const Int left = vertexCount - first;
-    const Int32 count = left < kChunkVertices ? static_cast<Int32>(left) : kChunkVertices;
+    const Int32 count = left < kBatchVertices ? static_cast<Int32>(left) : kBatchVertices;
     RETURN_IF_ERROR(ReadJoints(set.joints, first, count, chunk));
     RETURN_IF_ERROR(ReadWeights(set.weights, first, count, chunk));
     const Int32 firstPoint = static_cast<Int32>(cursorPoints + first);

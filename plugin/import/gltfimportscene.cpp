@@ -15,7 +15,6 @@ namespace
 constexpr Float kMaterialWeight = 0.35;
 constexpr Int32 kMaterialTitle = 10019;
 constexpr Int32 kMaterialFailedText = 10016;
-constexpr String kNodeSpace = Q7Z_NODE_SPACE_ID ""_s;
 constexpr Float kHierarchyWeight = 0.55;
 constexpr Int32 kHierarchyTitle = 10018;
 
@@ -60,7 +59,7 @@ Result<void> GltfImporter::ConstructScene() noexcept
 Result<void> GltfImporter::LoadMaterials(const LoadProgress& progress) noexcept
 {
   const Int materialCount = _gltfData.materials.GetCount();
-  if (!_options.IsMaterials() || materialCount == 0 || HostGetActiveNodeSpace() != kNodeSpace)
+  if (!_options.IsMaterials() || materialCount == 0 || HostGetActiveNodeSpace() != kStandardNodeSpace)
     return {};
   const Result<void> prepared = _materialImporter.Init(_doc, _fileUrl);
   if (prepared.HasError())  // a material that needs what is missing falls back by itself

@@ -18,7 +18,6 @@ namespace q7z
 namespace
 {
 
-constexpr String kNodeSpace = Q7Z_NODE_SPACE_ID ""_s;
 constexpr const Char* kLinearProfile = "net.tarno.image.colorprofile.linear_rgb";
 
 /// Which texture a texture of a record becomes, and the bitmap that it is known by.
@@ -136,7 +135,7 @@ Result<void> MaterialDescriptor::ExchangeMaterialExport(const DataDictionary& se
 {
   ASSIGN_OR_RETURN(const String nodeSpaceId, ReadRequiredString(settings, keys::kSpaceId));
   // Materials of other spaces have nothing to hand over and stay plain.
-  if (nodeSpaceId != kNodeSpace)
+  if (nodeSpaceId != kStandardNodeSpace)
     return {};
   HostMaterialExport* const exchange = FindService<HostMaterialExport>();
   if (!exchange)

@@ -2,6 +2,7 @@
 
 // The host's numbers that more than one subsystem uses. They stay numeric where a check quotes them.
 
+#include "framework/string.h"
 #include "framework/types.h"
 
 namespace q7z
@@ -71,6 +72,6 @@ inline constexpr Int32 kLoadDialogsAllowed = 8;
 inline constexpr Int32 kLoadMerging = 32;
 
 /// The node space in which materials are made by import and read by export.
-#define Q7Z_NODE_SPACE_ID "com.brenmoor3d.brenmoor4q7z.class.nodespace"
+inline constexpr String kStandardNodeSpace = "com.brenmoor3d.brenmoor4q7z.class.nodespace"_s;
 
 }  // namespace q7z

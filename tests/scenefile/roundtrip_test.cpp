@@ -56,7 +56,7 @@ TEST(SceneRoundTrip, TheShortestDocumentIsANewOne)
   EXPECT_EQ(read->GetParameters().Find(kDocumentSecondEndParameter)->GetTime().GetSeconds(), 3);
   EXPECT_EQ(read->GetSettings().Find(kDocumentUnitSetting)->GetUnit(), (HostUnitScale{1, 3}));
   EXPECT_EQ(read->GetRenderData()->Find(5009)->GetInt(), 720);
-  EXPECT_EQ(read->GetNodeSpace(), String(Q7Z_NODE_SPACE_ID, sizeof(Q7Z_NODE_SPACE_ID) - 1));
+  EXPECT_EQ(read->GetNodeSpace(), kStandardNodeSpace);
   EXPECT_EQ(read->GetTakeData().GetCurrentTake(), read->GetTakeData().GetMainTake());
 }
 
