@@ -1,4 +1,4 @@
-// The entry of the built module: every message, in and out of order, against a host that records.
+// The entry of the built module: every message, in and out of order, against a host that records; and configuration variables.
 
 #include <unistd.h>
 
@@ -7,9 +7,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "plugin/module/configvariables.h"
 #include "tests/module/fakehost.h"
 #include "tests/module/loadedmodule.h"
 #include "tests/support/failingmemory.h"
+#include "tests/support/rowname.h"
 
 namespace q7z::test
 {
@@ -30,15 +32,6 @@ protected:
   LoadedModule module;
 };
 
-TEST_F(ModuleEntry, TellsItsInterfaceVersionInEveryState)
-{
-  EXPECT_EQ(module.Send(kVersionMessage), 5);
-  EXPECT_EQ(Attach(), 1);
-  EXPECT_EQ(module.Send(kVersionMessage), 5);
-  EXPECT_EQ(module.Send(kEndMessage), 1);
-  EXPECT_EQ(module.Send(kVersionMessage), 5);
-}
-
 struct AttachCase
 {
   const char* name;
@@ -51,9 +44,7 @@ const AttachCase kAttachCases[] = {
   {"OldestAcceptedVersion", 2025100, true, true, 1},
   {"NewerVersion", 2026000, true, true, 1},
   {"VersionJustBelow", 2025099, true, true, -3},
-  {"VersionOfZero", 0, true, true, -3},
   {"NoPath", 2025100, true, false, -3},
-  {"NoPathAndOldVersion", 2025099, true, false, -3},
   {"NoTables", 2025100, false, true, -3},
 };
 
@@ -72,7 +63,7 @@ TEST_P(ModuleAttach, AnswersByVersionAndPath)
   EXPECT_THAT(host.console.diagnostics, IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, ModuleAttach, testing::ValuesIn(kAttachCases), [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Rows, ModuleAttach, testing::ValuesIn(kAttachCases), RowName());
 
 TEST_F(ModuleEntry, StaysAttachedWithoutMemoryForItsPath)
 {
@@ -83,16 +74,25 @@ TEST_F(ModuleEntry, StaysAttachedWithoutMemoryForItsPath)
   EXPECT_EQ(module.Send(kEndMessage), 1);
 }
 
-TEST_F(ModuleEntry, SecondAttachOnlyCounts)
+TEST_F(ModuleEntry, SecondAttachOnlyCountsAndTheLastEndDetaches)
 {
   ASSERT_EQ(Attach(), 1);
   FakeHost other;
   other.tables.version = 0;
   EXPECT_EQ(module.Send(kAttachMessage, &other.tables, nullptr, &kPath), 1);
   EXPECT_EQ(module.Send(kAttachMessage, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(module.Send(kEndMessage), 1);
+  EXPECT_EQ(module.Send(kEndMessage), 1);
   EXPECT_EQ(module.Send(kStartMessage), 1);
   EXPECT_THAT(other.registration.calls, IsEmpty());
   EXPECT_FALSE(host.registration.calls.empty());
+  EXPECT_EQ(module.Send(kEndMessage), 1);
+  EXPECT_EQ(module.Send(kStartMessage), 0);
+
+  FakeHost next;
+  EXPECT_EQ(module.Send(kAttachMessage, &next.tables, nullptr, &kPath), 1);
+  EXPECT_EQ(module.Send(kStartMessage), 1);
+  EXPECT_FALSE(next.registration.calls.empty());
 }
 
 TEST_F(ModuleEntry, RefusedAttachCountsToo)
@@ -106,64 +106,43 @@ TEST_F(ModuleEntry, RefusedAttachCountsToo)
   EXPECT_EQ(module.Send(kStartMessage), 1);
 }
 
-TEST_F(ModuleEntry, LastEndDetaches)
+TEST_F(ModuleEntry, LoadsResourcesOnSubMessageOneAlone)
 {
-  ASSERT_EQ(Attach(), 1);
-  ASSERT_EQ(Attach(), 1);
-  EXPECT_EQ(module.Send(kEndMessage), 1);
-  EXPECT_EQ(module.Send(kStartMessage), 1);
-  EXPECT_EQ(module.Send(kEndMessage), 1);
-  EXPECT_EQ(module.Send(kStartMessage), 0);
-
-  FakeHost next;
-  EXPECT_EQ(module.Send(kAttachMessage, &next.tables, nullptr, &kPath), 1);
-  EXPECT_EQ(module.Send(kStartMessage), 1);
-  EXPECT_FALSE(next.registration.calls.empty());
-}
-
-TEST_F(ModuleEntry, LoadsResourcesOnSubMessageOne)
-{
-  ASSERT_EQ(Attach(), 1);
   HostResourceRecord record{&host};
-  EXPECT_EQ(module.Send(kResourceMessage, reinterpret_cast<void*>(1), &record), 1);
-  EXPECT_EQ(record.pointer, nullptr);
-  EXPECT_EQ(host.resources.loads, 1);
-}
-
-TEST_F(ModuleEntry, ReportsMissingResources)
-{
+  const auto load = [&](Int subMessage) { return module.Send(kResourceMessage, reinterpret_cast<void*>(subMessage), &record); };
+  EXPECT_EQ(load(1), -1) << "before it is attached";
   ASSERT_EQ(Attach(), 1);
   host.resources.broken = true;
-  HostResourceRecord record{&host};
-  EXPECT_EQ(module.Send(kResourceMessage, reinterpret_cast<void*>(1), &record), -1);
-  EXPECT_EQ(record.pointer, &host);
-}
-
-TEST_F(ModuleEntry, ReportsMissingResourcesBeforeAttach)
-{
-  HostResourceRecord record{&host};
-  EXPECT_EQ(module.Send(kResourceMessage, reinterpret_cast<void*>(1), &record), -1);
-  EXPECT_EQ(record.pointer, &host);
-}
-
-TEST_F(ModuleEntry, AnswersOtherSubMessagesWithSuccess)
-{
-  ASSERT_EQ(Attach(), 1);
+  EXPECT_EQ(load(1), -1);
+  EXPECT_EQ(host.resources.loads, 1);
   for (const Int subMessage : {Int(0), Int(2), Int(-1), Int(1) << 32})
-  {
-    HostResourceRecord record{&host};
-    EXPECT_EQ(module.Send(kResourceMessage, reinterpret_cast<void*>(subMessage), &record), 1) << subMessage;
-    EXPECT_EQ(record.pointer, &host) << subMessage;
-  }
-  EXPECT_EQ(host.resources.loads, 0);
+    EXPECT_EQ(load(subMessage), 1) << subMessage;
+  EXPECT_EQ(record.pointer, &host);
+  EXPECT_EQ(host.resources.loads, 1);
+  host.resources.broken = false;
+  EXPECT_EQ(load(1), 1);
+  EXPECT_EQ(record.pointer, nullptr);
 }
 
-TEST_F(ModuleEntry, AnswersUnknownMessages)
+TEST_F(ModuleEntry, AnswersOtherMessages)
 {
+  EXPECT_EQ(module.Send(kVersionMessage), 5);
   ASSERT_EQ(Attach(), 1);
+  EXPECT_EQ(module.Send(kVersionMessage), 5);
   for (const Int32 message : {0, 5, 7, -1, 180420109})
     EXPECT_EQ(module.Send(message, &host.tables, nullptr, &kPath), -1) << message;
 }
+
+struct VariableCase
+{
+  const char* name;
+  const char* help;
+};
+const VariableCase kVariableCases[] = {
+  {"g_gltfImporterNoSkin", "Disables skin creation on glTF import"},
+  {"g_gltfImporterBakeSplineInterpolatedAnimation",
+   "Bake glTF animation track values into linear interpolation keyframes rather than using Q7Z spline interpolated keyframes"},
+};
 
 TEST_F(ModuleEntry, OffersItsHookBeforeTheFirstMessage)
 {
@@ -173,6 +152,40 @@ TEST_F(ModuleEntry, OffersItsHookBeforeTheFirstMessage)
   EXPECT_EQ(Text(module.hook->component->registryId), "net.tarno.registry.replacemodule");
   EXPECT_THAT(Text(module.hook->component->sourceFile), HasSubstr("main"));
   EXPECT_EQ(*module.yield, nullptr);
+  ASSERT_EQ(module.hook->configVariableCount, std::ssize(kVariableCases));
+  for (const VariableCase& row : kVariableCases)
+  {
+    const ConfigVariableEntry* const begin = module.hook->configVariables;
+    const ConfigVariableEntry* const end = begin + module.hook->configVariableCount;
+    const auto* const entry = std::find_if(begin, end, [&](const auto& candidate) { return Text(candidate.name) == row.name; });
+    ASSERT_NE(entry, end) << row.name;
+    EXPECT_EQ(Text(entry->help), row.help);
+    EXPECT_EQ(entry->typeCode, 1);
+    EXPECT_EQ(entry->word, 0u);
+    ASSERT_NE(entry->variable, nullptr);
+    EXPECT_FALSE(*entry->variable);
+  }
+}
+
+TEST(ConfigVariables, TableEndsAtTwoHundredFiftySix)
+{
+  // Entries stay for the life of the process, and so do the variables that they point at.
+  static Bool variables[256] = {};
+  Int32 next = 0;
+  while (g_tarno.configVariableCount < 256)
+  {
+    ASSERT_LT(next, 256);
+    ASSERT_TRUE(RegisterConfigVariable(&variables[next], "filler"_s, "help"_s, true));
+    ++next;
+  }
+  const ConfigVariableEntry& last = g_tarno.configVariables[255];
+  EXPECT_FALSE(variables[0]);  // inside the table the caller stores the default itself
+  Bool beyond = false;
+  EXPECT_TRUE(RegisterConfigVariable(&beyond, "beyond"_s, "help"_s, true));
+  EXPECT_TRUE(beyond);
+  EXPECT_EQ(g_tarno.configVariableCount, 256);
+  EXPECT_EQ(last.variable, &variables[next - 1]);
+  EXPECT_EQ(Text(last.name), "filler");
 }
 
 // What start asks of the host, in order; an entry for each call.
@@ -184,50 +197,20 @@ const std::vector<std::string> kRegistrations = {
   "command 1063930 'glTF Extensions Hasher' 0 ''",
 };
 
-TEST_F(ModuleEntry, RegistersInOrder)
+TEST_F(ModuleEntry, RegistersInOrderUpToTheFirstRefusal)
 {
-  ASSERT_EQ(Attach(), 1);
-  EXPECT_EQ(module.Send(kStartMessage), 1);
-  EXPECT_EQ(host.registration.calls, kRegistrations);
-}
-
-struct RefusalCase
-{
-  const char* name;
-  std::size_t refusedCall;  // into kRegistrations
-};
-const RefusalCase kRefusalCases[] = {{"SaverDescription", 0},
-                                     {"Saver", 1},
-                                     {"LoaderDescription", 2},
-                                     {"Loader", 3},
-                                     {"Command", 4}};
-
-class ModuleStart : public ModuleEntry, public testing::WithParamInterface<RefusalCase>
-{};
-
-TEST_P(ModuleStart, StopsAtTheFirstRefusal)
-{
-  ASSERT_EQ(Attach(), 1);
-  host.registration.refusedCall = GetParam().refusedCall;
-  EXPECT_EQ(module.Send(kStartMessage), 0);
-  const auto end = kRegistrations.begin() + static_cast<std::ptrdiff_t>(GetParam().refusedCall) + 1;
-  EXPECT_EQ(host.registration.calls, std::vector<std::string>(kRegistrations.begin(), end));
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, ModuleStart, testing::ValuesIn(kRefusalCases), [](const auto& row) { return row.param.name; });
-
-TEST_F(ModuleEntry, FactoriesMakeInstances)
-{
-  ASSERT_EQ(Attach(), 1);
-  ASSERT_EQ(module.Send(kStartMessage), 1);
-  for (const HostPluginFactory factory : host.registration.factories)
+  for (size_t refused = 0; refused <= kRegistrations.size(); ++refused)
   {
-    const std::unique_ptr<HostPluginInstance> first(factory());
-    const std::unique_ptr<HostPluginInstance> second(factory());
-    EXPECT_NE(first, nullptr);
-    EXPECT_NE(second, nullptr);
+    ASSERT_EQ(Attach(), 1);
+    host.registration.calls.clear();
+    host.registration.refusedCall = refused;
+    EXPECT_EQ(module.Send(kStartMessage), refused == kRegistrations.size() ? 1 : 0) << refused;
+    const size_t count = std::min(refused + 1, kRegistrations.size());
+    EXPECT_EQ(host.registration.calls, std::vector<std::string>(kRegistrations.begin(), kRegistrations.begin() + count));
+    EXPECT_EQ(module.Send(kEndMessage), 1);
   }
-  EXPECT_EQ(host.registration.factories.size(), 2u);
+  for (const HostPluginFactory factory : host.registration.factories)
+    EXPECT_NE(std::unique_ptr<HostPluginInstance>(factory()), nullptr);
 }
 
 // The names of the members of HostTables, in their order.

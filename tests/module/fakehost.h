@@ -75,13 +75,12 @@ public:
     std::string file;
     int line;
   };
-  void Print(const String& line) noexcept override { printed.push_back(Text(line)); }
+  void Print(const String&) noexcept override {}
   void Diagnostic(HostDiagnosticLevel level, const String& line, const Char* file, Int32 sourceLine) noexcept override
   {
     diagnostics.push_back({level, Text(line), file, sourceLine});
   }
 
-  std::vector<std::string> printed;
   std::vector<Line> diagnostics;
 };
 

@@ -7,7 +7,6 @@
 #include "host/services/headlesstables.h"
 #include "plugin/module/hostservices.h"
 #include "plugin/tools/extensionshasher.h"
-#include "tests/support/rowname.h"
 #include "tests/support/testhost.h"
 
 namespace q7z::test
@@ -55,89 +54,60 @@ protected:
 
 struct HashCase
 {
-  const char* name;
   const char* input;
   const char* output;
   const char* onlyHashes;
 };
 
-class HasherLines : public Hasher, public testing::WithParamInterface<HashCase>
-{};
-
-TEST_P(HasherLines, ComeOutHashed)
-{
-  EXPECT_EQ(Run(GetParam().input), GetParam().output);
-  EXPECT_EQ(Run(GetParam().input, kOnlyHashes), GetParam().onlyHashes);
-  EXPECT_EQ(Run(GetParam().input, kOnlyHashes), GetParam().output) << "chosen again";
-}
-
 constexpr HashCase kHashCases[] = {
-  {"Empty", "", "", ""},
-  {"OneName", "EXT_a", "EXT_a\t[EXT_a]", "[EXT_a]"},
-  {"TwoNames", "EXT_a\r\nEXT_b", "EXT_a\t[EXT_a]\r\nEXT_b\t[EXT_b]", "[EXT_a]\r\n[EXT_b]"},
-  {"LineFeedSplitsNothing", "a\nb", "a\nb\t[a\nb]", "[a\nb]"},
-  {"EmptyLines", "\r\na\r\n\r\nb", "\t[]\r\na\t[a]\r\n\t[]\r\nb\t[b]", "[]\r\n[a]\r\n[]\r\n[b]"},
-  {"EndOfTheLastLine", "a\r\n", "a\t[a]\r\n\t[]", "[a]\r\n[]"},
-  {"BlanksStay", " a \r\n b", " a \t[ a ]\r\n b\t[ b]", "[ a ]\r\n[ b]"},
-  {"OneFailureDropsAll", "a\r\nbad\r\nb", "", ""},
+  {"EXT_a", "EXT_a\t[EXT_a]", "[EXT_a]"},
+  {"EXT_a\r\nEXT_b", "EXT_a\t[EXT_a]\r\nEXT_b\t[EXT_b]", "[EXT_a]\r\n[EXT_b]"},
+  {"a\nb", "a\nb\t[a\nb]", "[a\nb]"},  // a line feed splits nothing
+  {"\r\na\r\n\r\n b ", "\t[]\r\na\t[a]\r\n\t[]\r\n b \t[ b ]", "[]\r\n[a]\r\n[]\r\n[ b ]"},
+  {"a\r\n", "a\t[a]\r\n\t[]", "[a]\r\n[]"},
+  {"a\r\nbad\r\nb", "", ""},  // one failure drops all
+  {"", "", ""},
 };
 
-INSTANTIATE_TEST_SUITE_P(Rows, HasherLines, testing::ValuesIn(kHashCases), RowName());
-
-/// The command's dialogs, seen from the user's side.
-class HasherDialog : public Hasher
+TEST_F(Hasher, LinesComeOutHashed)
 {
-protected:
-  HasherDialog() { host.Host().GetTables().dialog = &dialogs; }
-
-  HeadlessDialogs dialogs;
-};
-
-TEST_F(HasherDialog, HasItsElements)
-{
-  ExtensionsHasherCommand command;
-  EXPECT_EQ(command.GetState(nullptr), 0x40000000);
-  ASSERT_TRUE(command.Execute(nullptr));
-  const HeadlessDialog* const dialog = dialogs.FindOpen(kHasher);
-  ASSERT_NE(dialog, nullptr);
-  EXPECT_EQ(dialog->GetTitle(), "glTF Extensions Hasher");
-  const std::vector<std::string> layout = {"menu \"Menu\"",      "item 1053: \"Only hashes\"",
-                                           "end of menu",        "group 1000: columns 1, 400 x 16384",
-                                           "border 10 10 10 10", "text 1051: layout 56, width 100, style 0",
-                                           "separator",          "text 1052: layout 59, width 100, style 17",
-                                           "end of group"};
-  EXPECT_EQ(dialog->GetLayout(), layout);
-  EXPECT_TRUE(command.Execute(nullptr)) << "while it is open";
-  EXPECT_EQ(dialogs.FindOpen(kHasher), dialog);
-  EXPECT_EQ(dialog->GetLayout(), layout);
+  for (const HashCase& row : kHashCases)
+  {
+    EXPECT_EQ(Run(row.input), row.output);
+    EXPECT_EQ(Run(row.input, kOnlyHashes), row.onlyHashes) << row.input;
+    EXPECT_EQ(Run(row.input, kOnlyHashes), row.output) << "chosen again";
+  }
 }
 
-TEST_F(HasherDialog, ComesBackWithTheLayout)
+TEST_F(Hasher, DialogHasItsElementsAndGoesWithItsCommand)
 {
+  HeadlessDialogs dialogs;
+  host.Host().GetTables().dialog = &dialogs;
+  {
+    ExtensionsHasherCommand command;
+    EXPECT_EQ(command.GetState(nullptr), 0x40000000);
+    ASSERT_TRUE(command.Execute(nullptr));
+    HeadlessDialog* const dialog = dialogs.FindOpen(kHasher);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->GetTitle(), "glTF Extensions Hasher");
+    const std::vector<std::string> layout = {"menu \"Menu\"",      "item 1053: \"Only hashes\"",
+                                             "end of menu",        "group 1000: columns 1, 400 x 16384",
+                                             "border 10 10 10 10", "text 1051: layout 56, width 100, style 0",
+                                             "separator",          "text 1052: layout 59, width 100, style 17",
+                                             "end of group"};
+    EXPECT_TRUE(command.Execute(nullptr)) << "while it is open";
+    EXPECT_EQ(dialogs.FindOpen(kHasher), dialog);
+    EXPECT_EQ(dialog->GetLayout(), layout);
+    for (const bool checked : {true, false})
+    {
+      ASSERT_TRUE(dialog->Choose(kOnlyHashes));
+      EXPECT_EQ(dialog->IsChecked(kOnlyHashes), checked);
+    }
+  }
+  EXPECT_EQ(dialogs.FindOpen(kHasher), nullptr);
   ExtensionsHasherCommand command;
   ASSERT_TRUE(command.RestoreLayout(nullptr));
   EXPECT_NE(dialogs.FindOpen(kHasher), nullptr);
-}
-
-TEST_F(HasherDialog, ShowsTheCheckMark)
-{
-  ExtensionsHasherCommand command;
-  ASSERT_TRUE(command.Execute(nullptr));
-  HeadlessDialog* const dialog = dialogs.FindOpen(kHasher);
-  for (const bool checked : {true, false, true})
-  {
-    ASSERT_TRUE(dialog->Choose(kOnlyHashes));
-    EXPECT_EQ(dialog->IsChecked(kOnlyHashes), checked);
-  }
-}
-
-TEST_F(HasherDialog, GoesWithItsCommand)
-{
-  {
-    ExtensionsHasherCommand command;
-    ASSERT_TRUE(command.Execute(nullptr));
-  }
-  EXPECT_EQ(dialogs.FindOpen(kHasher), nullptr);
 }
 
 /// Fields cannot be read.
