@@ -2,9 +2,7 @@
 
 #include "framework/result.h"
 #include "host/scene/headlessalias.h"
-#include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
-#include "host/scene/headlessweighttag.h"
 #include "tests/host/scenefixture.h"
 
 namespace q7z::test
@@ -48,14 +46,11 @@ struct UnitRow
 const UnitRow kUnits[] = {
   {"CentimetreToMetre", {1, 3}, {1, 2}, 0.01},
   {"Nanometre", {1, 6}, {1, 2}, 0.000000001},
-  {"Mile", {1, 7}, {1, 8}, 1760},
   {"Yard", {1, 8}, {1, 9}, 3},
   {"Foot", {1, 9}, {1, 10}, 12},
   {"Inch", {1, 10}, {1, 4}, 25.4},
-  {"Factors", {5, 3}, {2, 3}, 2.5},
   {"CodeTooLarge", {1, 3}, {1, 11}, 1},
   {"NoFactor", {0, 3}, {1, 2}, 1},
-  {"FactorWithoutEnd", {1, 3}, {INFINITY, 2}, 1},
   {"OutOfReach", {1e300, 1}, {1e-300, 6}, 1},
 };
 
@@ -96,36 +91,27 @@ TEST_F(SceneDocument, ParametersAreKeptByIdReplacedAndErased)
   object->GetContainer()->Erase(10);
   EXPECT_EQ(object->GetContainer()->Find(10), nullptr);
   EXPECT_FALSE(object->SetParameter(HostDescId(), HostValue(1.0)));
-  HeadlessNode instance(1060210);
-  EXPECT_FALSE(object->SetParameter(1, HostValue::Link(ToHost(&instance)))) << "links cannot lead to it";
-}
-
-TEST_F(SceneDocument, ComponentsOfAnyVectorAreParameters)
-{
-  HostObject* const object = Add("a");
   ASSERT_TRUE(object->SetParameter(2100, HostValue(Vector{1, 2, 3})));
   EXPECT_EQ(Parameter(object, {2100, 1002}), HostValue(3.0));
   ASSERT_TRUE(object->SetParameter({2100, 1000}, HostValue(Int32(9))));
   EXPECT_EQ(Parameter(object, 2100), HostValue(Vector{9, 2, 3}));
   EXPECT_FALSE(object->SetParameter({2100, 1000}, HostValue("no"_s)));
+  HeadlessNode instance(1060210);
+  EXPECT_FALSE(object->SetParameter(1, HostValue::Link(ToHost(&instance)))) << "links cannot lead to it";
 }
 
 TEST_F(SceneDocument, ContainersNest)
 {
   HostContainer* const outer = Add("a")->GetContainer();
-  EXPECT_EQ(outer->GetContainer(1059496), nullptr);
-  HostContainer* const inner = outer->GetContainer(1059496, true);
+  EXPECT_EQ(outer->GetContainer(101), nullptr);
+  HostContainer* const inner = outer->GetContainer(101, true);
   ASSERT_NE(inner, nullptr);
-  ASSERT_TRUE(inner->Set(0, HostValue(true)));
-  for (Int32 i = 1; i < 20; ++i)
-    outer->Set(i, HostValue(0.5 * i));  // moves the entries about
-  EXPECT_EQ(outer->GetContainer(1059496), inner);
-  EXPECT_TRUE(inner->GetBool(0));
-  EXPECT_FALSE(inner->GetBool(1));
-  EXPECT_EQ(outer->Find(1059496), nullptr) << "is no value";
-  ASSERT_TRUE(outer->Set(1059496, HostValue(Int32(1)))) << "gives way to one";
-  EXPECT_EQ(outer->GetContainer(1059496), nullptr);
-  EXPECT_EQ(outer->GetInt32(1059496), 1);
+  for (Int32 i = 40; i < 60; ++i)
+    outer->Set(2 * i, HostValue(0.5 * i));  // moves the entries about
+  EXPECT_EQ(outer->GetContainer(101), inner);
+  EXPECT_EQ(outer->Find(101), nullptr) << "is no value";
+  ASSERT_TRUE(outer->Set(101, HostValue(Int32(1)))) << "gives way to one";
+  EXPECT_EQ(outer->GetContainer(101), nullptr);
 }
 
 TEST_F(SceneDocument, TextsAreCopiedIn)
@@ -155,66 +141,38 @@ TEST_F(SceneDocument, TextsAreCopiedIn)
   EXPECT_EQ(parameter->value, Data("before"_s));
 }
 
-// Takes and layers.
-
-TEST_F(SceneDocument, TakesStandInOrderBehindTheMainOne)
-{
-  HostTakeData* const takes = Document()->GetTakeData();
-  HostTake* const first = takes->AddTake("first"_s);
-  HostTake* const second = takes->AddTake("second"_s);
-  const HeadlessTakeData& kept = Scene().GetTakeData();
-  ASSERT_EQ(kept.GetTakeCount(), 3);
-  EXPECT_EQ(ToHost(kept.GetTake(1)), first);
-  EXPECT_EQ(ToHost(kept.GetTake(2)), second);
-  EXPECT_EQ(ToHost(kept.GetCurrentTake()), takes->GetMainTake());
-  takes->SetCurrentTake(second);
-  EXPECT_EQ(ToHost(kept.GetCurrentTake()), second);
-  HeadlessOwner<HeadlessDocument> other(HeadlessDocument::Create());
-  takes->SetCurrentTake(ToHost(other->GetTakeData().GetMainTake()));
-  EXPECT_EQ(ToHost(kept.GetCurrentTake()), second) << "not of this document";
-}
-
 TEST_F(SceneDocument, OverridesAreOnePerNodeWithTheirFirstValue)
 {
   HostTakeData* const takes = Document()->GetTakeData();
   HostTake* const take = takes->AddTake("t"_s);
+  HeadlessOwner<HeadlessDocument> other(HeadlessDocument::Create());
+  takes->SetCurrentTake(take);
+  takes->SetCurrentTake(ToHost(other->GetTakeData().GetMainTake()));
+  EXPECT_EQ(ToHost(Scene().GetTakeData().GetCurrentTake()), take) << "the other is not of this document";
   HostObject* const a = Add("a");
-  HostObject* const b = Add("b");
   const HostDescId x(kPositionParameter, kComponentX);
   const HostDescId y(kPositionParameter, kComponentY);
   HostOverride* const over = take->FindOrAddOverride(takes, a, x, HostValue(1.0));
   ASSERT_NE(over, nullptr);
   EXPECT_EQ(take->FindOrAddOverride(takes, a, x, HostValue(2.0)), over);
   EXPECT_EQ(take->FindOrAddOverride(takes, a, y, HostValue(3.0)), over);
-  EXPECT_NE(take->FindOrAddOverride(takes, b, x, HostValue(4.0)), over);
   EXPECT_EQ(takes->GetMainTake()->FindOrAddOverride(takes, a, x, HostValue(1.0)), nullptr);
-
-  EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 2);
   EXPECT_EQ(ToHost(ToHeadless(over)->GetTarget()), a);
   EXPECT_EQ(*ToHeadless(over)->GetParameters().Find(x), HostValue(1.0)) << "the first stays";
   EXPECT_EQ(*ToHeadless(over)->GetParameters().Find(y), HostValue(3.0));
   EXPECT_EQ(a->GetRelativePosition(), Vector()) << "the object itself is untouched";
-
   HostTrack* const track = HostTrack::Alloc(a, x);
   track->InsertInto(over);
-  over->Update(takes, x);
   EXPECT_EQ(HostTrack::Find(over, x), track);
   EXPECT_EQ(HostTrack::Find(a, x), nullptr);
-}
-
-TEST_F(SceneDocument, OverrideOfAFreedNodeIsNotFoundForTheNextOne)
-{
-  HostTakeData* const takes = Document()->GetTakeData();
-  HostTake* const take = takes->AddTake("t"_s);
   for (int i = 0; i < 50; ++i)  // some of these stand where a freed one stood
   {
-    HostObject* const object = HostAllocObject(kNullObjectType);
-    HostOverride* const over = take->FindOrAddOverride(takes, object, HostDescId(1), HostValue(Int32(i)));
-    EXPECT_EQ(ToHost(ToHeadless(over)->GetTarget()), object);
-    EXPECT_EQ(over->GetContainer()->GetInt32(1), i);
-    HostNode::Free(object);
+    HostOwner<HostObject> object(HostAllocObject(kNullObjectType));
+    HostOverride* const fresh = take->FindOrAddOverride(takes, object.get(), HostDescId(1), HostValue(Int32(i)));
+    EXPECT_EQ(fresh->GetContainer()->GetInt32(1), i);
   }
-  EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 50);
+  EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 51);
+  EXPECT_EQ(Document()->GetLayerRoot()->Add()->Add(), nullptr) << "only the root holds layers";
 }
 
 // Materials.
@@ -231,21 +189,16 @@ TEST_F(SceneDocument, ClassicMaterialHasChannelsAndLayers)
   HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
   Document()->InsertMaterial(material);
   HeadlessMaterial& kept = *ToHeadless(material);
-  ASSERT_TRUE(kept.SetChannelShader(6, MakeShader("normal.png")));
   ASSERT_TRUE(kept.SetChannelOn(6, true));
   ASSERT_TRUE(kept.SetChannelShader(0, MakeShader("old.png")));
   ASSERT_TRUE(kept.SetChannelShader(0, MakeShader("color.png")));
   ASSERT_TRUE(kept.AddLayer(526336));
   ASSERT_TRUE(kept.SetLayerShader(0, 67, MakeShader("layer.png")));
-  ASSERT_TRUE(kept.SetLayerShader(0, 40, MakeShader("rough.png")));
   EXPECT_FALSE(kept.SetLayerShader(1, 40, MakeShader("lost.png")));
-
-  EXPECT_FALSE(material->IsNodeBased());
   EXPECT_TRUE(material->GetChannelState(6));
   EXPECT_FALSE(material->GetChannelState(0));
-  EXPECT_FALSE(material->GetChannelState(99));
-  EXPECT_EQ(_tables.material->GetChannelShader(material, 99), nullptr);
   HostMaterialTable& table = *_tables.material;
+  EXPECT_EQ(table.GetChannelShader(material, 99), nullptr);
   EXPECT_EQ(table.GetReflectanceLayerId(material, 0), 526336);
   EXPECT_EQ(table.GetReflectanceLayerId(material, 1), 0);
   EXPECT_EQ(table.GetReflectanceLayerId(material, -1), 0);
@@ -253,7 +206,6 @@ TEST_F(SceneDocument, ClassicMaterialHasChannelsAndLayers)
   { return shader ? Text(table.ResolveShaderFile(shader, Document()).GetPath()) : std::string("none"); };
   EXPECT_EQ(fileOf(table.GetChannelShader(material, 0)), "color.png");
   EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336 + 67)), "layer.png");
-  EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336 + 40)), "rough.png");
   EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336)), "none");
 }
 
@@ -278,133 +230,24 @@ TEST_F(SceneDocument, ShaderFileIsResolvedAgainstTheDocument)
 
 // Copies.
 
-class SceneClone : public SceneDocument
+TEST_F(SceneDocument, CopyKeepsItsLinksToDetachedObjectsInside)
 {
-protected:
-  void TearDown() override { _copy.reset(); }
-  HeadlessDocument& Clone()
-  {
-    _copy.reset(ToHeadless(Document()->Clone(0)));
-    return *_copy;
-  }
-  HeadlessOwner<HeadlessDocument> _copy;
-};
-
-TEST_F(SceneClone, DocumentKeepsItsLinksInside)
-{
-  HostObject* const mesh = Add("mesh", nullptr, kPolygonObjectType);
-  HostObject* const joint = Add("joint", mesh, kJointObjectType);
-  HostObject* const instance = Add("instance", joint, kInstanceObjectType);
+  HostObject* const instance = Add("instance", nullptr, kInstanceObjectType);
   HostObject* const kept = Add("kept");
   HostInsertUnder(kept, nullptr);
-  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
-  Document()->InsertMaterial(material);
-  HostLayer* const layer = Document()->GetLayerRoot()->Add();
-  auto* const weights = static_cast<HostWeightTag*>(mesh->MakeTag(kWeightTagType));
-  auto* const texture = static_cast<HostTextureTag*>(mesh->MakeTag(kTextureTagType));
-  HostTakeData* const takes = Document()->GetTakeData();
-  HostTake* const take = takes->AddTake("t"_s);
-  weights->AddJoint(joint);
-  texture->SetMaterial(material);
   instance->SetReference(kept);
-  joint->SetLayer(layer);
-  texture->SetParameter(1, HostValue::Link(weights));
-  Document()->GetSettings()->Set(1, HostValue::Link(mesh));
-  take->FindOrAddOverride(takes, joint, HostDescId(1), HostValue::Link(mesh));
-  takes->SetCurrentTake(take);
-
-  HeadlessDocument& copy = Clone();
-  HeadlessObject* const meshCopy = copy.GetFirstObject();
-  HeadlessObject* const jointCopy = meshCopy->GetDown();
-  EXPECT_NE(ToHost(meshCopy), mesh);
-  EXPECT_EQ(meshCopy->GetDocument(), &copy);
-  EXPECT_EQ(static_cast<HeadlessWeightTag*>(meshCopy->FindTag(kWeightTagType))->GetJoint(0), jointCopy);
-  auto* const textureCopy = static_cast<HeadlessTextureTag*>(meshCopy->FindTag(kTextureTagType));
-  EXPECT_EQ(textureCopy->GetMaterial(), copy.GetFirstMaterial());
-  EXPECT_EQ(textureCopy->GetParameters().Find(1)->GetLink(), ToHost(meshCopy->GetFirstTag()));
-  EXPECT_EQ(jointCopy->GetDown()->GetReference(), copy.GetFirstKept());
-  EXPECT_NE(ToHost(copy.GetFirstKept()), kept);
-  EXPECT_EQ(jointCopy->GetLayer(), copy.GetLayerRoot().GetLayer(0));
-  EXPECT_EQ(copy.GetSettings().Find(1)->GetLink(), ToHost(meshCopy));
-  HeadlessTake* const takeCopy = copy.GetTakeData().GetCurrentTake();
-  ASSERT_EQ(takeCopy, copy.GetTakeData().GetTake(1));
-  EXPECT_EQ(takeCopy->FindOverride(jointCopy), takeCopy->GetOverride(0));
-  EXPECT_EQ(takeCopy->GetOverride(0)->GetParameters().Find(1)->GetLink(), ToHost(meshCopy));
-}
-
-TEST_F(SceneClone, DocumentIsWholeAndOutlivesItsSource)
-{
-  HostObject* const a = Add("a");
-  HostObject* const b = Add("b", a);
-  Add("c", a);
-  Add("d", b);
-  Add("e");
-  Document()->SetTime({7, 30});  // before there is a track that would build the matrix anew
-  HostMatrix matrix;
-  matrix.offset = {1, 2, 3};
-  matrix.axisY = {1, 1, 1};
-  b->SetLocalMatrix(matrix);
-  b->SetVisibility(kRenderVisibility, 1);
-  b->SetParameter(929, HostValue(Int32(1)));
-  b->SetParameter({903, 5}, HostValue("deep"_s));
-  HostTrack* const track = HostTrack::Alloc(b, HostDescId(903, 1000));
-  track->InsertInto(b);
-  track->GetCurve(true)->AddKey({1, 2})->SetValue(nullptr, 6);
-  Document()->SetParameter(2000, HostValue("made by"_s));
+  ASSERT_TRUE(Scene().SetFolder("/scenes"_s));
   Scene().SetHasRenderData(false);
-  Scene().SetNodeSpace("other"_s);
-  Scene().SetFolder("/scenes"_s);
-  const std::string tree = Tree();
-
-  HeadlessDocument& copy = Clone();
-  b->SetName("changed"_s);
+  HeadlessOwner<HeadlessDocument> copy(ToHeadless(Document()->Clone(0)));
   FreeDocument();
-  const HostObject* const bCopy = ToHost(copy.GetFirstObject()->GetDown());
-  EXPECT_EQ(tree, "a(b(d) c) e");
-  EXPECT_EQ(Text(bCopy->GetName()), "b");
-  EXPECT_EQ(Text(bCopy->GetNext()->GetName()), "c");
-  EXPECT_EQ(Text(bCopy->GetDown()->GetName()), "d");
-  EXPECT_EQ(Text(bCopy->GetUp()->GetNext()->GetName()), "e");
-  EXPECT_EQ(bCopy->GetLocalMatrix(), matrix);
-  EXPECT_EQ(bCopy->GetVisibility(kRenderVisibility), 1);
-  EXPECT_EQ(Parameter(bCopy, 929), HostValue(Int32(1)));
-  EXPECT_EQ(Parameter(bCopy, {903, 5}), HostValue("deep"_s));
-  EXPECT_EQ(HostTrack::Find(bCopy, HostDescId(903, 1000))->GetCurve(false)->GetKey(0)->GetValue(), 6);
-  EXPECT_EQ(HostTrack::Find(bCopy, HostDescId(903, 1000))->GetDocument(), ToHost(&copy));
-  EXPECT_EQ(Parameter(ToHost(&copy), 2000), HostValue("made by"_s));
-  EXPECT_EQ(copy.GetTime(), (HostTime{7, 30}));
-  EXPECT_EQ(copy.GetRenderData(), nullptr);
-  EXPECT_EQ(Text(copy.GetNodeSpace()), "other");
-  EXPECT_EQ(Text(copy.GetFolder()), "/scenes");
-  EXPECT_EQ(copy.GetTakeData().GetTakeCount(), 1);
+  EXPECT_EQ(copy->GetFirstObject()->GetReference(), copy->GetFirstKept());
+  EXPECT_EQ(Text(copy->GetFirstKept()->GetName()), "kept");
+  EXPECT_EQ(copy->GetFirstObject()->GetDocument(), copy.get());
+  EXPECT_EQ(copy->GetRenderData(), nullptr);
+  EXPECT_EQ(Text(copy->GetFolder()), "/scenes");
 }
 
-TEST_F(SceneClone, MaterialIsCopiedWithShadersAndRecord)
-{
-  HeadlessOwner<HeadlessMaterial> material(HeadlessMaterial::Create());
-  material->SetChannelOn(0, true);
-  material->SetChannelShader(0, MakeShader("a.png"));
-  material->AddLayer(100);
-  material->SetLayerShader(0, 3, MakeShader("b.png"));
-  material->SetParameter(2100, HostValue(Vector{1, 0, 0}));
-  HeadlessOwner<HeadlessMaterial> copy(material->Clone());
-  material.reset();
-  ASSERT_NE(copy->FindChannel(0)->shader, nullptr);
-  EXPECT_TRUE(copy->FindChannel(0)->on);
-  EXPECT_EQ(*copy->FindChannel(0)->shader->GetParameters().Find(1002), HostValue("a.png"_s));
-  EXPECT_EQ(*copy->FindLayerShader(103)->GetParameters().Find(1002), HostValue("b.png"_s));
-  EXPECT_EQ(*copy->GetParameters().Find(2100), HostValue(Vector{1, 0, 0}));
-
-  HostMaterialExchangeData record;
-  record.materialTypeId = "type"_s;
-  ASSERT_FALSE(record.textures.Set("t"_s, {Url::FromPath("/x/y.png"_s).GetValue(), nullptr}).HasError());
-  ASSERT_TRUE(copy->SetRecord("space"_s, record));
-  HeadlessOwner<HeadlessMaterial> node(copy->Clone());
-  EXPECT_TRUE(node->IsNodeBased());
-  EXPECT_EQ(Text(node->GetRecord()->data.textures.Find("t"_s)->url.GetPath()), "/x/y.png");
-}
-
-TEST_F(SceneClone, ObjectCloneLeavesLinksUnlessTranslated)
+TEST_F(SceneDocument, ObjectCloneLeavesLinksUnlessTranslated)
 {
   HostObject* const outside = Add("outside");
   HostObject* const root = Add("root", nullptr, kInstanceObjectType);

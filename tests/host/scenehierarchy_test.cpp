@@ -82,11 +82,16 @@ TEST_F(SceneHierarchy, InsertingWhatStandsElsewhereIsCounted)
 {
   HostObject* const a = Add("a");
   HostObject* const b = Add("b", a);
+  HostTag* const first = a->MakeTag(kTextureTagType);
   HostTag* const tag = a->MakeTag(kPhongTagType);
+  HostTag* const last = a->MakeTag(kTextureTagType);
+  EXPECT_EQ(a->GetTag(kTextureTagType, 1), last);
+  EXPECT_EQ(a->GetTag(kTextureTagType, 2), nullptr);
+  EXPECT_EQ(a->GetTag(kTextureTagType, -1), nullptr);
   HostInsertObject(Document(), b, nullptr, nullptr);
   EXPECT_EQ(Tree(), "b a");
   EXPECT_TRUE(b->InsertTag(tag));
-  EXPECT_EQ(a->GetFirstTag(), nullptr);
+  EXPECT_EQ(first->GetNext(), last);
   EXPECT_EQ(tag->GetObject(), b);
   _insertedTwice = 2;
 }
@@ -102,19 +107,6 @@ TEST_F(SceneHierarchy, NothingComesUnderItself)
   a->InsertBefore(c);
   EXPECT_EQ(Tree(), "a(b(c))");
   _refusedCycles = 4;
-}
-
-TEST_F(SceneHierarchy, KnowsItsDocument)
-{
-  HostObject* const a = Add("a");
-  HostObject* const b = Add("b", a);
-  HostTag* const tag = b->MakeTag(kPhongTagType);
-  EXPECT_EQ(b->GetDocument(), Document());
-  EXPECT_EQ(tag->GetDocument(), Document());
-  HostRemove(a);
-  EXPECT_EQ(b->GetDocument(), nullptr);
-  EXPECT_EQ(tag->GetDocument(), nullptr);
-  HostNode::Free(a);
 }
 
 TEST_F(SceneHierarchy, DetachedObjectLivesWithItsDocument)

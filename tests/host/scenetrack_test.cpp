@@ -78,78 +78,9 @@ TEST_F(SceneTrack, KeysStandInTimeOrderOneAtOneTime)
   EXPECT_EQ(curve->GetKey(-1), nullptr);
 }
 
-TEST_F(SceneTrack, KeysKeepWhatIsSetOnThem)
-{
-  HostCurve* const curve = MakeCurve();
-  HostKey* const key = AddKey(curve, Seconds(1), 5, InterpolationMode::Spline);
-  EXPECT_EQ(curve->GetTangents(0).rightValue, 0);
-  key->SetLeftTangent(curve, Seconds(-1, 3), -2);
-  key->SetRightTangent(curve, Seconds(1, 4), 3);
-  HostKeySetRotationMode(key, curve, 3, true, false);
-  HostKeySetAuxiliaryMode(key, curve, 4);
-  ASSERT_TRUE(key->SetParameter(HostDescId(915), HostValue(Int32(1)), 128));
-  key->SetInterpolation(curve, static_cast<InterpolationMode>(9));
-
-  HostOwner<HostTrack> copy(HostTrack::Find(Document()->GetFirstObject(), HostDescId(903, 1000))->Clone(Document()));
-  key->SetValue(curve, 0);
-  const HeadlessKey& kept = *ToHeadless(copy->GetCurve(false)->GetKey(0));
-  EXPECT_EQ(kept.GetValue(), 5);
-  EXPECT_EQ(kept.GetInterpolation(), InterpolationMode::Spline) << "another one is refused";
-  EXPECT_EQ(kept.GetLeftTangent().time.GetSeconds(), -1.0 / 3);
-  EXPECT_EQ(kept.GetRightTangent().value, 3);
-  EXPECT_EQ(kept.GetRotationMode(), (KeyRotationMode{3, true, false}));
-  EXPECT_EQ(kept.GetAuxiliaryMode(), 4);
-  HostValue value;
-  EXPECT_TRUE(kept.GetParameter(HostDescId(915), value));
-}
-
-// Keys at 1, 2 and 4 seconds with the values 10, 20 and 0.
-TEST_F(SceneTrack, CurveHasTheseValues)
-{
-  const std::tuple<InterpolationMode, HostTime, Float> rows[] = {
-    {InterpolationMode::Linear, {-5, 1}, 10},
-    {InterpolationMode::Linear, {3, 2}, 15},
-    {InterpolationMode::Linear, {5, 2}, 15},
-    {InterpolationMode::Linear, {5, 1}, 0},
-    {InterpolationMode::Step, {199, 100}, 10},
-    {InterpolationMode::Step, {2, 1}, 20},
-    // Handles of no length lie in the key's point, so the segment is straight.
-    {InterpolationMode::Spline, {5, 2}, 15},
-  };
-  for (const auto& [mode, time, value] : rows)
-  {
-    HostCurve* const curve = MakeCurve();
-    AddKey(curve, Seconds(1), 10, mode);
-    AddKey(curve, Seconds(2), 20, mode);
-    AddKey(curve, Seconds(4), 0, mode);
-    EXPECT_NEAR(curve->GetValue(time), value, 1e-12) << time.GetSeconds();
-  }
-}
-
-TEST_F(SceneTrack, SplineFollowsItsTangents)
-{
-  // Handles at a third of the segment make the place along it the time itself: the value at the middle of 0, 6, 6, 0 is
-  // 3 / 8 * 6 + 3 / 8 * 6 = 4.5; at a quarter 27 / 64 * 6 + 9 / 64 * 6 = 3.375.
-  HostCurve* const curve = MakeCurve();
-  AddKey(curve, Seconds(0), 0, InterpolationMode::Spline)->SetRightTangent(curve, Seconds(1), 6);
-  AddKey(curve, Seconds(3), 0, InterpolationMode::Spline)->SetLeftTangent(curve, Seconds(-1), 6);
-  EXPECT_NEAR(curve->GetValue(Seconds(3, 2)), 4.5, 1e-12);
-  EXPECT_NEAR(curve->GetValue(Seconds(3, 4)), 3.375, 1e-12);
-}
-
-TEST_F(SceneTrack, SplineIsSolvedForTime)
-{
-  // Inner times at 0 and 0: the time at place s is s cubed, so time 1 / 8 lies at the place 1 / 2. The inner values are 0 and 8
-  // above the last: value = 3 / 8 * 0 + 3 / 8 * 8 + 0 = 3.
-  HostCurve* const curve = MakeCurve();
-  AddKey(curve, Seconds(0), 0, InterpolationMode::Spline);
-  AddKey(curve, Seconds(1), 0, InterpolationMode::Spline)->SetLeftTangent(curve, Seconds(-1), 8);
-  EXPECT_NEAR(curve->GetValue(Seconds(1, 8)), 3, 1e-12);
-}
-
 TEST_F(SceneTrack, TangentTimesAreHeldInsideTheSegment)
 {
-  // Handles that reach past the other key, and backwards: held at the ends they give times 0, 1, 1, 1 and 0, 0, ... .
+  // Handles that reach past the other key, and backwards: held at the ends they give times 0, 1, 1, 1 and 0, 0, 0, 1.
   HostCurve* const far = MakeCurve(Add("far"));
   AddKey(far, Seconds(0), 0, InterpolationMode::Spline)->SetRightTangent(far, Seconds(5), 1);
   AddKey(far, Seconds(1), 0, InterpolationMode::Spline)->SetLeftTangent(far, Seconds(1), 0);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/scene/headlessalias.h"
 #include "host/scenefile/inspect.h"
 #include "tests/scenefile/scenetext.h"
 #include "tests/support/failingmemory.h"
@@ -41,7 +42,7 @@ public:
   Result<void> Write(std::string_view) noexcept override { return {}; }
 };
 
-TEST(SceneMemory, ReadingRefusingWritingAndShowingWithout)
+TEST(SceneMemory, ReadingRefusingWritingShowingAndCloningWithout)
 {
   constexpr Int kBufferOfSorting = 1;  // the sorting of the ids is slower without
   Sweep([] { return ReadSceneDocument(kEverything, "folder").GetError(); }, "", kBufferOfSorting);
@@ -52,6 +53,12 @@ TEST(SceneMemory, ReadingRefusingWritingAndShowingWithout)
   NoSink sink;
   Sweep([&] { return WriteSceneDocument(*document, "", sink).GetError(); });
   Sweep([&] { return PrintTree(*document, {}, sink).GetError(); });
+  Sweep(
+    [&]
+    {
+      const DocumentOwner copy(CloneDocument(document.get()));
+      return copy ? Error() : Error::OutOfMemory();
+    });
 }
 
 // The densest texts: numbers of one digit, and empty arrays inside arrays.

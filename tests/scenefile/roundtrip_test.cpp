@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/scene/headlessalias.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
 #include "host/scene/headlessweighttag.h"
@@ -15,6 +16,16 @@ namespace
 TEST(SceneRoundTrip, EverythingComesBackByteForByte)
 {
   EXPECT_EQ(Rewrite(kEverything), kEverything);
+}
+
+TEST(SceneRoundTrip, CloneHoldsEverythingAndOutlivesItsSource)
+{
+  DocumentOwner document = Read(kEverything);
+  ASSERT_TRUE(document);
+  const DocumentOwner copy(CloneDocument(document.get()));
+  ASSERT_TRUE(copy);
+  document.reset();
+  EXPECT_EQ(Write(*copy), kEverything);
 }
 
 TEST(SceneRoundTrip, TheShortestDocumentIsANewOne)
