@@ -185,6 +185,7 @@ const OptimalCase kOptimalCases[] = {
   {"EachAngleByItsOwnTurns", {0, -2 * kPi, 6 * kPi}, {2 * kPi - 0.1, 0.2, 0.3}, 6, {-0.1, 0.2 - 2 * kPi, 0.3 + 6 * kPi}},
   {"HalfATurnGoesBack", {0, 0, 0}, {kPi, 0, 0}, 6, {-kPi, 0, 0}},
   {"OtherFormOfOrder0", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 0, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
+  {"OtherFormOfOrder1", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 1, {kPi + 0.1, kPi + 0.2, kPi - 0.3}},
   {"OtherFormOfOrder2", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 2, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},
   {"OtherFormOfOrder3", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 3, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
   {"OtherFormOfOrder5", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 5, {kPi + 0.1, kPi - 0.2, kPi + 0.3}},

@@ -88,6 +88,8 @@ TEST_F(SceneDocument, ParametersAreKeptByIdReplacedAndErased)
     EXPECT_EQ(Parameter(object, 929), value);
     EXPECT_EQ(kept.GetCount(), value.IsNil() ? 6 : 7);
   }
+  ASSERT_TRUE(object->SetParameter(929, HostValue(Int32(1))));
+  object->GetContainer()->Erase(929);
   object->GetContainer()->Erase(10);
   EXPECT_EQ(object->GetContainer()->Find(10), nullptr);
   EXPECT_FALSE(object->SetParameter(HostDescId(), HostValue(1.0)));
@@ -98,6 +100,7 @@ TEST_F(SceneDocument, ParametersAreKeptByIdReplacedAndErased)
   EXPECT_FALSE(object->SetParameter({2100, 1000}, HostValue("no"_s)));
   HeadlessNode instance(1060210);
   EXPECT_FALSE(object->SetParameter(1, HostValue::Link(ToHost(&instance)))) << "links cannot lead to it";
+  EXPECT_FALSE(ToHost(&instance)->SetName("n"_s));
 }
 
 TEST_F(SceneDocument, ContainersNest)
