@@ -1,31 +1,18 @@
 // What stands in the file for the tracks of an object. Scenes are in centimetres and files in metres, so that 100 becomes 1; Z is
 // mirrored. The document goes from 0 to 3 seconds.
 
-#include <gtest/gtest.h>
-
-#include "tests/support/savedfile.h"
-#include "tests/support/rowname.h"
+#include "tests/export/savedcase.h"
 
 namespace q7z::test
 {
 namespace
 {
 
-struct TrackCase
+/// A scene of a triangle. @param members  beside its own. @param document  members of the document, with a comma behind them.
+std::string Tracks(const std::string& members, const std::string& document = "")
 {
-  const char* name;
-  const char* document;  // members of the scene document, with a comma behind them
-  const char* object;    // members of its one object, a triangle, the like
-  Parameters parameters;
-  std::vector<std::pair<const char*, const char*>> expected;  // path and text
-};
-
-void PrintTo(const TrackCase& row, std::ostream* stream)
-{
-  *stream << row.name;
+  return document + Objects(R"({"id": 1, "name": "T", )" + kTriangle + ", " + members + "}");
 }
-
-constexpr const char* kTriangle = R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0], "polygons": [0,1,2,2])";
 
 // Ids of tracks.
 #define X_TRACK R"("id": [[903, 23, 0], [1000, 19, 0]])"
@@ -39,10 +26,9 @@ constexpr const char* kTriangle = R"("type": 5100, "points": [0,0,0, 100,0,0, 0,
 #define STEP_KEY(seconds, value) R"({"time": [)" #seconds R"(, 1], "value": )" #value R"(, "interpolation": 3})"
 
 // The accessors of the mesh are 0 and 1; those of the first sampler follow.
-const TrackCase kTrackCases[] = {
+const SavedCase kTrackCases[] = {
   {"OneAxis",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]"),
    {},
    {{"animations",
      R"([{"samplers":[{"input":2,"interpolation":"LINEAR","output":3}],"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}])"},
@@ -55,127 +41,99 @@ const TrackCase kTrackCases[] = {
     {"buffers/1/byteLength", "32"},
     {"nodes/0/translation", "[0.0,0.0,-0.0]"}}},
   {"InTheBinaryForm",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]"),
    {{kFileFormatParameter, kGlbFormat}},
    {{"accessor 3", "0 0 0 3 0 0"},
     {"bufferViews/2", R"({"buffer":0,"byteOffset":44,"byteLength":32})"},
     {"buffers/0/byteLength", "76"},
     {"buffers/1", "-"}}},
   {"ScaleIsFilledWithOne",
-   "",
-   R"("tracks": [{)" SCALE_Y_TRACK R"(, "keys": [)" KEY(0, 1.0) "," KEY(3, 2.0) "]}]",
+   Tracks(R"("tracks": [{)" SCALE_Y_TRACK R"(, "keys": [)" KEY(0, 1.0) "," KEY(3, 2.0) "]}]"),
    {},
    {{"animations/0/channels/0/target/path", "\"scale\""}, {"accessor 3", "1 1 1 1 2 1"}}},
   {"KeysMeetAtTheTimesOfAll",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) R"(]}, {)" Y_TRACK
-                                                                            R"(, "keys": [)" KEY(1, 100.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) R"(]}, {)" Y_TRACK
+                                                                                   R"(, "keys": [)" KEY(1, 100.0) "]}]"),
    {},
    {{"accessor 2", "0 1 3"}, {"accessor 3", "0 1 0 1 1 0 3 1 0"}, {"animations/0/samplers/0/interpolation", "\"LINEAR\""}}},
   {"KeyBehindTheEnd",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(5, 500.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(5, 500.0) "]}]"),
    {},
    {{"accessor 2", "0 3"}, {"accessor 3", "0 0 0 3 0 0"}}},
   {"LateStart",
-   R"("parameters": {"1002": {"time": [2, 1]}},)",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+          R"("parameters": {"1002": {"time": [2, 1]}},)"),
    {},
    {{"accessor 2", "0 1"}, {"accessor 3", "2 0 0 3 0 0"}}},
   {"OneMoment",
-   R"("parameters": {"1003": {"time": [0, 1]}},)",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+          R"("parameters": {"1003": {"time": [0, 1]}},)"),
    {},
    {{"animations", "-"}, {"buffers/1", "-"}, {"accessors/2", "-"}}},
   {"Tangents",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [
       {"time": [0, 1], "value": 0.0, "interpolation": 1, "right": {"time": [1, 1], "value": 30.0}},
-      {"time": [3, 1], "value": 300.0, "interpolation": 1, "left": {"time": [-1, 1], "value": -20.0}}]}])",
+      {"time": [3, 1], "value": 300.0, "interpolation": 1, "left": {"time": [-1, 1], "value": -20.0}}]}])"),
    {},
    {{"animations/0/samplers/0/interpolation", "\"CUBICSPLINE\""},
     {"accessor 3", "0 0 0 0 0 0 0.3 0 0 -0.2 0 0 3 0 0 0 0 0"},
     {"accessors/3/count", "6"}}},
   {"TangentsOfZero",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [
       {"time": [0, 1], "value": 0.0, "interpolation": 1, "right": {"time": [1, 1], "value": 0.0}},
-      {"time": [3, 1], "value": 300.0, "interpolation": 1}]}])",
+      {"time": [3, 1], "value": 300.0, "interpolation": 1}]}])"),
    {},
    {{"animations/0/samplers/0/interpolation", "\"LINEAR\""}, {"accessor 3", "0 0 0 3 0 0"}}},
   {"Steps",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" STEP_KEY(0, 0.0) "," STEP_KEY(1, 100.0) "," STEP_KEY(3, 0.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" STEP_KEY(0, 0.0) "," STEP_KEY(1, 100.0) "," STEP_KEY(3, 0.0) "]}]"),
    {},
    {{"animations/0/samplers/0/interpolation", "\"STEP\""}, {"accessor 2", "0 1 3"}, {"accessor 3", "0 0 0 1 0 0 0 0 0"}}},
   {"FixedTransform",
-   "",
-   R"("base": {"offset": [0,100,0], "axisX": [2,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]}, "baseScale": [3,1,1],
+   Tracks(R"("base": {"offset": [0,100,0], "axisX": [2,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]}, "baseScale": [3,1,1],
       "tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 100.0) R"(]},
-                 {)" SCALE_Y_TRACK R"(, "keys": [)" KEY(0, 1.0) "," KEY(3, 2.0) "]}]",
+                 {)" SCALE_Y_TRACK R"(, "keys": [)" KEY(0, 1.0) "," KEY(3, 2.0) "]}]"),
    {},
    {{"accessor 3", "0 1 0 2 1 0"}, {"accessor 5", "3 1 1 3 2 1"}}},
   // Half of the heading about Y, mirrored, and w negative.
   {"QuarterTurn",
-   "",
-   R"("tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 1.5707963267948966) "]}]",
+   Tracks(R"("tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 1.5707963267948966) "]}]"),
    {},
    {{"accessor 2", "0 3"}, {"accessor 3", "0 0 0 -1 0 -0.70710678 0 -0.70710678"}, {"accessors/3/type", "\"VEC4\""}}},
   // The nearest way to 4 radians is -2.2831853.
   {"TheShorterWayRound",
-   "",
-   R"("tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 4.0) "]}]",
+   Tracks(R"("tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 4.0) "]}]"),
    {},
    {{"accessor 2", "0 3"}, {"accessor 3", "0 0 0 -1 0 0.90929743 0 -0.41614684"}}},
   {"HalfATurnGetsAKeyInTheMiddle",
-   "",
-   R"("tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 3.141592653589793) "]}]",
+   Tracks(R"("tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 3.141592653589793) "]}]"),
    {},
    {{"accessor 2", "0 1.5 3"}, {"accessor 3", "0 0 0 -1 0 0.70710678 0 -0.70710678 0 1 0 0"}}},
   // A file's pitch is about -X in the mirror; the order of the object's angles puts the pitch first.
   {"OrderOfTheObject",
-   "",
-   R"("rotationOrder": 0, "tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 1.5707963267948966) "]}]",
+   Tracks(R"("rotationOrder": 0, "tracks": [{)" HEADING_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 1.5707963267948966) "]}]"),
    {},
    {{"accessor 3", "0 0 0 -1 -0.70710678 0 0 -0.70710678"}}},
   {"TangentsOfRotationsAreDropped",
-   "",
-   R"("tracks": [{)" HEADING_TRACK R"(, "keys": [
+   Tracks(R"("tracks": [{)" HEADING_TRACK R"(, "keys": [
       {"time": [0, 1], "value": 0.0, "interpolation": 1, "right": {"time": [1, 1], "value": 3.0}},
-      {"time": [3, 1], "value": 1.5707963267948966, "interpolation": 1}]}])",
+      {"time": [3, 1], "value": 1.5707963267948966, "interpolation": 1}]}])"),
    {},
    {{"animations/0/samplers/0/interpolation", "\"LINEAR\""}, {"accessors/3/count", "2"}}},
   // One frame a second. What stays as it is has no track.
   {"Baked",
-   R"("parameters": {"1001": 1},)",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" STEP_KEY(0, 0.0) "," STEP_KEY(2, 200.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" STEP_KEY(0, 0.0) "," STEP_KEY(2, 200.0) "]}]",
+          R"("parameters": {"1001": 1},)"),
    {{kBakeAnimationParameter, true}},
    {{"animations/0/samplers", R"([{"input":2,"interpolation":"LINEAR","output":3}])"},
     {"accessor 2", "0 1 2 3"},
     {"accessor 3", "0 0 0 0 0 0 2 0 0 2 0 0"}}},
   {"NotWanted",
-   "",
-   R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
+   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]"),
    {{kExportTransformAnimationParameter, false}},
    {{"animations", "-"}, {"nodes/0/translation", "[0.0,0.0,-0.0]"}}},
 };
 
-class SavedTracks : public testing::TestWithParam<TrackCase>
-{};
-
-TEST_P(SavedTracks, StandInTheFile)
-{
-  const TrackCase& row = GetParam();
-  const std::string scene =
-    std::string(row.document) + R"("objects": [{"id": 1, "name": "T", )" + kTriangle + ", " + row.object + "}]";
-  const SavedFile file(SceneText(scene), row.parameters);
-  ASSERT_TRUE(file.Report().Succeeded()) << file.Report().error;
-  for (const auto& [path, text] : row.expected)
-    EXPECT_TRUE(IsNear(file.At(path), text)) << path << ": " << file.At(path) << "\nexpected: " << text;
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, SavedTracks, testing::ValuesIn(kTrackCases), RowName());
+INSTANTIATE_TEST_SUITE_P(Tracks, SavedScene, testing::ValuesIn(kTrackCases), RowName());
 
 // Joints move whatever is asked for; the set of another object stands behind in the order of the nodes.
 TEST(SavedTracksOfJoints, AreWrittenWithoutTheOption)

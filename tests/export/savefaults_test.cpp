@@ -7,10 +7,16 @@
 #include <gtest/gtest.h>
 
 #include "framework/check.h"
+#include "host/scene/scenediagnostics.h"
+#include "plugin/export/gltfpreprocessor.h"
+#include "plugin/export/gltfprogress.h"
+#include "plugin/module/hostconsole.h"
 #include "plugin/module/hostdialog.h"
 #include "plugin/module/hostfile.h"
 #include "plugin/module/hostservices.h"
-#include "tests/export/preprocessorfixture.h"
+#include "tests/support/failingmemory.h"
+#include "tests/support/faultyfiles.h"
+#include "tests/support/rowname.h"
 #include "tests/support/savedfile.h"
 
 namespace q7z::test
@@ -49,6 +55,16 @@ constexpr const char* kScene = R"("name": "something of everything",
           {"name": "A pose whose name takes memory", "strength": 1.0, "points": [0,0,1, 1,0,0, 0,1,0]}],
          "tracks": [{"id": [[4000,5,0],[1101,19,0]], "keys": [{"time": [0,1], "value": 1.0, "interpolation": 2}]}]}]},
       {"id": 36, "type": 1019362, "name": "Bone", "position": [10,0,0]}]}])";
+
+/// The counters of the scene model at one moment.
+struct SceneCounts
+{
+  Int nodes = GetSceneDiagnostics().liveNodes;
+  Int tracks = GetSceneDiagnostics().liveTracks;
+  Int mistakes =
+    GetSceneDiagnostics().insertedTwice + GetSceneDiagnostics().freedWhileInserted + GetSceneDiagnostics().refusedCycles;
+  friend bool operator==(const SceneCounts&, const SceneCounts&) = default;
+};
 
 class SaveFaults : public testing::Test
 {
@@ -114,11 +130,6 @@ struct MemoryCase
   bool isOnItsThread;  // the save runs on the thread of a progress dialog
 };
 
-void PrintTo(const MemoryCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
 class SaveMemory : public SaveFaults, public testing::WithParamInterface<MemoryCase>
 {
 protected:
@@ -176,38 +187,6 @@ const MemoryCase kMemoryCases[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Rows, SaveMemory, testing::ValuesIn(kMemoryCases), RowName());
 
-// The calls that a save makes of the file system, of which one can be made to fail.
-class FaultyFiles final : public HostFileTable
-{
-public:
-  explicit FaultyFiles(HostFileTable* base) noexcept : _base(base) {}
-  Int failAt = -1;  // counted from 0
-  Int calls = 0;
-
-  HostFile* Alloc() noexcept override { return Fails() ? nullptr : _base->Alloc(); }
-  void Free(HostFile* file) noexcept override { _base->Free(file); }
-  Bool Open(HostFile* file, const HostFilename& name, FILEOPEN mode, FILEDIALOG dialog, BYTEORDER order, UInt32 type,
-            UInt32 creator) noexcept override
-  {
-    return !Fails() && _base->Open(file, name, mode, dialog, order, type, creator);
-  }
-  Bool Close(HostFile* file) noexcept override { return _base->Close(file) && !Fails(); }
-  Bool WriteBytes(HostFile* file, const void* source, Int byteCount) noexcept override
-  {
-    return !Fails() && _base->WriteBytes(file, source, byteCount);
-  }
-  Bool Seek(HostFile*, Int) noexcept override { return false; }
-  Int GetPosition(const HostFile* file) noexcept override { return _base->GetPosition(file); }
-  Int GetLength(const HostFile* file) noexcept override { return _base->GetLength(file); }
-  Int ReadBytes(HostFile*, void*, Int) noexcept override { return -1; }
-  Bool ReadUInt32(HostFile*, UInt32*) noexcept override { return false; }
-  Bool Exists(const HostFilename& name) noexcept override { return _base->Exists(name); }
-
-private:
-  Bool Fails() noexcept { return calls++ == failAt; }
-  HostFileTable* _base;
-};
-
 #define OPEN(MODE)                                              \
   "Illegal state: Condition bf->Open(filename, FILEOPEN::" MODE \
   ", FILEDIALOG::ANY, BYTEORDER::V_MOTOROLA, 'Q7ZC', 'Q7Z1') not fulfilled."
@@ -259,6 +238,67 @@ TEST_F(SaveFaults, TheTextFormNeedsNoFileCall)
   EXPECT_EQ(files.calls, 0);
 }
 
+// The modeling commands of the host, of which one fails.
+class FaultyModeling final : public HostModelingTable
+{
+public:
+  enum class Fault
+  {
+    kRefused,
+    kNoResult,
+    kNullResult,
+  };
+
+  FaultyModeling(HostModelingTable* base, Int32 command, Fault fault) noexcept : _base(base), _command(command), _fault(fault) {}
+  Bool Send(Int32 command, HostModelingData& data) noexcept override
+  {
+    if (command != _command)
+      return _base->Send(command, data);
+    static HostObject* none[1] = {nullptr};
+    data.results = none;
+    data.resultCount = _fault == Fault::kNullResult ? 1 : 0;
+    return _fault != Fault::kRefused;
+  }
+
+private:
+  HostModelingTable* _base;
+  Int32 _command;
+  Fault _fault;
+};
+
+struct ModelingCase
+{
+  const char* name;
+  Int32 command;
+  FaultyModeling::Fault fault;
+  const char* message;
+};
+
+class SaveModeling : public SaveFaults, public testing::WithParamInterface<ModelingCase>
+{};
+
+TEST_P(SaveModeling, EndsWithItsCommand)
+{
+  FaultyModeling modeling(Tables().modeling, GetParam().command, GetParam().fault);
+  Tables().modeling = &modeling;
+  UseForm(kGltfFormat);
+  EXPECT_EQ(Save(), -6);
+  EXPECT_EQ(_report.error, std::string("The file could not be saved: Illegal state: ") + GetParam().message);
+  EXPECT_FALSE(_hasFile);
+}
+
+const ModelingCase kModelingCases[] = {
+  {"SplitRefused", 220, FaultyModeling::Fault::kRefused, "Condition SendModelingCommand(220, data) not fulfilled."},
+  {"SplitEmpty", 220, FaultyModeling::Fault::kNoResult, "Could not split object 'Cut'"},
+  {"SplitNull", 220, FaultyModeling::Fault::kNullResult, "Could not split object 'Cut'"},
+  {"ConvertRefused", 245, FaultyModeling::Fault::kRefused, "Condition SendModelingCommand(245, data) not fulfilled."},
+  {"ConvertEmpty", 245, FaultyModeling::Fault::kNoResult, "Condition data.result not fulfilled."},
+  {"ConvertNull", 245, FaultyModeling::Fault::kNullResult, "Condition bakedRoot not fulfilled."},
+  {"TriangulateRefused", 221, FaultyModeling::Fault::kRefused, "Condition SendModelingCommand(221, data) not fulfilled."},
+  {"CleanUpRefused", 227, FaultyModeling::Fault::kRefused, "Condition SendModelingCommand(227, data) not fulfilled."},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, SaveModeling, testing::ValuesIn(kModelingCases), RowName());
+
 // Fails to write.
 class FaultyUrls final : public HostUrlService
 {
@@ -277,11 +317,6 @@ struct StatusCase
   ErrorClass errorClass;
   Int32 status;
 };
-
-void PrintTo(const StatusCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class SaveStatus : public SaveFaults, public testing::WithParamInterface<StatusCase>
 {};
@@ -317,11 +352,6 @@ struct MissingCase
   Int32 format;
   const char* message;  // null when the save does without
 };
-
-void PrintTo(const MissingCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class SaveWithoutService : public SaveFaults, public testing::WithParamInterface<MissingCase>
 {};
@@ -439,6 +469,35 @@ TEST_P(SaveDialog, ThatDoesNotOpenLeavesNothingWritten)
 INSTANTIATE_TEST_SUITE_P(Forms, SaveDialog, testing::Values(kGltfFormat, kGlbFormat),
                          [](const auto& row) { return row.param == kGlbFormat ? "Binary" : "Text"; });
 
+// Keeps what it is told.
+class RecordingProgress final : public ProgressDialog
+{
+public:
+  RecordingProgress() noexcept { ProgressBegin(this); }
+  ~RecordingProgress() { ProgressDetach(); }
+  void SetStatusText(const String& text) noexcept override { texts.emplace_back(text.GetView()); }
+  void SetProgress(Float value) noexcept override { lastProgress = value; }
+  Bool IsCancelled() noexcept override { return false; }
+
+  std::vector<std::string> texts;
+  Float lastProgress = 0;
+};
+
+TEST(SaveProgress, NamesTheStages)
+{
+  const TestHost host;
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kScene));
+  GltfPreprocessor preprocessor;
+  preprocessor.SetDocument(ToHost(document.get()));
+  ExportOptions options;
+  options.bakeAnimation = true;
+  RecordingProgress progress;
+  EXPECT_FALSE(preprocessor.Run(options).HasError());
+  const auto resource = [](Int32 number) { return std::string(HostLoadString(number).GetView()); };
+  EXPECT_THAT(progress.texts, testing::ElementsAre(resource(10003), resource(10004), resource(10005), resource(10006)));
+  EXPECT_DOUBLE_EQ(progress.lastProgress, 1);
+}
+
 struct DialogCase
 {
   const char* name;
@@ -446,11 +505,6 @@ struct DialogCase
   Int32 flags;
   int opened;
 };
-
-void PrintTo(const DialogCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class SaveDialogChoice : public SaveFaults, public testing::WithParamInterface<DialogCase>
 {};

@@ -6,8 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include "plugin/module/hostmaterial.h"
 #include "plugin/module/hostobject.h"
+#include "plugin/module/hosttag.h"
 #include "tests/support/failingmemory.h"
+#include "tests/support/rowname.h"
 #include "tests/support/savedfile.h"
 
 using namespace std::string_literals;
@@ -98,6 +101,34 @@ void MakeChain(TestHost& host, Int groups)
   MakeTriangle()->InsertUnder(parent);
 }
 
+/// The same with nothing at its end.
+void MakeEmptyChain(TestHost& host, Int groups)
+{
+  MakeChain(host, groups);
+  HostObject* last = ToHost(host.Scene().GetFirstObject());
+  while (last->GetDown())
+    last = last->GetDown();
+  last->Remove();
+  HostNode::Free(last);
+}
+
+/// A mesh with selections, and a texture for each.
+void MakeTags(TestHost& host, Int count)
+{
+  HostObject* const op = MakeTriangle();
+  host.Scene().InsertObjectLast(ToHeadless(op));
+  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
+  ToHost(&host.Scene())->InsertMaterial(material);
+  for (Int i = 0; i < count; ++i)
+    op->MakeTag(kPolygonSelectionTagType)->SetName(String::FromInt(i).GetValue());
+  for (Int i = 0; i < count; ++i)
+  {
+    auto* const tag = static_cast<HostTextureTag*>(op->MakeTag(kTextureTagType));
+    tag->SetMaterial(material);
+    tag->SetParameter(1006, String::FromInt(i).GetValue());
+  }
+}
+
 /// Two meshes, and instances that show the one and the other, all at the top.
 void MakeSiblings(TestHost& host, Int instances)
 {
@@ -138,11 +169,6 @@ struct LargeCase
   Int count;
   Cost file;  // what stands in it
 };
-
-void PrintTo(const LargeCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 Cost MeasureSave(const LargeCase& row, Int count)
 {
@@ -186,10 +212,11 @@ TEST_P(LargeSave, TakesAsManyTimesTheWorkAsItHasObjects)
 
 const LargeCase kLargeCases[] = {
   {"Chain", &MakeChain, 100000, {.nodesWithMesh = 1, .nodesWithChildren = 100000, .meshes = 1}},
+  {"EmptyChain", &MakeEmptyChain, 100000, {}},
+  {"Tags", &MakeTags, 20000, {.nodesWithMesh = 1, .nodesWithChildren = 0, .meshes = 1}},
   {"Siblings", &MakeSiblings, 200000, {.nodesWithMesh = 200002, .nodesWithChildren = 0, .meshes = 2}},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, LargeSave, testing::ValuesIn(kLargeCases),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rows, LargeSave, testing::ValuesIn(kLargeCases), RowName());
 
 /// Some hundred objects at one level: animated, split by selections, shown again, and groups of them.
 std::string MakeMixedScene()

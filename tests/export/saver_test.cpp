@@ -10,8 +10,8 @@
 
 #include "plugin/export/gltfexport.h"
 #include "plugin/export/gltfexportparameters.h"
-#include "tests/support/savedfile.h"
 #include "tests/support/rowname.h"
+#include "tests/support/savedfile.h"
 
 namespace q7z::test
 {
@@ -64,11 +64,6 @@ struct EnablingCase
   Int32 parameter;
   Bool enabled;
 };
-
-void PrintTo(const EnablingCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class SaverEnabling : public Saver, public testing::WithParamInterface<EnablingCase>
 {};
@@ -140,11 +135,6 @@ struct BinaryCase
   const char* members;
   size_t binaryBytes;  // of the second chunk's data
 };
-
-void PrintTo(const BinaryCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class SaverBinary : public testing::TestWithParam<BinaryCase>
 {};

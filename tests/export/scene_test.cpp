@@ -1,33 +1,17 @@
 // What stands in the file for a scene: nodes, transforms, meshes, what is left out. Scenes are in centimetres and files in metres, so
 // that 100 becomes 1; Z is mirrored. Of top-level objects the last comes first.
 
-#include <gtest/gtest.h>
-
-#include "tests/support/savedfile.h"
-#include "tests/support/rowname.h"
+#include "tests/export/savedcase.h"
 
 namespace q7z::test
 {
 namespace
 {
 
-struct SceneCase
-{
-  const char* name;
-  const char* members;  // of the scene document
-  Parameters parameters;
-  std::vector<std::pair<const char*, const char*>> expected;  // path and text
-};
-
-void PrintTo(const SceneCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
 // One triangle in the plane z = 1 m at its first point.
 #define TRIANGLE R"("type": 5100, "points": [0,0,100, 100,0,0, 0,100,0], "polygons": [0,1,2,2])"
 
-const SceneCase kSceneCases[] = {
+const SavedCase kSceneCases[] = {
   {"Empty", R"("name": "nothing")", {}, {{"", R"({"asset":{"version":"2.0"}})"}}},
   {"HiddenAlone",
    R"("objects": [{"id": 1, "name": "H", "editor": 1, "render": 1, )" TRIANGLE "}]",
@@ -241,20 +225,7 @@ const SceneCase kSceneCases[] = {
     {"mesh 1 POSITION", "1 0 0 0 1 0 1 1 0"}}},
 };
 
-class SceneExport : public testing::TestWithParam<SceneCase>
-{};
-
-TEST_P(SceneExport, Writes)
-{
-  const SavedFile file(SceneText(GetParam().members), GetParam().parameters);
-  ASSERT_EQ(file.Report().error, "");
-  for (const auto& [path, expected] : GetParam().expected)
-  {
-    EXPECT_PRED2(IsNear, file.At(path), expected) << path;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, SceneExport, testing::ValuesIn(kSceneCases), RowName());
+INSTANTIATE_TEST_SUITE_P(Scenes, SavedScene, testing::ValuesIn(kSceneCases), RowName());
 
 class SceneRotation : public testing::TestWithParam<int>
 {};

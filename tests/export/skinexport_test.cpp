@@ -1,32 +1,14 @@
 // Skins in the file: which joints, with which matrices, on which nodes. Scenes are in centimetres and files in metres; Z is mirrored.
 // Of top-level objects the last comes first.
 
-#include <algorithm>
-
-#include <gtest/gtest.h>
-
-#include "tests/support/rowname.h"
-#include "tests/support/savedfile.h"
+#include "tests/export/savedcase.h"
 
 namespace q7z::test
 {
 namespace
 {
 
-struct SkinCase
-{
-  const char* name;
-  std::string objects;
-  Parameters parameters;
-  std::vector<std::pair<const char*, const char*>> expected;  // path and text
-};
-
-void PrintTo(const SkinCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
-const std::string kTriangle = R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0], "polygons": [0,1,2,2])";
+const Parameters kSkins = {{kExportSkinsParameter, true}};
 
 /// An object in a scene document. @param members  beside its id, type and name, such as "\"position\": [0,0,1]".
 std::string Object(int id, int type, const std::string& name, const std::string& members = "")
@@ -57,10 +39,10 @@ const std::string kTwoJoints =
   Joint(1, "J", R"("position": [100,0,0], "children": [)" + Joint(2, "K", R"("position": [0,100,0])") + "]") + ", " +
   Skinned(3, "T", "1, 2", "[[0,1.0],[1,0.25]], [[1,0.75],[2,1.0]]", R"("position": [0,0,200])");
 
-const SkinCase kSkinCases[] = {
+const SavedCase kSkinCases[] = {
   {"TwoJoints",
-   kTwoJoints,
-   {},
+   Objects(kTwoJoints),
+   kSkins,
    {{"nodes/0", R"({"name":"T","mesh":0,"skin":0})"},
     {"nodes/1/name", "\"J\""},
     {"nodes/1/translation", "[1.0,0.0,-0.0]"},
@@ -78,47 +60,48 @@ const SkinCase kSkinCases[] = {
     {"mesh 0 JOINTS_0", "0 1 0 0 1 0 0 0 1 0 0 0"},
     {"mesh 0 WEIGHTS_0", "1 0 0 0 0.75 0.25 0 0 1 0 0 0"}}},
   {"TwoJointsInOneBuffer",
-   kTwoJoints,
-   {{kFileFormatParameter, kGlbFormat}},
+   Objects(kTwoJoints),
+   {{kExportSkinsParameter, true}, {kFileFormatParameter, kGlbFormat}},
    // Behind indices, padding, vertices, joints and weights.
    {{"bufferViews/4", R"({"buffer":0,"byteOffset":116,"byteLength":128})"},
     {"buffers", R"([{"byteLength":244}])"},
     {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 -2 1 1 0 0 0 0 1 0 0 0 0 1 0 -1 -1 -2 1"}}},
   {"TurnedAndScaledJoint",
-   Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0], "scale": [1,1,2])") + ", " +
-     Skinned(2, "T", "1", kWhole),
-   {},
+   Objects(Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0], "scale": [1,1,2])") + ", " +
+           Skinned(2, "T", "1", kWhole)),
+   kSkins,
    // A quarter turn about Y takes X to -Z; back from there, and Z halved.
    {{"accessor 4", "0 0 0.5 0 0 1 0 0 -1 0 0 0 0 0 -0.5 1"}}},
   {"TurnedJointWithoutMirror",
-   Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0])") + ", " + Skinned(2, "T", "1", kWhole),
-   {{kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
+   Objects(Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0])") + ", " + Skinned(2, "T", "1", kWhole)),
+   {{kExportSkinsParameter, true}, {kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
    {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 0 0 2 1"}}},
   {"FlatJoint",
-   Joint(1, "J", R"("position": [100,0,0], "scale": [1,0,1])") + ", " + Skinned(2, "T", "1", kWhole),
-   {},
+   Objects(Joint(1, "J", R"("position": [100,0,0], "scale": [1,0,1])") + ", " + Skinned(2, "T", "1", kWhole)),
+   kSkins,
    // What cannot be inverted becomes the identity.
    {{"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"}}},
   {"GroupsAreNoJoints",
-   Object(1, 5140, "N", R"("children": [)" + Joint(2, "J") + "]") + ", " + Skinned(3, "T", "1, 2", "[[0,1.0]], [[0,0.5]]"),
-   {},
+   Objects(Object(1, 5140, "N", R"("children": [)" + Joint(2, "J") + "]") + ", " +
+           Skinned(3, "T", "1, 2", "[[0,1.0]], [[0,0.5]]")),
+   kSkins,
    {{"nodes/2/name", "\"J\""},
     {"skins", R"([{"inverseBindMatrices":4,"joints":[2]}])"},
     {"mesh 0 WEIGHTS_0", "0.5 0 0 0 0 0 0 0 0 0 0 0"}}},
   {"GroupsAlone",
-   Object(1, 5140, "N", R"("children": [)" + Joint(2, "J") + "]") + ", " +
-     Skinned(3, "T", "1", "[[0,1.0]]", R"("position": [100,0,0])"),
-   {},
+   Objects(Object(1, 5140, "N", R"("children": [)" + Joint(2, "J") + "]") + ", " +
+           Skinned(3, "T", "1", "[[0,1.0]]", R"("position": [100,0,0])")),
+   kSkins,
    {{"nodes/0", R"({"name":"T","mesh":0})"}, {"skins", "-"}, {"mesh 0 WEIGHTS_0", "0 0 0 0 0 0 0 0 0 0 0 0"}}},
   {"NoJoints",
-   Skinned(1, "T", "", "", R"("position": [100,0,0])"),
-   {},
+   Objects(Skinned(1, "T", "", "", R"("position": [100,0,0])")),
+   kSkins,
    // A weight tag is enough to go without a transform.
    {{"nodes", R"([{"name":"T","mesh":0}])"}, {"skins", "-"}, {"mesh 0 WEIGHTS_0", "-"}}},
   {"SharedJoint",
-   Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole, R"("position": [100,0,0])") + ", " +
-     Skinned(3, "U", "1", kWhole, R"("position": [0,100,0])"),
-   {},
+   Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole, R"("position": [100,0,0])") + ", " +
+           Skinned(3, "U", "1", kWhole, R"("position": [0,100,0])")),
+   kSkins,
    {{"nodes/0", R"({"name":"U","mesh":0,"skin":0})"},
     {"nodes/1", R"({"name":"T","mesh":1,"skin":1})"},
     {"nodes/2", R"({"name":"J"})"},
@@ -127,25 +110,26 @@ const SkinCase kSkinCases[] = {
     {"accessor 9", "1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1"},
     {"bufferViews/9/buffer", "3"}}},
   {"JointListedTwice",
-   Joint(1, "J") + ", " + Skinned(2, "T", "1, 1", std::string("[[0,0.25]], ") + kWhole),
-   {},
+   Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1, 1", std::string("[[0,0.25]], ") + kWhole)),
+   kSkins,
    {{"skins", R"([{"inverseBindMatrices":4,"joints":[1,1]}])"}, {"mesh 0 JOINTS_0", "1 0 0 0 1 0 0 0 1 0 0 0"}}},
   {"InstanceSharesTheMeshAndHasASkin",
-   Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole) + ", " + Object(3, 5126, "I", R"("reference": 2)"),
-   {},
+   Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole) + ", " + Object(3, 5126, "I", R"("reference": 2)")),
+   kSkins,
    {{"nodes/0", R"({"name":"I","mesh":0,"skin":0})"},
     {"nodes/1", R"({"name":"T","mesh":0,"skin":1})"},
     {"skins", R"([{"inverseBindMatrices":4,"joints":[2]},{"inverseBindMatrices":5,"joints":[2]}])"}}},
   {"SkinsLeftOut",
-   kTwoJoints,
+   Objects(kTwoJoints),
    {{kExportSkinsParameter, false}},
    {{"nodes", R"([{"name":"T","mesh":0,"translation":[0.0,0.0,-2.0],"rotation":[0.0,0.0,0.0,-1.0],"scale":[1.0,1.0,1.0]}])"},
     {"skins", "-"},
     {"mesh 0 JOINTS_0", "-"}}},
   {"HiddenAboveAJoint",
-   "{\"id\": 1, \"name\": \"P\", \"editor\": 1, \"render\": 1, \"position\": [100,0,0], " + kTriangle + ", \"children\": [" +
-     "{\"id\": 2, \"name\": \"C\", " + kTriangle + "}, " + Joint(3, "J") + "]}, " + Skinned(4, "T", "3", kWhole),
-   {},
+   Objects("{\"id\": 1, \"name\": \"P\", \"editor\": 1, \"render\": 1, \"position\": [100,0,0], " + kTriangle +
+           ", \"children\": [" + "{\"id\": 2, \"name\": \"C\", " + kTriangle + "}, " + Joint(3, "J") + "]}, " +
+           Skinned(4, "T", "3", kWhole)),
+   kSkins,
    // A place for the joint, without the mesh; what hangs beside the joint is gone.
    {{"nodes/1/name", "\"P\""},
     {"nodes/1/mesh", "-"},
@@ -156,43 +140,20 @@ const SkinCase kSkinCases[] = {
     {"skins/0/joints", "[2]"},
     {"meshes/1", "-"}}},
   {"HiddenMesh",
-   Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole, R"("editor": 1, "render": 1)"),
-   {},
+   Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole, R"("editor": 1, "render": 1)")),
+   kSkins,
    {{"nodes", R"([{"name":"J"}])"}, {"skins", "-"}}},
   {"WhereItStandsNow",
-   Joint(1, "J", R"("position": [100,0,0])") + R"(, {"id": 2, "name": "T", )" + kTriangle + R"(, "children": [)" +
-     Object(3, 1019363, "D") + R"(], "tags": [{"id": 4, "type": 1019365, "joints": [1], "weights": [)" + kWhole +
-     R"(], "bind": {"object": {"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]},
-      "joints": [{"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]}]}}]})",
-   {},
+   Objects(Joint(1, "J", R"("position": [100,0,0])") + R"(, {"id": 2, "name": "T", )" + kTriangle + R"(, "children": [)" +
+           Object(3, 1019363, "D") + R"(], "tags": [{"id": 4, "type": 1019365, "joints": [1], "weights": [)" + kWhole +
+           R"(], "bind": {"object": {"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]},
+      "joints": [{"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]}]}}]})"),
+   kSkins,
    // The joint went by 1 since the bind pose and took the points along: the file is bound to what is there by now.
    {{"mesh 0 POSITION", "1 0 0 2 0 0 1 1 0"}, {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 0 1"}}},
 };
 
-/// Skins are left out unless they are asked for.
-Parameters WithSkins(Parameters parameters = {})
-{
-  const bool isGiven =
-    std::any_of(parameters.begin(), parameters.end(), [](const auto& entry) { return entry.first == kExportSkinsParameter; });
-  if (!isGiven)
-    parameters.emplace_back(kExportSkinsParameter, true);
-  return parameters;
-}
-
-class SkinExport : public testing::TestWithParam<SkinCase>
-{};
-
-TEST_P(SkinExport, Writes)
-{
-  const SavedFile file(SceneText("\"objects\": [" + GetParam().objects + "]"), WithSkins(GetParam().parameters));
-  ASSERT_EQ(file.Report().error, "");
-  for (const auto& [path, expected] : GetParam().expected)
-  {
-    EXPECT_PRED2(IsNear, file.At(path), expected) << path;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, SkinExport, testing::ValuesIn(kSkinCases), RowName());
+INSTANTIATE_TEST_SUITE_P(Skins, SavedScene, testing::ValuesIn(kSkinCases), RowName());
 
 TEST(SkinOfASplitObject, HangsOnEachPart)
 {
@@ -205,7 +166,7 @@ TEST(SkinOfASplitObject, HangsOnEachPart)
        "tags": [{"id": 4, "type": 5673, "name": "s", "polygons": [[1,1]]},
        {"id": 5, "type": 5616, "name": "u", "material": 10, "parameters": {"1006": "s"}},
        {"id": 6, "type": 1019365, "joints": [1, 2], "weights": [[[0,1.0],[1,0.75]], [[1,0.25],[2,1.0],[3,1.0]]]}]}])";
-  const SavedFile file(SceneText(members), WithSkins());
+  const SavedFile file(SceneText(members), kSkins);
   ASSERT_EQ(file.Report().error, "");
   EXPECT_EQ(file.At("nodes/0/name"), "\"A\"");
   EXPECT_EQ(file.At("nodes/1/name"), "\"K\"");
@@ -228,11 +189,6 @@ struct LostJointCase
   const char* error;
 };
 
-void PrintTo(const LostJointCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
 const LostJointCase kLostJointCases[] = {
   {"OutsideOfWhatIsExported",
    Object(1, 5140, "dontexport", R"("editor": 1, "render": 1, "children": [)" + Joint(2, "J ä") + "]") + ", " +
@@ -250,7 +206,7 @@ class LostJoint : public testing::TestWithParam<LostJointCase>
 
 TEST_P(LostJoint, EndsTheSave)
 {
-  const SavedFile file(SceneText("\"objects\": [" + GetParam().objects + "]"), WithSkins());
+  const SavedFile file(SceneText(Objects(GetParam().objects)), kSkins);
   EXPECT_EQ(file.Report().error, std::string("The file could not be saved: ") + GetParam().error);
   EXPECT_FALSE(file.HasFile());
 }

@@ -1,30 +1,13 @@
 // The animation of morph weights in the file: from the strengths of poses, or from the keys of a point track. Z is mirrored, which is
 // nothing to weights. Documents last from 0 to 3 seconds.
 
-#include <gtest/gtest.h>
-
-#include "tests/support/savedfile.h"
-#include "tests/support/rowname.h"
+#include "tests/export/savedcase.h"
 
 namespace q7z::test
 {
 namespace
 {
 
-struct WeightsCase
-{
-  const char* name;
-  std::string scene;  // the members of the scene document
-  Parameters parameters;
-  std::vector<std::pair<const char*, const char*>> expected;  // path and text
-};
-
-void PrintTo(const WeightsCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
-const std::string kTriangle = R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0], "polygons": [0,1,2,2])";
 const char* const kOverall = "[[1031,19,0]]";
 const char* const kFirst = "[[4000,5,0],[1101,19,0]]";
 const char* const kSecond = "[[4000,5,0],[1201,19,0]]";
@@ -49,11 +32,6 @@ std::string Posed(const std::vector<std::string>& strengths, const std::string& 
          points + lastPoints + R"(]}], "tracks": [)" + tracks + "]}]}";
 }
 
-std::string Objects(const std::string& objects)
-{
-  return "\"objects\": [" + objects + "]";
-}
-
 /// A track of the triangle's points with a key at each second.
 std::string PointTrack(int keyCount, const std::string& lastPoints = "0,0,0, 100,0,0, 0,100,0")
 {
@@ -70,7 +48,7 @@ const std::string kRisen = R"([3,1], "value": 1.0, "interpolation": 2)";
 // Two frames a second, from 0 to 1.
 const std::string kShort = R"("parameters": {"1001": 2, "1003": {"time": [1,1]}}, )";
 
-const WeightsCase kWeightsCases[] = {
+const SavedCase kWeightsCases[] = {
   {"TrackOfTheSecondAlone",
    Objects(Posed({"1.0", "0.25", "0.0"}, Track(kSecond, {kRising, kRisen}))),
    {},
@@ -104,7 +82,6 @@ const WeightsCase kWeightsCases[] = {
                  Track(kFirst, {R"([0,1], "value": 0.0, "interpolation": 3)", R"([1,1], "value": 1.0, "interpolation": 3)"}))),
    {},
    {{"animations/0/samplers/0/interpolation", "\"STEP\""}, {"accessor 4", "0 1 3"}, {"accessor 5", "0 0.25 1 0.25 1 0.25"}}},
-  {"WithoutTracks", Objects(Posed({"1.0", "0.5", "0.0"}, "")), {}, {{"animations", "-"}, {"meshes/0/weights", "[0.5,0.0]"}}},
   {"Baked",
    kShort + Objects(Posed({"1.0", "0.0", "0.25"}, Track(kFirst, {kRising, R"([1,1], "value": 1.0, "interpolation": 2)"}))),
    {{kBakeAnimationParameter, true}},
@@ -120,18 +97,10 @@ const WeightsCase kWeightsCases[] = {
     {"animations/0/channels/0/target", R"({"node":0,"path":"weights"})"},
     {"accessor 6", "0 1 2 3"},
     {"accessor 7", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"}}},
-  {"PointTrackLeftOut",
-   Objects(R"({"id": 1, "name": "T", )" + kTriangle + PointTrack(4) + "}"),
-   {{kExportMorphsParameter, false}},
-   {{"animations", "-"}}},
   // A mesh without targets has no weights to move.
   {"LostPoses",
    Objects(Posed({"1.0", "0.0", "0.25"}, Track(kFirst, {kRising, kRisen}), ", 0,0,0")),
    {},
-   {{"meshes/0/weights", "-"}, {"animations", "-"}}},
-  {"LostPosesBaked",
-   kShort + Objects(Posed({"1.0", "0.0", "0.25"}, Track(kFirst, {kRising, kRisen}), ", 0,0,0")),
-   {{kBakeAnimationParameter, true}},
    {{"meshes/0/weights", "-"}, {"animations", "-"}}},
   {"LostPosesOfASharedMesh",
    Objects(Posed({"1.0", "0.0", "0.25"}, Track(kFirst, {kRising, kRisen}), ", 0,0,0") +
@@ -144,20 +113,7 @@ const WeightsCase kWeightsCases[] = {
    {{"meshes/0/weights", "-"}, {"animations", "-"}}},
 };
 
-class WeightsTrack : public testing::TestWithParam<WeightsCase>
-{};
-
-TEST_P(WeightsTrack, Writes)
-{
-  const SavedFile file(SceneText(GetParam().scene), GetParam().parameters);
-  ASSERT_EQ(file.Report().error, "");
-  for (const auto& [path, expected] : GetParam().expected)
-  {
-    EXPECT_PRED2(IsNear, file.At(path), expected) << path;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, WeightsTrack, testing::ValuesIn(kWeightsCases), RowName());
+INSTANTIATE_TEST_SUITE_P(Weights, SavedScene, testing::ValuesIn(kWeightsCases), RowName());
 
 }  // namespace
 }  // namespace q7z::test
