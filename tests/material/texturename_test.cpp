@@ -27,16 +27,12 @@ std::string Repeat(const std::string& text, int count)
 }
 
 const NameRow kNameRows[] = {
-  {"Plain", "Wood", "Wood_baseColorTexture.png"},
-  {"Blanks", " old wood ", " old wood _baseColorTexture.png"},
   {"OtherScripts", "\xE6\x9C\xA8 \xC3\xA9", "\xE6\x9C\xA8 \xC3\xA9_baseColorTexture.png"},
   {"Empty", "", "_baseColorTexture.png"},
   {"PlaceholderOfTexts", "a@b", "a@b_baseColorTexture.png"},
-  {"PercentCodes", "%2e%2e%2f", "%2e%2e%2f_baseColorTexture.png"},
   {"WayOut", "../../evil", "_._.._evil_baseColorTexture.png"},
   {"Separators", "a/b\\c:d", "a_b_c_d_baseColorTexture.png"},
   {"Absolute", "/etc/passwd", "_etc_passwd_baseColorTexture.png"},
-  {"Parent", "..", "_._baseColorTexture.png"},
   {"Hidden", ".wood", "_wood_baseColorTexture.png"},
   {"DotsInside", "a..b.", "a..b._baseColorTexture.png"},
   {"ControlCharacters", std::string("a\0b\n\r\t\x1f\x7f", 8), "a_b______baseColorTexture.png"},
@@ -45,11 +41,8 @@ const NameRow kNameRows[] = {
   {"Wildcards", "a*?\"<>|b", "a______b_baseColorTexture.png"},
   {"Device", "con", "_on_baseColorTexture.png"},
   {"DeviceWithExtension", "NUL.wood", "_UL.wood_baseColorTexture.png"},
-  {"DeviceWithBlank", "Aux .x", "_ux .x_baseColorTexture.png"},
   {"Port", "lpt1", "_pt1_baseColorTexture.png"},
   {"NoDevice", "Console", "Console_baseColorTexture.png"},
-  {"NoPort", "COMX", "COMX_baseColorTexture.png"},
-  {"LongestName", Repeat("a", 200), Repeat("a", 200) + "_baseColorTexture.png"},
   {"OverlongName", Repeat("a", 300), Repeat("a", 200) + "_baseColorTexture.png"},
   // 66 characters of three bytes make 198; the next one would begin inside and end outside.
   {"CutAtACharacter", Repeat("\xE6\x9C\xA8", 100), Repeat("\xE6\x9C\xA8", 66) + "_baseColorTexture.png"},

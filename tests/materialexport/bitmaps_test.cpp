@@ -42,11 +42,6 @@ struct PairCase
   bool isJpeg = false;
 };
 
-void PrintTo(const PairCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
 class PairOfBitmaps : public MaterialExportTest, public testing::WithParamInterface<PairCase>
 {
 protected:
@@ -63,24 +58,18 @@ TEST_P(BaseColorMerge, MakesOneImage)
   EXPECT_EQ(_texture.hasImage, *_row.expected != 0);
   const bool isJpeg = TextOf(_texture).starts_with("jpg");
   EXPECT_EQ(_texture.image.GetImageType(), isJpeg || !_texture.hasImage ? 1104 : 1023671);
-  EXPECT_EQ(_texture.image.GetURIString(), String());
 }
 
 const PairCase kBaseColorCases[] = {
-  {"Nothing", {}, {}, ""},
   {"ColorAsPng", Picture(2, 1, {kRed, kBlack}), {}, "png 2x1 255,0,0 0,0,0"},
   {"ColorAsJpeg", Picture(2, 1, {kRed, kBlack}), {}, "jpg 2x1 255,0,0 0,0,0", true},
-  {"AlphaOfTheColorIsNotAsked", Picture(1, 1, {kRed}, {7}), {}, "png 1x1 255,0,0"},
   {"AlphaMakesJpegPng", Picture(1, 1, {kRed}), Picture(1, 1, {Gray(9)}), "png 1x1 255,0,0,9", true},
   {"AlphaFromItsChannel", Picture(1, 1, {kRed}), Picture(1, 1, {Gray(9)}, {77}), "png 1x1 255,0,0,77"},
   {"ColoredAlphaAsBrightness", Picture(1, 1, {kBlack}), Picture(1, 1, {kRed}), "png 1x1 0,0,0,76"},
-  {"SmallAlphaGrows", Picture(100, 100, {kRed}), Picture(50, 50, {Gray(8)}), "png 100x100 all 255,0,0,8", true},
   {"SmallAlphaChannelGrows", Picture(2, 4, {kRed}), Picture(1, 2, {kBlack}, {1, 2}),
    "png 2x4 255,0,0,1 255,0,0,1 255,0,0,1 255,0,0,1 255,0,0,2 255,0,0,2 255,0,0,2 255,0,0,2"},
   {"LargeAlphaShrinks", Picture(1, 1, {kRed}), Picture(2, 2, {Gray(5)}, {6}), "png 1x1 255,0,0,6"},
-  {"AlphaAlone", {}, Picture(2, 1, {Gray(3), Gray(200)}), "png 2x1 255,255,255,3 255,255,255,200", true},
   {"AlphaAloneByChannel", {}, Picture(2, 1, {kBlack}, {4, 5}), "png 2x1 255,255,255,4 255,255,255,5"},
-  {"ManyRows", Picture(3, 200, {kWhitePixel}), Picture(3, 200, {Gray(100)}), "png 3x200 all 255,255,255,100"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, BaseColorMerge, testing::ValuesIn(kBaseColorCases), RowName());
 
@@ -95,15 +84,13 @@ TEST_P(MetallicRoughnessPack, MakesOneImage)
 }
 
 const PairCase kMetallicRoughnessCases[] = {
-  {"Nothing", {}, {}, ""},
   {"RoughnessAlone", Picture(2, 1, {Gray(10), Gray(0)}), {}, "png 2x1 255,10,255 255,0,255"},
   {"MetallicAlone", {}, Picture(64, 32, {Gray(20)}), "png 64x32 all 255,255,20"},
   {"Both", Picture(2, 1, {Gray(1), Gray(2)}), Picture(2, 1, {Gray(3), Gray(4)}), "png 2x1 255,1,3 255,2,4"},
   {"SaturatedPixelsGiveTheirLargest", Picture(2, 1, {kRed, {10, 30, 20}}), Picture(2, 1, {{0, 0, 9}, {40, 41, 42}}),
    "png 2x1 255,255,9 255,30,42"},
-  {"MetallicTakesTheSizeOfRoughness", Picture(2, 2, {Gray(5)}), Picture(1, 1, {Gray(6)}), "png 2x2 all 255,5,6"},
   {"AlphaIsNotAsked", Picture(1, 1, {Gray(5)}, {1}), Picture(1, 1, {Gray(6)}, {2}), "png 1x1 255,5,6"},
-  {"ManyRows", Picture(1, 300, {Gray(50)}), Picture(2, 1, {Gray(60)}), "png 1x300 all 255,50,60"},
+  {"ManyRowsOfTheFirstSize", Picture(1, 300, {Gray(50)}), Picture(2, 1, {Gray(60)}), "png 1x300 all 255,50,60"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, MetallicRoughnessPack, testing::ValuesIn(kMetallicRoughnessCases), RowName());
 
@@ -113,11 +100,6 @@ struct SingleCase
   const char* fileName;
   const char* expected;
 };
-
-void PrintTo(const SingleCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class SingleBitmap : public MaterialExportTest, public testing::WithParamInterface<SingleCase>
 {};
@@ -139,41 +121,20 @@ TEST_P(SingleBitmap, IsEncodedAsItsNameSays)
 
 // Names are compared as they are.
 const SingleCase kSingleCases[] = {
-  {"Png", "a/b.png", "png 1x1 255,0,0"},
-  {"Jpg", "a/b.jpg", "jpg 1x1 255,0,0"},
   {"Jpeg", "b.jpeg", "jpg 1x1 255,0,0"},
   {"Capitals", "b.JPG", "png 1x1 255,0,0"},
-  {"NoSuffix", "jpg", "png 1x1 255,0,0"},
-  {"Nameless", "", "png 1x1 255,0,0"},
   {"SuffixOfTheFolder", "a.jpg/b", "png 1x1 255,0,0"},
   {"LastSuffixCounts", "a.jpg.tif", "png 1x1 255,0,0"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, SingleBitmap, testing::ValuesIn(kSingleCases), RowName());
 
-struct FilterCase
-{
-  HostValue setting;
-  Int32 expected;
-};
-
 TEST_F(MaterialExportTest, TheFilterForSmallSizesIsTheHosts)
 {
-  const FilterCase rows[] = {{HostValue(0), 9728},
-                             {HostValue(1), 9729},
-                             {HostValue(2), 9987},
-                             {HostValue(3), 9729},
-                             {HostValue(-1), 9729}};
   EXPECT_EQ(ExportTexture().sampler.minFilter, 9729) << "unset";
-  for (const FilterCase& row : rows)
+  for (const auto& [setting, filter] : std::initializer_list<std::pair<Int32, Int32>>{{0, 9728}, {1, 9729}, {2, 9987}, {3, 9729}})
   {
-    ASSERT_TRUE(_host.Host().GetTables().material->GetGlobalSettings()->Set(1025, row.setting));
-    const ExportTexture texture;
-    EXPECT_EQ(texture.sampler.minFilter, row.expected) << row.setting.GetInt();
-    EXPECT_EQ(texture.sampler.magFilter, 9729);
-    EXPECT_EQ(texture.sampler.wrapS, 10497);
-    EXPECT_EQ(texture.sampler.wrapT, 10497);
-    EXPECT_EQ(texture.image.GetImageType(), 1104);
-    EXPECT_FALSE(texture.hasImage);
+    ASSERT_TRUE(_host.Host().GetTables().material->GetGlobalSettings()->Set(1025, setting));
+    EXPECT_EQ(ExportTexture().sampler.minFilter, filter) << setting;
   }
 }
 
@@ -188,17 +149,11 @@ struct ColorCase
 TEST(MaterialColors, AsHueSaturationAndValue)
 {
   const ColorCase rows[] = {
-    {"Black", {0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
     {"Gray", {0.5, 0.5, 0.5}, {0, 0, 0.5}, {0.5, 0.5, 0.5}},
     // Nearly grey: the smallest component is the value.
     {"NearlyWhite", {1, 0.9995, 1}, {0, 0, 0.9995}, {0.9995, 0.9995, 0.9995}},
     {"Red", {2, 0, 0}, {0, 1, 2}, {2, 0, 0}},
     {"Yellow", {1, 1, 0}, {1. / 6, 1, 1}, {1, 1, 0}},
-    {"Green", {0, 0.25, 0}, {1. / 3, 1, 0.25}, {0, 0.25, 0}},
-    {"Cyan", {0, 1, 1}, {0.5, 1, 1}, {0, 1, 1}},
-    {"Blue", {0.5, 0.5, 1}, {2. / 3, 0.5, 1}, {0.5, 0.5, 1}},
-    {"Magenta", {1, 0, 1}, {5. / 6, 1, 1}, {1, 0, 1}},
-    {"Orange", {1, 0.5, 0}, {1. / 12, 1, 1}, {1, 0.5, 0}},
     {"Violet", {0.5, 0.25, 1}, {0.7222222222222222, 0.75, 1}, {0.5, 0.25, 1}},
     {"Pink", {1, 0, 0.5}, {11. / 12, 1, 1}, {1, 0, 0.5}},
   };

@@ -28,19 +28,15 @@ protected:
   }
 };
 
-TEST_F(MaterialFaults, AMissingFileEndsTheSave)
-{
-  EXPECT_THAT(Save({WithTextures("missing.png")}),
-              testing::
-                HasSubstr("Illegal state: Condition bmp not fulfilled., caused by: The image 'missing.png' could not be loaded"));
-  EXPECT_EQ(_status, -6);
-}
-
-TEST_F(MaterialFaults, TheFirstMissingFileIsTold)
+TEST_F(MaterialFaults, TheFirstMissingFileEndsTheSave)
 {
   _bitmaps.files.clear();
   for (int round = 0; round < 20; ++round)
-    ASSERT_THAT(Save({WithTextures("first.png")}), testing::HasSubstr("'first.png'"));
+  {
+    ASSERT_THAT(Save({WithTextures("first.png")}), testing::HasSubstr("Illegal state: Condition bmp not fulfilled., caused by: "
+                                                                      "The image 'first.png' could not be loaded"));
+    EXPECT_EQ(_status, -6);
+  }
 }
 
 TEST_F(MaterialFaults, ReflectanceWithoutALayerEndsTheSave)
@@ -51,15 +47,6 @@ TEST_F(MaterialFaults, ReflectanceWithoutALayerEndsTheSave)
                 testing::HasSubstr("Illegal state: Condition reflection_layer not fulfilled."));
     EXPECT_EQ(_status, -6);
   }
-}
-
-TEST_F(MaterialFaults, AnEncoderLeavesItsTextureOut)
-{
-  _sessions.failing = {"png 1x2 all 101,0,0"};  // the emission
-  ASSERT_EQ(Save({WithTextures("color.png")}), "");
-  EXPECT_EQ(At("materials/0/emissiveTexture"), "-");
-  EXPECT_EQ(Count("images"), 2);
-  EXPECT_EQ(Count("textures"), 2);
 }
 
 // The second material counts on the first one's image.

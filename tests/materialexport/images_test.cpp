@@ -182,28 +182,12 @@ protected:
   }
 };
 
-TEST_F(MaterialTags, WithoutOneThereIsNoMaterial)
-{
-  ASSERT_EQ(SaveObjects(std::string(R"({"id": 3, )") + kTriangle + "}"), "");
-  EXPECT_EQ(At("meshes/0/primitives/0/material"), "-");
-  EXPECT_EQ(At("materials"), "-");
-}
-
 TEST_F(MaterialTags, WithoutAMaterialHideTheParents)
 {
   ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "1") + R"(], "children": [{"id": 5, )" +
                         kTriangle + R"(, "tags": [)" + Tag(6, "null") + "]}]}"),
             "");
   EXPECT_EQ(At("meshes/0/primitives/0/material"), "-");
-}
-
-TEST_F(MaterialTags, AreLookedUpThroughAllParents)
-{
-  ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "2") +
-                        R"(], "children": [{"id": 5, "type": 5140, "name": "q", "children": [{"id": 6, )" + kTriangle + "}]}]}"),
-            "");
-  EXPECT_EQ(At("materials/0/name"), "\"two\"");
-  EXPECT_EQ(At("meshes/0/primitives/0/material"), "0");
 }
 
 TEST_F(MaterialTags, OfTheObjectComeBeforeThoseOfParents)
