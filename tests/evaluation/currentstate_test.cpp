@@ -49,175 +49,73 @@ protected:
     return static_cast<const HeadlessWeightTag*>(object.FindTag(kWeightTagType))->GetJoint(index);
   }
 
-  HeadlessObject& _root = AddObject("root");
+  HeadlessObject& AddRoot() { return AddObject("root"); }
 };
 
 // What stands there.
 
-/// The tests' own operations for the rows' functions.
-class TreeBuilder : public CurrentState
-{
-public:
-  using CurrentStateTest::AddInstance;
-  using CurrentStateTest::AddMeshObject;
-  using EvaluationTest::AddObject;
-};
-
 struct TreeRow
 {
   const char* name;
-  void (*build)(TreeBuilder& in, HeadlessObject& root);
+  const char* objects;
   const char* expected;
 };
 
-class CurrentStateTree : public TreeBuilder, public testing::WithParamInterface<TreeRow>
+class CurrentStateTree : public CurrentStateTest, public testing::WithParamInterface<TreeRow>
 {};
 
 TEST_P(CurrentStateTree, IsOfPlainObjects)
 {
-  GetParam().build(*this, _root);
-  const std::string before = Describe(_root);
-  const Owner copy = MakeCopy(_root);
+  Build(GetParam().objects);
+  HeadlessObject& root = Find("root");
+  const std::string before = Describe(root);
+  const Owner copy = MakeCopy(root);
   ASSERT_TRUE(copy);
   EXPECT_EQ(Describe(*copy), GetParam().expected);
-  EXPECT_EQ(Describe(_root), before);
+  EXPECT_EQ(Describe(root), before);
   EXPECT_EQ(copy->GetDocument(), nullptr);
 }
 
+// 1019363 is a skin deformer, 1018957 the second type of instances.
 const TreeRow kTreeRows[] = {
-  {"PlainObjects",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& group = in.AddObject("group", &root);
-     in.AddMeshObject("mesh", &group);
-     in.AddObject("camera", &group, kCameraObjectType);
-     in.AddObject("last", &root);
-   },
-   "root(group(mesh* camera:5103) last)"},
-  {"InstancesOfBothTypes",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& mesh = in.AddMeshObject("mesh", &root);
-     in.AddInstance("first", &root, &mesh);
-     in.AddObject("second", &root, kSecondInstanceObjectType).SetReference(&mesh);
-   },
-   "root(mesh* first* second*)"},
-  {"ChildrenOfBoth",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& mesh = in.AddMeshObject("mesh", &root);
-     in.AddObject("below", &in.AddObject("child", &mesh));
-     HeadlessObject& instance = in.AddInstance("instance", &root, &mesh);
-     in.AddObject("own", &instance);
-   },
-   "root(mesh*(child(below)) instance*(child(below) own))"},
-  {"ShownFromOutside",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& mesh = in.AddMeshObject("mesh");
-     in.AddObject("child", &mesh);
-     in.AddInstance("instance", &root, &mesh);
-   },
-   "root(instance*(child))"},
-  {"Nothing", [](TreeBuilder& in, HeadlessObject& root) { in.AddObject("own", &in.AddInstance("instance", &root, nullptr)); },
-   "root(instance(own))"},
-  {"InstanceOfAnInstance",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& mesh = in.AddMeshObject("mesh", &root);
-     in.AddObject("child", &mesh);
-     HeadlessObject& inner = in.AddInstance("inner", &root, &mesh);
-     in.AddObject("inner's", &inner);
-     HeadlessObject& outer = in.AddInstance("outer", &root, &inner);
-     in.AddObject("outer's", &outer);
-   },
-   "root(mesh*(child) inner*(child inner's) outer*(child inner's outer's))"},
-  {"InstanceOfAnInstanceOfNothing",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& inner = in.AddInstance("inner", &root, nullptr);
-     in.AddObject("inner's", &inner);
-     in.AddInstance("outer", &root, &inner);
-   },
-   "root(inner(inner's) outer(inner's))"},
-  {"InstancesInsideOfWhatIsShown",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& mesh = in.AddMeshObject("mesh");
-     HeadlessObject& pair = in.AddObject("pair");
-     in.AddInstance("left", &pair, &mesh);
-     in.AddInstance("right", &pair, &mesh);
-     in.AddInstance("one", &root, &pair);
-     in.AddInstance("two", &root, &pair);
-   },
-   "root(one(left* right*) two(left* right*))"},
-  {"InstanceOfItsParent", [](TreeBuilder& in, HeadlessObject& root)
-   { in.AddInstance("instance", &in.AddObject("group", &root), &root); }, "root(group(instance))"},
-  {"InstanceOfItself",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& instance = in.AddInstance("instance", &root, nullptr);
-     instance.SetReference(&instance);
-   },
-   "root(instance)"},
-  {"CircleOfInstances",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& first = in.AddInstance("first", &root, nullptr);
-     HeadlessObject& second = in.AddInstance("second", &root, &first);
-     first.SetReference(&second);
-     in.AddObject("child", &first);
-     in.AddInstance("into", &root, &second);
-   },
-   "root(first(child) second into)"},
-  {"InstanceUnderItsInstance",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& mesh = in.AddMeshObject("mesh", &root);
-     HeadlessObject& instance = in.AddInstance("instance", &root, &mesh);
-     in.AddInstance("under", &instance, &instance);
-     in.AddInstance("again", &instance, &mesh);
-   },
-   "root(mesh* instance*(under again*))"},
-  {"CircleThroughShownTrees",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     HeadlessObject& a = in.AddObject("a", &root);
-     HeadlessObject& b = in.AddObject("b", &root);
-     in.AddInstance("to b", &a, &b);
-     in.AddInstance("to a", &b, &a);
-   },
-   "root(a(to b(to a)) b(to a(to b)))"},
-  {"DeformersAreGone",
-   [](TreeBuilder& in, HeadlessObject& root)
-   {
-     in.AddObject("gone", &in.AddMeshObject("mesh", &root), kSkinDeformerType);
-     in.AddObject("child", &in.AddObject("stays", &root, kSkinDeformerType));
-     in.AddInstance("instance", &root, root.GetLastChild());
-   },
-   "root(mesh* stays(child) instance(child))"},
+  {"PlainObjects", "root(group(mesh* camera:5103) last)", "root(group(mesh* camera:5103) last)"},
+  {"InstancesOfBothTypes", "root(mesh* first=mesh second:1018957=mesh)", "root(mesh* first* second*)"},
+  {"ChildrenOfBoth", "root(mesh*(child(below)) i=mesh(own))", "root(mesh*(child(below)) i*(child(below) own))"},
+  {"ShownFromOutside", "root(i=mesh) mesh*(child)", "root(i*(child))"},
+  {"Nothing", "root(i=(own))", "root(i(own))"},
+  {"InstanceOfAnInstance", "root(mesh*(child) in=mesh(a) out=in(b))", "root(mesh*(child) in*(child a) out*(child a b))"},
+  {"InstanceOfAnInstanceOfNothing", "root(in=(a) out=in)", "root(in(a) out(a))"},
+  {"InstancesInsideOfWhatIsShown", "root(one=pair two=pair) mesh* pair(l=mesh r=mesh)", "root(one(l* r*) two(l* r*))"},
+  {"InstanceOfItsParent", "root(group(i=root))", "root(group(i))"},
+  {"InstanceOfItself", "root(i=i)", "root(i)"},
+  {"CircleOfInstances", "root(first=second(child) second=first into=second)", "root(first(child) second into)"},
+  {"InstanceUnderItsInstance", "root(mesh* i=mesh(under=i again=mesh))", "root(mesh* i*(under again*))"},
+  {"CircleThroughShownTrees", "root(a(tob=b) b(toa=a))", "root(a(tob(toa)) b(toa(tob)))"},
+  {"DeformersAreGone", "root(mesh*(gone:1019363) stays:1019363(child) i=stays)", "root(mesh* stays(child) i(child))"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, CurrentStateTree, testing::ValuesIn(kTreeRows), RowName());
 
 TEST_F(CurrentState, RootMayBeAnInstanceOrADeformer)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& mesh = AddMeshObject("mesh", &root);
   EXPECT_EQ(Describe(*MakeCopy(AddInstance("instance", nullptr, &mesh))), "instance*");
   EXPECT_EQ(Describe(*MakeCopy(AddObject("deformer", nullptr, kSkinDeformerType))), "deformer");
 }
 
 TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& mesh = AddMeshObject("mesh", &root);
   mesh.SetLocalMatrix(Offset({7, 7, 7}));
   mesh.SetVisibility(kEditorVisibility, 1);
   mesh.SetParameter(700, 1.5);
-  HeadlessObject& instance = AddInstance("instance", &_root, &mesh);
+  HeadlessObject& instance = AddInstance("instance", &root, &mesh);
   ASSERT_TRUE(instance.SetBase({Offset({0, 0, 5}), {1, 2, 1}}));
   instance.SetRotationOrder(2);
   instance.SetVectors({{1, 2, 3}, {0.25, 0, 0}, {1, 1, -1}});
   instance.SetVisibility(kRenderVisibility, 2);
-  const Owner copy = MakeCopy(_root);
+  const Owner copy = MakeCopy(root);
   const HeadlessObject& shown = *copy->GetLastChild();
   EXPECT_EQ(shown.GetLocalMatrix(), instance.GetLocalMatrix());
   EXPECT_EQ(shown.GetVectors(), instance.GetVectors());
@@ -232,14 +130,15 @@ TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
 
 TEST_F(CurrentState, DeformedMeshIsSharedByItsCopies)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& mesh = AddMeshObject("mesh", &root);
   auto& tag = static_cast<HeadlessPoseMorphTag&>(AddTag(mesh, kPoseMorphTagType));
   ASSERT_TRUE(tag.AddMorph());
   tag.AddMorph()->SetPoints(MakeArray({{1, 2, 13}}));
   tag.GetMorph(1)->SetStrength(0.5);
-  AddInstance("one", &_root, &mesh);
-  AddInstance("two", &_root, &mesh);
-  const Owner copy = MakeCopy(_root);
+  AddInstance("one", &root, &mesh);
+  AddInstance("two", &root, &mesh);
+  const Owner copy = MakeCopy(root);
   const HeadlessObject& first = *copy->GetDown();
   EXPECT_EQ(PointsOf(first), (std::vector<Vector>{{1, 2, 8}}));
   for (const HeadlessObject* other = first.GetNext(); other; other = other->GetNext())
@@ -265,8 +164,9 @@ class CurrentStateAux : public CurrentState, public testing::WithParamInterface<
 
 TEST_P(CurrentStateAux, IsOfWhatMoves)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
-  HeadlessObject& instance = AddInstance("instance", &_root, &mesh);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& mesh = AddMeshObject("mesh", &root);
+  HeadlessObject& instance = AddInstance("instance", &root, &mesh);
   AddTag(mesh, kNodeBasedTagType, "another");
   AddAux(mesh);
   AddAux(instance);
@@ -274,7 +174,7 @@ TEST_P(CurrentStateAux, IsOfWhatMoves)
     AddTrack(mesh, GetParam().shownTrack, {{0, 1}});
   if (GetParam().instanceTrack.GetDepth() > 0)
     AddTrack(instance, GetParam().instanceTrack, {{0, 2}});
-  const Owner copy = MakeCopy(_root);
+  const Owner copy = MakeCopy(root);
   EXPECT_EQ(AuxOf(*copy->GetDown()), "nonemesh");
   EXPECT_EQ(AuxOf(*copy->GetLastChild()), GetParam().aux);
   std::string tracks;
@@ -294,12 +194,13 @@ INSTANTIATE_TEST_SUITE_P(Rows, CurrentStateAux, testing::ValuesIn(kAuxRows), Row
 
 TEST_F(CurrentState, NullsKeepTheirInstancesTagsTracksAndParameters)
 {
-  HeadlessObject& instance = AddInstance("instance", &_root, nullptr);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& instance = AddInstance("instance", &root, nullptr);
   AddAux(instance);
   AddTag(instance, kPoseMorphTagType);
   AddTrack(instance, kPositionX, {{0, 5}});
   instance.SetParameter(700, 1.5);
-  const Owner copy = MakeCopy(_root);
+  const Owner copy = MakeCopy(root);
   EXPECT_EQ(AuxOf(*copy->GetDown()), "instance");
   EXPECT_EQ(copy->GetDown()->FindTag(kPoseMorphTagType), nullptr);
   EXPECT_NE(copy->GetDown()->GetTracks()->Find(kPositionX), nullptr);
@@ -310,12 +211,12 @@ TEST_F(CurrentState, NullsKeepTheirInstancesTagsTracksAndParameters)
 
 TEST_F(CurrentState, WithoutTracks)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
-  AddTrack(mesh, kPositionX, {{0, 5}});
-  AddTrack(AddTag(mesh, kTextureTagType), HostDescId(5), {{0, 5}});
-  AddTrack(AddInstance("instance", &_root, &mesh), kPositionX, {{0, 6}});
+  Build("root(mesh* instance=mesh)");
+  AddTrack(Find("mesh"), kPositionX, {{0, 5}});
+  AddTrack(AddTag(Find("mesh"), kTextureTagType), HostDescId(5), {{0, 5}});
+  AddTrack(Find("instance"), kPositionX, {{0, 6}});
   _settings.Erase(kKeepTracksSetting);
-  const Owner copy = MakeCopy(_root);
+  const Owner copy = MakeCopy(Find("root"));
   for (const HeadlessObject* object = copy.get(); object; object = object->GetNextInTree(copy.get()))
     EXPECT_TRUE(object->GetTracks()->IsEmpty());
   EXPECT_TRUE(copy->GetDown()->GetFirstTag()->GetTracks()->IsEmpty());
@@ -323,15 +224,16 @@ TEST_F(CurrentState, WithoutTracks)
 
 TEST_F(CurrentState, WithoutHierarchyAllStandInPlaceUnderTheRoot)
 {
-  _root.SetLocalMatrix(Offset({1000, 0, 0}));
-  HeadlessObject& group = AddObject("group", &_root);
+  HeadlessObject& root = AddRoot();
+  root.SetLocalMatrix(Offset({1000, 0, 0}));
+  HeadlessObject& group = AddObject("group", &root);
   group.SetLocalMatrix({{100, 0, 0}, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}});
   HeadlessObject& mesh = AddMeshObject("mesh", &group);
   mesh.SetLocalMatrix(Offset({10, 0, 0}));
   AddObject("child", &mesh).SetLocalMatrix(Offset({1, 0, 0}));
   AddInstance("instance", &group, &mesh).SetLocalMatrix(Offset({0, 0, 3}));
   _settings.Erase(kKeepHierarchySetting);
-  const Owner copy = MakeCopy(_root);
+  const Owner copy = MakeCopy(root);
   EXPECT_EQ(Describe(*copy), "root(group mesh* child instance* child)");
   EXPECT_EQ(copy->GetLocalMatrix().offset, (Vector{1000, 0, 0}));
   std::vector<Vector> offsets;
@@ -345,14 +247,15 @@ TEST_F(CurrentState, WithoutHierarchyAllStandInPlaceUnderTheRoot)
 
 TEST_F(CurrentState, WeightTagsLeadToCopiesAndAllElseToOriginals)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
-  HeadlessObject& joint = AddObject("joint", &_root, kJointObjectType);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& mesh = AddMeshObject("mesh", &root);
+  HeadlessObject& joint = AddObject("joint", &root, kJointObjectType);
   HeadlessObject& outside = AddObject("outside", nullptr, kJointObjectType);
-  AddWeights(mesh, {&joint, &outside, &_root});
+  AddWeights(mesh, {&joint, &outside, &root});
   ASSERT_TRUE(static_cast<HeadlessWeightTag*>(mesh.FindTag(kWeightTagType))->SetWeight(0, 0, 0.5));
   AddAux(mesh);
   mesh.SetParameter(700, HostValue::Link(ToHost(static_cast<HeadlessNode*>(&joint))));
-  const Owner copy = MakeCopy(_root);
+  const Owner copy = MakeCopy(root);
   const HeadlessObject& meshCopy = *copy->GetDown();
   EXPECT_EQ(JointOf(meshCopy, 0), copy->GetLastChild());
   EXPECT_EQ(JointOf(meshCopy, 1), &outside);
@@ -366,18 +269,10 @@ TEST_F(CurrentState, WeightTagsLeadToCopiesAndAllElseToOriginals)
 // A figure of a skinned mesh with a joint, and a hat that hangs on a joint of the tree. Each copy of the figure has its own joint.
 TEST_F(CurrentState, WeightTagsOfShownTreesLeadToTheirOwnJoints)
 {
-  HeadlessObject& common = AddObject("common", &_root, kJointObjectType);
-  HeadlessObject& figure = AddObject("figure", &_root);
-  HeadlessObject& body = AddMeshObject("body", &figure);
-  HeadlessObject& joint = AddObject("joint", &figure, kJointObjectType);
-  AddWeights(body, {&joint, &common});
-  HeadlessObject& crowd = AddObject("crowd");
-  AddInstance("left", &crowd, &figure);
-  AddInstance("again", &crowd, &body);
-  AddInstance("crowd 1", &_root, &crowd);
-  AddInstance("alone", &_root, &body);
-  const Owner copy = MakeCopy(_root);
-  ASSERT_EQ(Describe(*copy), "root(common:1019362 figure(body* joint:1019362) crowd 1(left(body* joint:1019362) again*) alone*)");
+  Build("root(common:1019362 figure(body* joint:1019362) first=crowd alone=body) crowd(left=figure again=body)");
+  AddWeights(Find("body"), {&Find("joint"), &Find("common")});
+  const Owner copy = MakeCopy(Find("root"));
+  ASSERT_EQ(Describe(*copy), "root(common:1019362 figure(body* joint:1019362) first(left(body* joint:1019362) again*) alone*)");
   const HeadlessObject& figureCopy = *copy->GetDown()->GetNext();
   const HeadlessObject& left = *figureCopy.GetNext()->GetDown();
   EXPECT_EQ(JointOf(*figureCopy.GetDown()), figureCopy.GetLastChild());
@@ -390,14 +285,10 @@ TEST_F(CurrentState, WeightTagsOfShownTreesLeadToTheirOwnJoints)
 
 TEST_F(CurrentState, JointsOfTheScopeAroundComeBeforeThoseOfTheTree)
 {
-  HeadlessObject& figure = AddObject("figure", &_root);
-  HeadlessObject& body = AddMeshObject("body");
-  HeadlessObject& joint = AddObject("joint", &figure, kJointObjectType);
-  AddWeights(body, {&joint});
-  AddInstance("shown body", &figure, &body);
-  AddInstance("second", &_root, &figure);
-  const Owner copy = MakeCopy(_root);
-  ASSERT_EQ(Describe(*copy), "root(figure(joint:1019362 shown body*) second(joint:1019362 shown body*))");
+  Build("root(figure(joint:1019362 shown=body) second=figure) body*");
+  AddWeights(Find("body"), {&Find("joint")});
+  const Owner copy = MakeCopy(Find("root"));
+  ASSERT_EQ(Describe(*copy), "root(figure(joint:1019362 shown*) second(joint:1019362 shown*))");
   for (const HeadlessObject* object = copy->GetDown(); object; object = object->GetNext())
     EXPECT_EQ(JointOf(*object->GetLastChild()), object->GetDown());
 }
@@ -406,31 +297,29 @@ TEST_F(CurrentState, JointsOfTheScopeAroundComeBeforeThoseOfTheTree)
 
 TEST_F(CurrentState, EndsAtTheLimitOfObjects)
 {
-  HeadlessObject& group = AddObject("group");
-  for (int i = 0; i < 3; ++i)
-    AddMeshObject("mesh", &group);
-  AddInstance("one", &_root, &group);
-  AddInstance("two", &_root, &group);
+  Build("root(one=group two=group) group(a* b* c*)");
   // The two groups stand in their instances' places; the six meshes in them are more than the tree has.
-  EXPECT_FALSE(MakeCopy(_root, {5, 1 << 20}));
-  EXPECT_TRUE(MakeCopy(_root, {6, 1 << 20}));
+  EXPECT_FALSE(MakeCopy(Find("root"), {5, 1 << 20}));
+  EXPECT_TRUE(MakeCopy(Find("root"), {6, 1 << 20}));
 }
 
 TEST_F(CurrentState, EndsAtTheLimitOfMemory)
 {
+  HeadlessObject& root = AddRoot();
   HeadlessObject& mesh = AddMeshObject("mesh");
   HeadlessCurve& curve = AddTrack(mesh, HostDescId(800), {});
   for (int i = 0; i < 1000; ++i)
     ASSERT_TRUE(curve.AddKey({Float(i), 1}, nullptr));
   for (int i = 0; i < 10; ++i)
-    AddInstance("instance", &_root, &mesh);
-  EXPECT_FALSE(MakeCopy(_root, {100, 100000}));
-  EXPECT_TRUE(MakeCopy(_root, {100, 10000000}));
+    AddInstance("instance", &root, &mesh);
+  EXPECT_FALSE(MakeCopy(root, {100, 100000}));
+  EXPECT_TRUE(MakeCopy(root, {100, 10000000}));
 }
 
 // Each group shows the one before twice: two to the 40th meshes.
 TEST_F(CurrentState, DoublingEndsAtTheLimit)
 {
+  HeadlessObject& root = AddRoot();
   HeadlessObject* shown = &AddMeshObject("mesh");
   for (int i = 0; i < 40; ++i)
   {
@@ -439,13 +328,14 @@ TEST_F(CurrentState, DoublingEndsAtTheLimit)
     AddInstance("right", &group, shown);
     shown = &group;
   }
-  AddInstance("instance", &_root, shown);
-  EXPECT_FALSE(MakeCopy(_root, {20000, Int(1) << 30}));
+  AddInstance("instance", &root, shown);
+  EXPECT_FALSE(MakeCopy(root, {20000, Int(1) << 30}));
 }
 
 TEST_F(CurrentState, DeepAndWideTreesCostNoStack)
 {
-  HeadlessObject* parent = &_root;
+  HeadlessObject& root = AddRoot();
+  HeadlessObject* parent = &root;
   for (int i = 0; i < 100000; ++i)
   {
     HeadlessObject* const child = HeadlessObject::Create(kNullObjectType);
@@ -453,8 +343,8 @@ TEST_F(CurrentState, DeepAndWideTreesCostNoStack)
     parent = child;
   }
   for (int i = 0; i < 100000; ++i)
-    HeadlessObject::Create(kNullObjectType)->InsertUnder(&_root);
-  AddInstance("instance", nullptr, &_root);
+    HeadlessObject::Create(kNullObjectType)->InsertUnder(&root);
+  AddInstance("instance", nullptr, &root);
   const Owner copy = MakeCopy(*Scene().GetLastObject());
   Int count = 0;
   for (const HeadlessObject* object = copy.get(); object; object = object->GetNextInTree(copy.get()))
@@ -464,15 +354,16 @@ TEST_F(CurrentState, DeepAndWideTreesCostNoStack)
 
 TEST_F(CurrentState, LongChainsOfInstancesAreFollowedOnce)
 {
+  HeadlessObject& root = AddRoot();
   HeadlessObject* shown = &AddMeshObject("mesh");
   for (int i = 0; i < 50000; ++i)
   {
     HeadlessObject* const instance = HeadlessObject::Create(kInstanceObjectType);
-    instance->InsertUnder(&_root);  // the last one first
+    instance->InsertUnder(&root);  // the last one first
     ASSERT_TRUE(instance->SetReference(shown));
     shown = instance;
   }
-  const Owner copy = MakeCopy(_root, {0, Int(1) << 30});
+  const Owner copy = MakeCopy(root, {0, Int(1) << 30});
   ASSERT_TRUE(copy);
   EXPECT_TRUE(copy->GetDown()->IsPolygonObject());
   EXPECT_TRUE(copy->GetLastChild()->IsPolygonObject());
@@ -482,11 +373,12 @@ TEST_F(CurrentState, LongChainsOfInstancesAreFollowedOnce)
 
 TEST_F(CurrentState, CommandGivesTheCopy)
 {
-  AddMeshObject("mesh", &_root);
+  HeadlessObject& root = AddRoot();
+  AddMeshObject("mesh", &root);
   ModelingTable table;
   HostModelingData data;
   data.document = Document();
-  data.object = ToHost(&_root);
+  data.object = ToHost(&root);
   data.settings = ToHost(&_settings);
   ASSERT_TRUE(table.Send(245, data));
   ASSERT_EQ(data.resultCount, 1);
@@ -498,31 +390,32 @@ TEST_F(CurrentState, CommandGivesTheCopy)
 
 TEST_F(CurrentState, NullWithoutMemoryAndNothingLeftOver)
 {
-  HeadlessObject& mesh = AddMeshObject("mesh", &_root);
+  HeadlessObject& root = AddRoot();
+  HeadlessObject& mesh = AddMeshObject("mesh", &root);
   AddTag(mesh, kNormalTagType);
-  HeadlessObject& joint = AddObject("joint", &_root, kJointObjectType);
+  HeadlessObject& joint = AddObject("joint", &root, kJointObjectType);
   HeadlessWeightTag& weights = AddWeights(mesh, {&joint});
   ASSERT_TRUE(weights.SetWeight(0, 0, 1) && weights.TakeBindPose());
   joint.SetLocalMatrix(Offset({0, 1, 0}));
-  AddObject("deformer", &_root, kSkinDeformerType);
-  AddObject("deformer", &AddObject("group", &_root), kSkinDeformerType);
+  AddObject("deformer", &root, kSkinDeformerType);
+  AddObject("deformer", &AddObject("group", &root), kSkinDeformerType);
   auto& morphs = static_cast<HeadlessPoseMorphTag&>(AddTag(mesh, kPoseMorphTagType));
   ASSERT_TRUE(morphs.AddMorph());
   morphs.AddMorph()->SetPoints(MakeArray({{5, 5, 5}}));
   morphs.GetMorph(1)->SetStrength(1);
   AddAux(mesh);
-  HeadlessObject& inner = AddInstance("an instance", &_root, &mesh);
+  HeadlessObject& inner = AddInstance("an instance", &root, &mesh);
   AddAux(inner);
   AddTrack(inner, kPositionX, {{0, 1}});
   AddObject("own", &inner);
-  AddInstance("outer", &_root, &inner);
-  AddTrack(AddInstance("nothing", &_root, nullptr), kPositionX, {{0, 1}});
+  AddInstance("outer", &root, &inner);
+  AddTrack(AddInstance("nothing", &root, nullptr), kPositionX, {{0, 1}});
   const Int nodes = GetSceneDiagnostics().liveNodes;
   for (Int failAt = 1;; ++failAt)
   {
     ASSERT_LT(failAt, 2000);
     FailAllocation(failAt);
-    const Owner copy = MakeCopy(_root);
+    const Owner copy = MakeCopy(root);
     const Bool failed = StopFailingAllocations() > 0;
     EXPECT_EQ(copy == nullptr, failed) << failAt;
     if (!failed)

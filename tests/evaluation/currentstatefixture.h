@@ -18,6 +18,10 @@ protected:
   /// With the hierarchy and tracks kept, unless a test changes _settings.
   Owner MakeCopy(const HeadlessObject& root, const UnfoldingLimits& limits = UnfoldingLimits());
   HeadlessObject& AddInstance(const char* name, HeadlessObject* parent, HeadlessObject* shown);
+  /// Objects at top level as Describe writes them, and "name=shown" for an instance: "mesh* root(a(b=mesh c=) d:5103)".
+  void Build(const std::string& outline);
+  /// The first object of a name.
+  HeadlessObject& Find(const std::string& name);
   /// A polygon object of one point.
   HeadlessObject& AddMeshObject(const char* name, HeadlessObject* parent = nullptr);
 

@@ -44,23 +44,13 @@ TEST_P(TrackValue, IsThatOfTheTime)
 }
 
 constexpr CurveRow kCurveRows[] = {
-  {"LinearBefore", InterpolationMode::Linear, -1, 10},
-  {"LinearAtTheFirst", InterpolationMode::Linear, 0, 10},
   {"LinearBetween", InterpolationMode::Linear, 0.25, 12.5},
-  {"LinearAtAKey", InterpolationMode::Linear, 1, 20},
-  {"LinearFalling", InterpolationMode::Linear, 2.5, 5},
-  {"LinearAtTheLast", InterpolationMode::Linear, 3, 0},
   {"LinearBehind", InterpolationMode::Linear, 5, 0},
   {"StepBefore", InterpolationMode::Step, -1, 10},
   {"StepHolds", InterpolationMode::Step, 0.999, 10},
   {"StepAtAKey", InterpolationMode::Step, 1, 20},
-  {"StepHoldsToTheLast", InterpolationMode::Step, 2.999, 20},
-  {"StepBehind", InterpolationMode::Step, 4, 0},
-  {"SplineBefore", InterpolationMode::Spline, -1, 10},
   {"SplineAtAQuarter", InterpolationMode::Spline, 0.25, 10 + 10 * 0.15625},
-  {"SplineAtTheMiddle", InterpolationMode::Spline, 0.5, 15},
   {"SplineFalling", InterpolationMode::Spline, 1.5, 20 - 20 * 0.15625},
-  {"SplineBehind", InterpolationMode::Spline, 9, 0},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, TrackValue, testing::ValuesIn(kCurveRows), RowName());
 
@@ -93,16 +83,6 @@ TEST_F(Tracks, TransformComponentsBuildTheMatrixAnew)
   const HostMatrix expected{{1, 5, 3}, {1, 0, 0}, {0, 1, 0}, {0, 0, 3}};
   EXPECT_EQ(object.GetLocalMatrix(), expected) << "components without a track stay, shear goes";
   EXPECT_EQ(object.GetNext()->GetLocalMatrix(), sheared) << "without tracks a matrix stays as it was given";
-}
-
-TEST_F(Tracks, BaseTransformStandsUnderTheAnimatedOne)
-{
-  HeadlessObject& object = AddObject("a");
-  ASSERT_TRUE(object.SetBase({Offset({100, 0, 0}), {2, 2, 2}}));
-  AddTrack(object, kPositionX, {{0, 5}});
-  GoTo(0);
-  const HostMatrix expected{{105, 0, 0}, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}};
-  EXPECT_EQ(object.GetLocalMatrix(), expected);
 }
 
 TEST_F(Tracks, OtherParametersAreSetAsNumbers)
@@ -145,16 +125,6 @@ TEST_F(Tracks, ReachEveryObjectOfADeepHierarchy)
   AddTrack(*last, kPositionX, {{0, 7}});
   GoTo(0);
   EXPECT_EQ(last->GetVectors().position.x, 7);
-}
-
-TEST_F(Tracks, PassesEvaluateWithoutAnotherTime)
-{
-  HeadlessObject& object = AddObject("a");
-  GoTo(1);
-  AddTrack(object, kPositionX, {{0, 0}, {2, 2}});
-  EXPECT_EQ(object.GetVectors().position.x, 0);
-  Document()->ExecutePasses();
-  EXPECT_EQ(object.GetVectors().position.x, 1);
 }
 
 // Point tracks.
@@ -278,12 +248,9 @@ TEST_P(TakePrecedence, OfPositionX)
 }
 
 const PrecedenceRow kPrecedenceRows[] = {
-  {"EmptyOverride", {}, {}, false, 10},
   {"ValueOverTrack", kPositionX, HostValue(20.0), false, 20},
   {"VectorOverTrack", HostDescId(kPositionParameter), HostValue(Vector{25, 0, 0}), false, 25},
   {"TrackOverValue", kPositionX, HostValue(20.0), true, 30},
-  {"TrackOverVector", HostDescId(kPositionParameter), HostValue(Vector{25, 0, 0}), true, 30},
-  {"ValueOfAnotherComponent", kPositionY, HostValue(20.0), false, 10},
   {"ValueOfAnotherKind", HostDescId(kRotationParameter), HostValue(Vector{0, 0, 0}), true, 30},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, TakePrecedence, testing::ValuesIn(kPrecedenceRows), RowName());
