@@ -1,7 +1,4 @@
-// Merging, packing and encoding of bitmaps, each alone.
-
-#include <memory>
-#include <optional>
+// Merging, packing and encoding of bitmaps, and the conversions that materials need.
 
 #include "plugin/material/gltfmaterialbitmaps.h"
 #include "plugin/material/gltfmaterialexportcolor.h"
@@ -15,118 +12,66 @@ namespace
 
 constexpr std::array<uint8_t, 3> kRed = {255, 0, 0};
 constexpr std::array<uint8_t, 3> kBlack = {0, 0, 0};
-constexpr std::array<uint8_t, 3> kWhitePixel = {255, 255, 255};
 
 std::array<uint8_t, 3> Gray(uint8_t value)
 {
   return {value, value, value};
 }
 
-std::string TextOf(const ExportTexture& texture)
-{
-  const BaseArray<Byte>& bytes = texture.image.GetData();
-  return std::string(reinterpret_cast<const char*>(bytes.begin()), static_cast<size_t>(bytes.GetCount()));
-}
-
-HostBitmap* Handle(std::optional<Picture>& picture)
-{
-  return picture ? picture->AsBitmap() : nullptr;
-}
-
-struct PairCase
+/// Files by the names that a material gives them: c, a and n of its colour, alpha and normal, r and m of its layer.
+struct MergeRow
 {
   const char* name;
-  std::optional<Picture> first;
-  std::optional<Picture> second;
-  const char* expected;
-  bool isJpeg = false;
+  std::map<std::string, Picture> files;
+  const char* expected;  // the images, behind each other
 };
 
-class PairOfBitmaps : public MaterialExportTest, public testing::WithParamInterface<PairCase>
-{
-protected:
-  PairCase _row = GetParam();
-  ExportTexture _texture;
-};
-
-using BaseColorMerge = PairOfBitmaps;
-
-TEST_P(BaseColorMerge, MakesOneImage)
-{
-  ASSERT_FALSE(MergeBaseColor(_texture, Handle(_row.first), _row.isJpeg, Handle(_row.second), true).HasError());
-  EXPECT_EQ(TextOf(_texture), _row.expected);
-  EXPECT_EQ(_texture.hasImage, *_row.expected != 0);
-  const bool isJpeg = TextOf(_texture).starts_with("jpg");
-  EXPECT_EQ(_texture.image.GetImageType(), isJpeg || !_texture.hasImage ? 1104 : 1023671);
-}
-
-const PairCase kBaseColorCases[] = {
-  {"ColorAsPng", Picture(2, 1, {kRed, kBlack}), {}, "png 2x1 255,0,0 0,0,0"},
-  {"ColorAsJpeg", Picture(2, 1, {kRed, kBlack}), {}, "jpg 2x1 255,0,0 0,0,0", true},
-  {"AlphaMakesJpegPng", Picture(1, 1, {kRed}), Picture(1, 1, {Gray(9)}), "png 1x1 255,0,0,9", true},
-  {"AlphaFromItsChannel", Picture(1, 1, {kRed}), Picture(1, 1, {Gray(9)}, {77}), "png 1x1 255,0,0,77"},
-  {"ColoredAlphaAsBrightness", Picture(1, 1, {kBlack}), Picture(1, 1, {kRed}), "png 1x1 0,0,0,76"},
-  {"SmallAlphaChannelGrows", Picture(2, 4, {kRed}), Picture(1, 2, {kBlack}, {1, 2}),
-   "png 2x4 255,0,0,1 255,0,0,1 255,0,0,1 255,0,0,1 255,0,0,2 255,0,0,2 255,0,0,2 255,0,0,2"},
-  {"LargeAlphaShrinks", Picture(1, 1, {kRed}), Picture(2, 2, {Gray(5)}, {6}), "png 1x1 255,0,0,6"},
-  {"AlphaAloneByChannel", {}, Picture(2, 1, {kBlack}, {4, 5}), "png 2x1 255,255,255,4 255,255,255,5"},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, BaseColorMerge, testing::ValuesIn(kBaseColorCases), RowName());
-
-class MetallicRoughnessPack : public PairOfBitmaps
+class MergedBitmaps : public MaterialExportTest, public testing::WithParamInterface<MergeRow>
 {};
 
-TEST_P(MetallicRoughnessPack, MakesOneImage)
+TEST_P(MergedBitmaps, BecomeImages)
 {
-  ASSERT_FALSE(MergeMetallicRoughness(_texture, Handle(_row.first), Handle(_row.second), true).HasError());
-  EXPECT_EQ(TextOf(_texture), _row.expected);
-  EXPECT_EQ(_texture.hasImage, *_row.expected != 0);
+  std::string channels = Channel(3);
+  std::string shaders;
+  for (const auto& [name, picture] : GetParam().files)
+  {
+    _bitmaps.files[name] = picture;
+    const std::string shader = R"({"parameters": {"1002": ")" + name + "\"}}";
+    if (name[0] == 'r' || name[0] == 'm')
+      shaders += (shaders.empty() ? "" : ", ") + std::string(name[0] == 'r' ? R"("40": )" : R"("44": )") + shader;
+    else
+      channels += ", " + Channel(name[0] == 'c' ? 0 : name[0] == 'a' ? 7 : 13, name);
+  }
+  ASSERT_EQ(Save({R"("channels": {)" + channels + R"(}, "layers": [{"id": 1000, "shaders": {)" + shaders + "}}]"}), "");
+  std::string images;
+  for (int i = 0; i < Count("images"); ++i)
+    images += (i ? "; " : "") + Image(i);
+  EXPECT_EQ(images, GetParam().expected);
 }
 
-const PairCase kMetallicRoughnessCases[] = {
-  {"RoughnessAlone", Picture(2, 1, {Gray(10), Gray(0)}), {}, "png 2x1 255,10,255 255,0,255"},
-  {"MetallicAlone", {}, Picture(64, 32, {Gray(20)}), "png 64x32 all 255,255,20"},
-  {"Both", Picture(2, 1, {Gray(1), Gray(2)}), Picture(2, 1, {Gray(3), Gray(4)}), "png 2x1 255,1,3 255,2,4"},
-  {"SaturatedPixelsGiveTheirLargest", Picture(2, 1, {kRed, {10, 30, 20}}), Picture(2, 1, {{0, 0, 9}, {40, 41, 42}}),
+const MergeRow kMergeRows[] = {
+  {"ColorAsPng", {{"c.png", {2, 1, {kRed, kBlack}, {7}}}}, "png 2x1 255,0,0 0,0,0"},
+  {"ColorAsJpeg", {{"c.jpg", {2, 1, {kRed, kBlack}}}}, "jpg 2x1 255,0,0 0,0,0"},
+  {"AlphaMakesJpegPng", {{"c.jpg", {1, 1, {kRed}}}, {"a.png", {1, 1, {Gray(9)}}}}, "png 1x1 255,0,0,9"},
+  {"AlphaFromItsChannel", {{"c.png", {1, 1, {kRed}}}, {"a.png", {1, 1, {Gray(9)}, {77}}}}, "png 1x1 255,0,0,77"},
+  {"ColoredAlphaAsBrightness", {{"c.png", {1, 1, {kBlack}}}, {"a.png", {1, 1, {kRed}}}}, "png 1x1 0,0,0,76"},
+  {"SmallAlphaGrows", {{"c.png", {1, 2, {kRed}}}, {"a.png", {1, 1, {kBlack}, {1}}}}, "png 1x2 all 255,0,0,1"},
+  {"LargeAlphaShrinks", {{"c.png", {1, 1, {kRed}}}, {"a.png", {2, 2, {Gray(5)}, {6}}}}, "png 1x1 255,0,0,6"},
+  {"AlphaAlone", {{"a.png", {2, 1, {kBlack}, {4, 5}}}}, "png 2x1 255,255,255,4 255,255,255,5"},
+  {"ManyRows", {{"c.png", {3, 200, {kRed}}}, {"a.png", {3, 200, {Gray(100)}}}}, "png 3x200 all 255,0,0,100"},
+  {"RoughnessAlone", {{"r.png", {2, 1, {Gray(10), Gray(0)}, {1}}}}, "png 2x1 255,10,255 255,0,255"},
+  {"MetallicAlone", {{"m.png", {64, 32, {Gray(20)}}}}, "png 64x32 all 255,255,20"},
+  {"SaturatedPixelsGiveTheirLargest",
+   {{"r.png", {2, 1, {kRed, {10, 30, 20}}}}, {"m.png", {2, 1, {{0, 0, 9}, {40, 41, 42}}}}},
    "png 2x1 255,255,9 255,30,42"},
-  {"AlphaIsNotAsked", Picture(1, 1, {Gray(5)}, {1}), Picture(1, 1, {Gray(6)}, {2}), "png 1x1 255,5,6"},
-  {"ManyRowsOfTheFirstSize", Picture(1, 300, {Gray(50)}), Picture(2, 1, {Gray(60)}), "png 1x300 all 255,50,60"},
+  {"ManyRowsOfTheFirstSize", {{"r.png", {1, 300, {Gray(50)}}}, {"m.png", {2, 1, {Gray(60)}}}}, "png 1x300 all 255,50,60"},
+  // Names are compared as they are.
+  {"Jpeg", {{"n.jpeg", {1, 1, {kRed}, {9}}}}, "jpg 1x1 255,0,0"},
+  {"Capitals", {{"n.JPG", {1, 1, {kRed}}}}, "png 1x1 255,0,0"},
+  {"SuffixOfTheFolder", {{"n.jpg/b", {1, 1, {kRed}}}}, "png 1x1 255,0,0"},
+  {"LastSuffixCounts", {{"n.jpg.tif", {1, 1, {kRed}}}}, "png 1x1 255,0,0"},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, MetallicRoughnessPack, testing::ValuesIn(kMetallicRoughnessCases), RowName());
-
-struct SingleCase
-{
-  const char* name;
-  const char* fileName;
-  const char* expected;
-};
-
-class SingleBitmap : public MaterialExportTest, public testing::WithParamInterface<SingleCase>
-{};
-
-TEST_P(SingleBitmap, IsEncodedAsItsNameSays)
-{
-  Picture picture(1, 1, {kRed}, {9});
-  ExportTexture texture;
-  const String name(GetParam().fileName, static_cast<Int>(std::strlen(GetParam().fileName)));
-  ASSERT_FALSE(EncodeSingle(picture.AsBitmap(), name, texture, false).HasError());
-  EXPECT_EQ(TextOf(texture), GetParam().expected);
-  EXPECT_TRUE(texture.hasImage);
-  EXPECT_FALSE(picture.hasAlpha);
-  // Standard base64 of the text.
-  const bool isJpeg = TextOf(texture).starts_with("jpg");
-  EXPECT_EQ(texture.image.GetURIString().GetView(),
-            isJpeg ? "data:image/jpeg;base64,anBnIDF4MSAyNTUsMCww" : "data:image/png;base64,cG5nIDF4MSAyNTUsMCww");
-}
-
-// Names are compared as they are.
-const SingleCase kSingleCases[] = {
-  {"Jpeg", "b.jpeg", "jpg 1x1 255,0,0"},
-  {"Capitals", "b.JPG", "png 1x1 255,0,0"},
-  {"SuffixOfTheFolder", "a.jpg/b", "png 1x1 255,0,0"},
-  {"LastSuffixCounts", "a.jpg.tif", "png 1x1 255,0,0"},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, SingleBitmap, testing::ValuesIn(kSingleCases), RowName());
+INSTANTIATE_TEST_SUITE_P(Rows, MergedBitmaps, testing::ValuesIn(kMergeRows), RowName());
 
 TEST_F(MaterialExportTest, TheFilterForSmallSizesIsTheHosts)
 {
