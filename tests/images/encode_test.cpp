@@ -58,21 +58,9 @@ TEST(EncodedJpeg, IsNearToThePixelsAndHasNoAlpha)
     ASSERT_NEAR(back->GetRow(0)[i], 60 * (i % 3) + 10, 2) << i;
 }
 
-class PlainImage final : public HeadlessImage
-{
-public:
-  explicit PlainImage(std::shared_ptr<PixelImage> image) : _pixels(std::move(image)) {}
-  Result<std::shared_ptr<const PixelImage>> GetPixels() noexcept override { return std::shared_ptr<const PixelImage>(_pixels); }
-  UInt GetHash() const noexcept override { return HashPixels(*_pixels); }
-  Int GetByteCount() const noexcept override { return _pixels->GetByteCount(); }
-
-private:
-  std::shared_ptr<PixelImage> _pixels;
-};
-
 TEST(MediaSessions, EncodeByTheSessionsIdAndLeaveLinearValues)
 {
-  PlainImage image(ImageOf("1,2,3"));
+  PlainImage image("1,2,3");
   HostImage* const host = ToHost(static_cast<HeadlessImage*>(&image));
   HeadlessMediaSessions sessions;
   const auto formatOf = [&](const char* id)
@@ -96,13 +84,13 @@ TEST(MediaSessions, TellImagesApartBySizeAndPixels)
   std::set<UInt> hashes;
   for (const char* const text : {"1,2,3", "1,2,4", "1,2,3 4,5,6", "1,2,3 / 4,5,6", "1,2,3,4 5,6,7,8", "1,2,3 4,5,6 7,8,9 5,6,7"})
   {
-    PlainImage image(ImageOf(text));
-    PlainImage same(ImageOf(text));
+    PlainImage image(text);
+    PlainImage same(text);
     const UInt hash = sessions.GetHash(ToHost(static_cast<HeadlessImage*>(&image)));
     EXPECT_EQ(hash, sessions.GetHash(ToHost(static_cast<HeadlessImage*>(&same))));
     EXPECT_TRUE(hashes.insert(hash).second) << text;
   }
-  PlainImage image(ImageOf("1,2,3,4 5,6,7,8"));
+  PlainImage image("1,2,3,4 5,6,7,8");
   EXPECT_EQ(sessions.GetByteCount(ToHost(static_cast<HeadlessImage*>(&image))), 8);
 }
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/images/pixelimage.h"
+#include "host/images/headlessimage.h"
 
 namespace q7z::test
 {
@@ -71,6 +71,21 @@ private:
 std::string PixelText(const PixelImage& image);
 /// The way back.
 std::shared_ptr<PixelImage> ImageOf(const std::string& text);
+/// An image of its own.
+class PlainImage final : public HeadlessImage
+{
+public:
+  explicit PlainImage(const std::string& text) : _pixels(ImageOf(text)) {}
+  explicit PlainImage(std::shared_ptr<const PixelImage> pixels) : _pixels(std::move(pixels)) {}
+  Result<std::shared_ptr<const PixelImage>> GetPixels() noexcept override { return _pixels; }
+  UInt GetHash() const noexcept override { return HashPixels(*_pixels); }
+  Int GetByteCount() const noexcept override { return _pixels->GetByteCount(); }
+  const PixelImage& Pixels() const { return *_pixels; }
+
+private:
+  std::shared_ptr<const PixelImage> _pixels;
+};
+
 /// The same pixels in each run, as different as they come.
 std::shared_ptr<PixelImage> NoiseImage(Int32 width, Int32 height, Int32 channels);
 

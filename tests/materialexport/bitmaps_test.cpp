@@ -10,19 +10,19 @@ namespace q7z::test
 namespace
 {
 
-constexpr std::array<uint8_t, 3> kRed = {255, 0, 0};
-constexpr std::array<uint8_t, 3> kBlack = {0, 0, 0};
-
-std::array<uint8_t, 3> Gray(uint8_t value)
+const std::string kManyRows = []
 {
-  return {value, value, value};
-}
+  std::string text = "50,50,50";
+  for (int i = 1; i < 300; ++i)
+    text += " / 50,50,50";
+  return text;
+}();
 
 /// Files by the names that a material gives them: c, a and n of its colour, alpha and normal, r and m of its layer.
 struct MergeRow
 {
   const char* name;
-  std::map<std::string, Picture> files;
+  std::map<std::string, std::string> files;
   const char* expected;  // the images, behind each other
 };
 
@@ -33,9 +33,9 @@ TEST_P(MergedBitmaps, BecomeImages)
 {
   std::string channels = Channel(3);
   std::string shaders;
-  for (const auto& [name, picture] : GetParam().files)
+  for (const auto& [name, pixels] : GetParam().files)
   {
-    _bitmaps.files[name] = picture;
+    _bitmaps.files[name] = ImageOf(pixels);
     const std::string shader = R"({"parameters": {"1002": ")" + name + "\"}}";
     if (name[0] == 'r' || name[0] == 'm')
       shaders += (shaders.empty() ? "" : ", ") + std::string(name[0] == 'r' ? R"("40": )" : R"("44": )") + shader;
@@ -50,26 +50,26 @@ TEST_P(MergedBitmaps, BecomeImages)
 }
 
 const MergeRow kMergeRows[] = {
-  {"ColorAsPng", {{"c.png", {2, 1, {kRed, kBlack}, {7}}}}, "png 2x1 255,0,0 0,0,0"},
-  {"ColorAsJpeg", {{"c.jpg", {2, 1, {kRed, kBlack}}}}, "jpg 2x1 255,0,0 0,0,0"},
-  {"AlphaMakesJpegPng", {{"c.jpg", {1, 1, {kRed}}}, {"a.png", {1, 1, {Gray(9)}}}}, "png 1x1 255,0,0,9"},
-  {"AlphaFromItsChannel", {{"c.png", {1, 1, {kRed}}}, {"a.png", {1, 1, {Gray(9)}, {77}}}}, "png 1x1 255,0,0,77"},
-  {"ColoredAlphaAsBrightness", {{"c.png", {1, 1, {kBlack}}}, {"a.png", {1, 1, {kRed}}}}, "png 1x1 0,0,0,76"},
-  {"SmallAlphaGrows", {{"c.png", {1, 2, {kRed}}}, {"a.png", {1, 1, {kBlack}, {1}}}}, "png 1x2 all 255,0,0,1"},
-  {"LargeAlphaShrinks", {{"c.png", {1, 1, {kRed}}}, {"a.png", {2, 2, {Gray(5)}, {6}}}}, "png 1x1 255,0,0,6"},
-  {"AlphaAlone", {{"a.png", {2, 1, {kBlack}, {4, 5}}}}, "png 2x1 255,255,255,4 255,255,255,5"},
-  {"ManyRows", {{"c.png", {3, 200, {kRed}}}, {"a.png", {3, 200, {Gray(100)}}}}, "png 3x200 all 255,0,0,100"},
-  {"RoughnessAlone", {{"r.png", {2, 1, {Gray(10), Gray(0)}, {1}}}}, "png 2x1 255,10,255 255,0,255"},
-  {"MetallicAlone", {{"m.png", {64, 32, {Gray(20)}}}}, "png 64x32 all 255,255,20"},
+  {"ColorAsPng", {{"c.png", "255,0,0,7 0,0,0,7"}}, "png 2x1 255,0,0 0,0,0"},
+  {"ColorAsJpeg", {{"c.jpg", "255,0,0 0,0,0"}}, "jpg 2x1 255,0,0 0,0,0"},
+  {"AlphaMakesJpegPng", {{"c.jpg", "255,0,0"}, {"a.png", "9,9,9"}}, "png 1x1 255,0,0,9"},
+  {"AlphaFromItsChannel", {{"c.png", "255,0,0"}, {"a.png", "9,9,9,77"}}, "png 1x1 255,0,0,77"},
+  {"ColoredAlphaAsBrightness", {{"c.png", "0,0,0"}, {"a.png", "255,0,0"}}, "png 1x1 0,0,0,76"},
+  {"SmallAlphaGrows", {{"c.png", "9,0,0 / 9,0,0"}, {"a.png", "0,0,0,1"}}, "png 1x2 all 9,0,0,1"},
+  {"LargeAlphaShrinks", {{"c.png", "9,0,0"}, {"a.png", "5,5,5,6 5,5,5,6"}}, "png 1x1 9,0,0,6"},
+  {"AlphaAlone", {{"a.png", "0,0,0,4 0,0,0,5"}}, "png 2x1 255,255,255,4 255,255,255,5"},
+  {"ManyRows", {{"c.png", kManyRows}, {"a.png", "7,7,7"}}, "png 1x300 all 50,50,50,7"},
+  {"RoughnessAlone", {{"r.png", "10,10,10,1 0,0,0,1"}}, "png 2x1 255,10,255 255,0,255"},
+  {"MetallicAlone", {{"m.png", "20,20,20 20,20,20"}}, "png 2x1 all 255,255,20"},
   {"SaturatedPixelsGiveTheirLargest",
-   {{"r.png", {2, 1, {kRed, {10, 30, 20}}}}, {"m.png", {2, 1, {{0, 0, 9}, {40, 41, 42}}}}},
+   {{"r.png", "255,0,0 10,30,20"}, {"m.png", "0,0,9 40,41,42"}},
    "png 2x1 255,255,9 255,30,42"},
-  {"ManyRowsOfTheFirstSize", {{"r.png", {1, 300, {Gray(50)}}}, {"m.png", {2, 1, {Gray(60)}}}}, "png 1x300 all 255,50,60"},
+  {"ManyRowsOfTheFirstSize", {{"r.png", kManyRows}, {"m.png", "60,60,60 60,60,60"}}, "png 1x300 all 255,50,60"},
   // Names are compared as they are.
-  {"Jpeg", {{"n.jpeg", {1, 1, {kRed}, {9}}}}, "jpg 1x1 255,0,0"},
-  {"Capitals", {{"n.JPG", {1, 1, {kRed}}}}, "png 1x1 255,0,0"},
-  {"SuffixOfTheFolder", {{"n.jpg/b", {1, 1, {kRed}}}}, "png 1x1 255,0,0"},
-  {"LastSuffixCounts", {{"n.jpg.tif", {1, 1, {kRed}}}}, "png 1x1 255,0,0"},
+  {"Jpeg", {{"n.jpeg", "255,0,0,9"}}, "jpg 1x1 255,0,0"},
+  {"Capitals", {{"n.JPG", "255,0,0"}}, "png 1x1 255,0,0"},
+  {"SuffixOfTheFolder", {{"n.jpg/b", "255,0,0"}}, "png 1x1 255,0,0"},
+  {"LastSuffixCounts", {{"n.jpg.tif", "255,0,0"}}, "png 1x1 255,0,0"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, MergedBitmaps, testing::ValuesIn(kMergeRows), RowName());
 

@@ -28,7 +28,7 @@ protected:
   ClassicFactors()
   {
     for (const char* const name : {"c.png", "a.png", "n.png", "b.png", "o.png", "e.png", "l.png"})
-      _bitmaps.files[name] = Picture(1, 1, {{static_cast<uint8_t>(name[0]), 0, 0}});
+      _bitmaps.files[name] = ImageOf("1,2,3");
   }
 };
 

@@ -18,8 +18,8 @@ class NodeMaterials : public MaterialExportTest
 protected:
   std::string SaveNodes(int count = 1) { return Save(std::vector<std::string>(static_cast<size_t>(count), kNode)); }
 
-  Picture _red{1, 1, {{200, 0, 0}}};
-  Picture _blue{2, 1, {{0, 0, 200}}};
+  PlainImage _red{"200,0,0"};
+  PlainImage _blue{"0,0,200 0,0,200"};
 };
 
 TEST_F(NodeMaterials, AskWithTheSettingsOfTheSave)
@@ -57,9 +57,8 @@ TEST_F(NodeMaterials, TakeTheParametersOfTheRecord)
 
 TEST_F(NodeMaterials, TakeTheTexturesOfTheRecord)
 {
-  Picture pictures[5];
-  for (uint8_t i = 0; i < 5; ++i)
-    pictures[i] = Picture(1, 1, {{i, 0, 0}}, {7});
+  PlainImage pictures[] = {PlainImage("0,0,0,7"), PlainImage("1,0,0,7"), PlainImage("2,0,0,7"), PlainImage("3,0,0,7"),
+                           PlainImage("4,0,0,7")};
   _exchange.records["M0"] = {.textures = {{"occlusionTexture", &pictures[3]},
                                           {"emissiveTexture", &pictures[4]},
                                           {"withoutPixels", nullptr},
@@ -149,7 +148,7 @@ TEST_P(RefusedRecords, EndTheSave)
 }
 
 constexpr const char* kWrongKind = "Invalid TypedConstantParameter";
-Picture g_gray{1, 1, {{128, 128, 128}}};
+PlainImage g_gray{"128,128,128"};
 
 const RefusedCase kRefusedCases[] = {
   {"AnotherType",

@@ -24,7 +24,7 @@ protected:
   MaterialFaults()
   {
     for (const char* const name : {"color.png", "alpha.png", "rough.png", "metal.png", "emissive.png"})
-      _bitmaps.files[name] = Picture(1, 2, {{static_cast<uint8_t>(name[0]), 0, 0}});
+      _bitmaps.files[name] = ImageOf(std::to_string(name[0]) + ",0,0 / " + std::to_string(name[0]) + ",0,0");
   }
 };
 

@@ -32,7 +32,7 @@ protected:
     const char* const names[] = {"color.jpg",    "alpha.png", "normal.png", "occlusion.jpeg",
                                  "emissive.png", "rough.png", "metal.png"};
     for (uint8_t i = 0; i < 7; ++i)
-      _bitmaps.files[names[i]] = Picture(1, 1, {{i, i, i}});
+      _bitmaps.files[names[i]] = ImageOf(std::to_string(i) + "," + std::to_string(i) + "," + std::to_string(i));
   }
   std::vector<std::string> Images() const
   {
@@ -137,7 +137,7 @@ TEST_F(MaterialImages, ComeFromTheLastSourceThatNamesAFile)
 // The encoder of the normals takes the alpha away that the base colour is about to read.
 TEST_F(MaterialImages, OfABitmapWithTwoUsesDoNotDependOnWhichIsFirst)
 {
-  _bitmaps.files["both.png"] = Picture(1, 1, {{9, 9, 9}}, {77});
+  _bitmaps.files["both.png"] = ImageOf("9,9,9,77");
   for (int round = 0; round < 20; ++round)
   {
     ASSERT_EQ(Save({R"("channels": {)" + Channel(0, "color.jpg") + ", " + Channel(7, "both.png") + ", " +

@@ -1,10 +1,8 @@
 #pragma once
 
-// Bitmaps, encoders and a material exchange that are made for tests: files are made up, images are encoded as texts that show their
-// pixels, and each can be told to fail.
+// The host's bitmaps with files that are made up, encoders that write images as texts, and a material exchange; each can be told to
+// fail.
 
-#include <array>
-#include <cstdint>
 #include <map>
 #include <mutex>
 #include <set>
@@ -13,43 +11,17 @@
 
 #include "plugin/module/hostmaterial.h"
 #include "plugin/module/hostservices.h"
+#include "tests/images/imagebuilders.h"
 
 namespace q7z::test
 {
 
-/// r, g, b and, where there is an alpha channel, a.
-using Pixel = std::array<uint8_t, 4>;
-
-/// A bitmap, and the image of it.
-struct Picture
-{
-  int width = 0;
-  int height = 0;
-  bool hasAlpha = false;
-  std::vector<Pixel> pixels;
-  bool isLinear = false;  // of an image of an exchange: its profile was converted
-
-  Picture() = default;
-  /// @param colors  row by row; of one colour all pixels are. @param alpha  the same; empty for no channel.
-  Picture(int width, int height, std::vector<std::array<uint8_t, 3>> colors, std::vector<uint8_t> alpha = {});
-
-  HostBitmap* AsBitmap() { return reinterpret_cast<HostBitmap*>(this); }
-  HostImage* AsImage() { return reinterpret_cast<HostImage*>(this); }
-  /// "2x1 255,0,0 0,0,0,255", or "64x32 all 255,255,255" when that is what all pixels are.
-  std::string Text() const;
-};
-
-inline Picture& ToPicture(const void* handle)
-{
-  return *static_cast<Picture*>(const_cast<void*>(handle));
-}
-
-class FakeBitmaps final : public HostBitmapTable
+class FaultyBitmaps final : public HostBitmapTable
 {
 public:
-  ~FakeBitmaps();
+  explicit FaultyBitmaps(HostBitmapTable* base) noexcept : _base(base) {}
 
-  std::map<std::string, Picture> files;
+  std::map<std::string, std::shared_ptr<PixelImage>> files;
   std::map<std::string, int> loadCounts;  // by name, failed ones too
   int liveCount = 0;
   /// The call that fails, counted from 1 over all that can; 0 for none.
@@ -58,25 +30,38 @@ public:
 
   HostBitmap* Alloc() noexcept override;
   void Free(HostBitmap* bitmap) noexcept override;
-  Bool Init(HostBitmap* bitmap, Int32 width, Int32 height, Int32 bitsPerPixel) noexcept override;
+  Bool Init(HostBitmap* bitmap, Int32 width, Int32 height, Int32 bitsPerPixel) noexcept override
+  {
+    return !IsCallFailing() && _base->Init(bitmap, width, height, bitsPerPixel);
+  }
   Bool Load(HostBitmap* bitmap, const HostFilename& name) noexcept override;
-  Int32 GetWidth(const HostBitmap* bitmap) noexcept override { return ToPicture(bitmap).width; }
-  Int32 GetHeight(const HostBitmap* bitmap) noexcept override { return ToPicture(bitmap).height; }
-  /// Each pixel of the target shows the one of the source that it lies in.
-  Bool ScaleInto(const HostBitmap* bitmap, HostBitmap* target) noexcept override;
-  Bool HasAlpha(const HostBitmap* bitmap) noexcept override { return ToPicture(bitmap).hasAlpha; }
-  Bool AddAlpha(HostBitmap* bitmap) noexcept override;
-  void RemoveAlpha(HostBitmap* bitmap) noexcept override { ToPicture(bitmap).hasAlpha = false; }
-  Bool ReadRow(const HostBitmap* bitmap, Int32 row, Byte* target, Bool withAlpha) noexcept override;
-  Bool WriteRow(HostBitmap* bitmap, Int32 row, const Byte* source, Bool withAlpha) noexcept override;
-  HostImage* GetImage(HostBitmap* bitmap) noexcept override;
+  Int32 GetWidth(const HostBitmap* bitmap) noexcept override { return _base->GetWidth(bitmap); }
+  Int32 GetHeight(const HostBitmap* bitmap) noexcept override { return _base->GetHeight(bitmap); }
+  Bool ScaleInto(const HostBitmap* bitmap, HostBitmap* target) noexcept override
+  {
+    return !IsCallFailing() && _base->ScaleInto(bitmap, target);
+  }
+  Bool HasAlpha(const HostBitmap* bitmap) noexcept override { return _base->HasAlpha(bitmap); }
+  Bool AddAlpha(HostBitmap* bitmap) noexcept override { return !IsCallFailing() && _base->AddAlpha(bitmap); }
+  void RemoveAlpha(HostBitmap* bitmap) noexcept override { _base->RemoveAlpha(bitmap); }
+  Bool ReadRow(const HostBitmap* bitmap, Int32 row, Byte* target, Bool withAlpha) noexcept override
+  {
+    return !IsCallFailing() && _base->ReadRow(bitmap, row, target, withAlpha);
+  }
+  Bool WriteRow(HostBitmap* bitmap, Int32 row, const Byte* source, Bool withAlpha) noexcept override
+  {
+    return !IsCallFailing() && _base->WriteRow(bitmap, row, source, withAlpha);
+  }
+  HostImage* GetImage(HostBitmap* bitmap) noexcept override { return IsCallFailing() ? nullptr : _base->GetImage(bitmap); }
 
 private:
   bool IsCallFailing();
+  HostBitmapTable* _base;
   std::mutex _mutex;
 };
 
-/// Encodes a picture as the text "png " or "jpg " and what Picture::Text says; of a converted one with " linear" behind it.
+/// Encodes an image as "png " or "jpg ", its size, and its pixels: "png 2x1 255,0,0 0,0,0", or "png 9x9 all 1,2,3" where they are
+/// equal; of a converted one with " linear" behind it.
 class FakeSessions final : public HostMediaSessions
 {
 public:
@@ -89,11 +74,11 @@ public:
   Result<BaseArray<Byte>> Encode(const Char* sessionId, HostImage* image) noexcept override;
   Result<HostImage*> ConvertColorProfile(HostImage* image, const Char* profileId) noexcept override;
   UInt GetHash(const HostImage* image) noexcept override;
-  Int GetByteCount(const HostImage* image) noexcept override;
+  Int GetByteCount(const HostImage* image) noexcept override { return ToHeadless(image)->GetByteCount(); }
 
 private:
   std::mutex _mutex;
-  std::vector<std::unique_ptr<Picture>> _converted;
+  std::map<HostImage*, std::unique_ptr<PlainImage>> _converted;
 };
 
 /// What a node material hands over.
@@ -101,7 +86,7 @@ struct ExchangeRecord
 {
   std::string materialTypeId = "net.tarno.material.portbundle.gltf";
   std::vector<std::pair<std::string, Data>> parameters;
-  std::vector<std::pair<std::string, Picture*>> textures;  // null: a texture without pixels
+  std::vector<std::pair<std::string, PlainImage*>> textures;  // null: a texture without pixels
 };
 
 class FakeExchange final : public HostMaterialExport

@@ -36,7 +36,7 @@ protected:
   int Count(const std::string& path) const { return _content.Count(path); }
 
   TestHost _host;
-  FakeBitmaps _bitmaps;
+  FaultyBitmaps _bitmaps{_host.Host().GetTables().bitmap};
   FakeSessions _sessions;
   FakeExchange _exchange;
   Parameters _parameters;  // of the saver
