@@ -1,5 +1,6 @@
 #include "host/scene/evaluation.h"
 
+#include "host/scene/curvekeys.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
 
@@ -18,7 +19,7 @@ public:
   {}
 
   /// @return false for an id that is no component of the transform.
-  Bool Set(const HostDescId& id, Float value) noexcept
+  Bool Set(const HostDescId& id, Float value, const HeadlessCurve& curve) noexcept
   {
     if (!_object || id.GetDepth() != 2 || id[1].id < kComponentX || id[1].id > kComponentZ)
       return false;
@@ -29,13 +30,17 @@ public:
       _vectors = _object->GetVectors();
     _isRead = true;
     (*vector)[id[1].id - kComponentX] = value;
+    if (vector == &_vectors.rotation)
+      _rotationCurves[id[1].id - kComponentX] = &curve;
     return true;
   }
 
-  void Apply() noexcept
+  void Apply(const HostTime& time) noexcept
   {
-    if (_isRead)
-      _object->SetVectors(_vectors);
+    if (!_isRead)
+      return;
+    TurnBetweenKeys(_rotationCurves, time, _object->GetRotationOrder(), _vectors.rotation);
+    _object->SetVectors(_vectors);
   }
 
 private:
@@ -52,37 +57,11 @@ private:
 
   HeadlessObject* _object;  // null for a node that is none
   TransformVectors _vectors;
+  const HeadlessCurve* _rotationCurves[3] = {};  // that the angles come from
   Bool _isRead = false;
 };
 
 // Point tracks.
-
-/// The keys on both sides of a time; one key twice at its time and outside the curve.
-struct KeyPair
-{
-  const HeadlessKey* left;
-  const HeadlessKey* right;
-  Float place;  ///< of the time between them, 0 to 1
-};
-
-/// @param curve  with at least one key.
-KeyPair FindKeys(const HeadlessCurve& curve, Float seconds) noexcept
-{
-  Int low = 0;  // of the first key that is later
-  for (Int high = curve.GetKeyCount(); low < high;)
-  {
-    const Int middle = (low + high) / 2;
-    if (curve.GetKey(middle)->GetTime().GetSeconds() <= seconds)
-      low = middle + 1;
-    else
-      high = middle;
-  }
-  const HeadlessKey* const left = curve.GetKey(low > 0 ? low - 1 : 0);
-  const HeadlessKey* const right = curve.GetKey(low < curve.GetKeyCount() ? low : low - 1);
-  const Float start = left->GetTime().GetSeconds();
-  const Float span = right->GetTime().GetSeconds() - start;
-  return {left, right, span > 0 ? (seconds - start) / span : 0};
-}
 
 /// A spline's tangents are of its value; the points that its keys store move evenly.
 void EvaluatePoints(const HeadlessCurve& curve, Float seconds, HeadlessPolygonObject& object) noexcept
@@ -124,7 +103,7 @@ void EvaluateTrack(const HeadlessTrack& track, const HostTime& time, HeadlessNod
     return;
   }
   const Float value = curve->GetValue(time);
-  if (!transform.Set(id, value))
+  if (!transform.Set(id, value, *curve))
     node.SetParameter(id, value);
 }
 
@@ -161,7 +140,7 @@ void EvaluateNode(HeadlessNode& node, const HeadlessTrackList* own, const Headle
   // Behind the node's own, so that they win.
   for (const HeadlessTrack* track = over ? over->GetTracks()->GetFirst() : nullptr; track; track = track->GetNext())
     EvaluateTrack(*track, time, node, transform);
-  transform.Apply();
+  transform.Apply(time);
 }
 
 const HeadlessOverride* FindOverride(const HeadlessTake& take, const HeadlessNamedNode& node) noexcept

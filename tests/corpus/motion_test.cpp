@@ -25,7 +25,7 @@ namespace
 constexpr int kNodeTimes = 60;
 constexpr int kTriangleTimes = 20;
 constexpr double kNodeTolerance = 1e-4;  // of the model's size, or of an axis
-constexpr double kQuaternionTolerance = 1e-3;
+constexpr double kLooseTolerance = 1e-3;
 constexpr double kTriangleTolerance = 1e-3;
 
 std::string NameClip(const testing::TestParamInfo<Clip>& info)
@@ -176,41 +176,60 @@ std::vector<double> ListTimes(const std::pair<double, double>& range, int count)
   return times;
 }
 
-/// How far a saved file is from the original, as parts of the model's size. Sizes of axes count as parts of the largest.
+/// How far a saved file is from the original, as parts of the model's size.
 struct Errors
 {
   double nodes = 0;
   double triangles = 0;
 };
 
+/// A node's axes are held to the longest that one of them has at any time.
 double CompareNodes(const GltfViewer& original, const GltfViewer& saved, const NodeMap& map, const std::vector<double>& times)
 {
   const double size = GetSize(original, times[0]);
   double worst = 0;
+  std::map<size_t, double> axes;
+  std::map<size_t, double> axisErrors;
   for (const double time : times)
   {
     const std::vector<HostMatrix> worlds = original.GetWorldMatrices(time);
     const std::vector<HostMatrix> others = saved.GetWorldMatrices(time);
     for (const auto& [node, other] : map.Get())
     {
-      const double axis = std::max(GetLargestAxis(worlds[node]), 1e-3);
-      const double distance = (worlds[node].offset - others[other].offset).GetLength() / size;
-      // What is skinned is where its joints are.
-      if (original.GetNodes()[node].skin < 0)
-        worst = std::max({worst, distance, GetAxisError(worlds[node], others[other]) / axis});
+      if (original.GetNodes()[node].skin >= 0)
+        continue;  // what is skinned is where its joints are
+      worst = std::max(worst, (worlds[node].offset - others[other].offset).GetLength() / size);
+      axes[node] = std::max(axes[node], GetLargestAxis(worlds[node]));
+      axisErrors[node] = std::max(axisErrors[node], GetAxisError(worlds[node], others[other]));
     }
   }
+  for (const auto& [node, error] : axisErrors)
+    worst = std::max(worst, error / axes[node]);
   return worst;
+}
+
+Errors Compare(const GltfViewer& original, const GltfViewer& saved, int sceneNodes, const std::vector<double>& nodeTimes,
+               const std::vector<double>& triangleTimes)
+{
+  const double size = GetSize(original, nodeTimes[0]);
+  return {CompareNodes(original, saved, NodeMap(original, saved, sceneNodes), nodeTimes),
+          ComparePaths(CollectPaths(original, triangleTimes), CollectPaths(saved, triangleTimes), kTriangleTolerance * size) /
+            size};
 }
 
 Errors Compare(const GltfViewer& original, const GltfViewer& saved, int sceneNodes, int triangleTimes)
 {
   const std::pair<double, double> range = original.GetTimeRange();
-  const double size = GetSize(original, range.first);
-  const std::vector<double> times = ListTimes(range, triangleTimes);
-  return {CompareNodes(original, saved, NodeMap(original, saved, sceneNodes), ListTimes(range, kNodeTimes)),
-          ComparePaths(CollectPaths(original, times), CollectPaths(saved, times), kTriangleTolerance * size) / size};
+  return Compare(original, saved, sceneNodes, ListTimes(range, kNodeTimes), ListTimes(range, triangleTimes));
 }
+
+/// Where each frame gets a key.
+enum class Sampling
+{
+  kNone,
+  kWhenLoaded,
+  kWhenSaved,
+};
 
 class Motion : public testing::TestWithParam<Clip>
 {
@@ -223,9 +242,11 @@ protected:
   }
 
   /// @return the path of what was saved.
-  std::string Convert(const std::string& path, const std::string& name)
+  std::string Convert(const std::string& path, const std::string& name, Sampling sampling = Sampling::kNone)
   {
     HostSettings settings;
+    if (sampling == Sampling::kWhenLoaded)
+      settings.configuration = {{"g_gltfImporterBakeSplineInterpolatedAnimation", "true"}};
     settings.pluginPath = Q7Z_TEST_BIN_DIR "/io_gltf.so";
     std::string error;
     const std::unique_ptr<HeadlessHost> host = HeadlessHost::Create(settings, error);
@@ -239,6 +260,7 @@ protected:
     save.path = _folder / name;
     save.parameters = {{kFileFormatParameter, HostValue(name.ends_with(".glb") ? kGlbFormat : kGltfFormat)},
                        {kExportSkinsParameter, HostValue(true)},
+                       {kBakeAnimationParameter, HostValue(sampling == Sampling::kWhenSaved)},
                        {kExportTexturesParameter, HostValue(false)}};
     const SaveReport saved = host->Save(save, *document);
     EXPECT_TRUE(saved.Succeeded()) << saved.error;
@@ -264,11 +286,56 @@ TEST_P(Motion, StaysInSavedFiles)
     _path = Convert(_path, name);
     const GltfFile savedFile(_path);
     const Errors errors = Compare(original, GltfViewer(savedFile), sceneNodes++, triangleTimes);
-    EXPECT_LE(errors.nodes, change == Change::kQuaternions ? kQuaternionTolerance : kNodeTolerance);
+    EXPECT_LE(errors.nodes, change == Change::kQuaternions ? kLooseTolerance : kNodeTolerance);
     EXPECT_NE(errors.triangles <= kTriangleTolerance, hasLostSkin) << errors.triangles;
     if (hasLostSkin)
       break;  // joints without a skin are nodes like any other, and may not be kept
   }
+}
+
+/// The whole frames of an animation that its saved times reach, as times of a file.
+std::vector<double> ListFrames(const std::pair<double, double>& range)
+{
+  std::vector<double> frames;
+  const double last = std::floor(std::floor(range.second * 1000 + 0.5) * 30 / 1000);
+  for (double frame = std::ceil(30 * range.first); frame <= last; ++frame)
+    frames.push_back(static_cast<float>(frame / 30));
+  return frames;
+}
+
+TEST_P(Motion, StaysAtFramesThatTheSaverSamples)
+{
+  const Change change = FindChange(GetParam());
+  const GltfFile file(_path);
+  GltfViewer original(file);
+  const std::vector<double> frames = ListFrames(original.GetTimeRange());
+  ApplyChange(change == Change::kSplines ? Change::kNone : change, original);
+  const GltfFile savedFile(Convert(_path, "saved.glb", Sampling::kWhenSaved));
+  const GltfViewer saved(savedFile);
+  const NodeMap map(original, saved, GetElements(file.GetRoot(), "scenes").empty() ? 0 : 1);
+  // A spline's tangents end on a millisecond.
+  const bool isLoose = change == Change::kQuaternions || change == Change::kSplines;
+  EXPECT_LE(CompareNodes(original, saved, map, frames), isLoose ? kLooseTolerance : kNodeTolerance);
+}
+
+class SplineMotion : public Motion
+{};
+
+TEST_P(SplineMotion, StaysAtFramesThatTheLoaderSamples)
+{
+  const GltfFile file(_path);
+  const GltfViewer original(file);
+  const std::vector<double> frames = ListFrames(original.GetTimeRange());
+  const GltfFile savedFile(Convert(_path, "saved.glb", Sampling::kWhenLoaded));
+  GltfViewer saved(savedFile);
+  for (GltfSampler& sampler : saved.GetSamplers())
+  {
+    for (double& time : sampler.times)
+      time = static_cast<float>(std::round(30 * time) / 30);  // it was rounded to milliseconds
+  }
+  const Errors errors = Compare(original, saved, 1, frames, frames);
+  EXPECT_LE(errors.nodes, kNodeTolerance);
+  EXPECT_LE(errors.triangles, kTriangleTolerance);
 }
 
 class ChangedMotion : public Motion
@@ -307,15 +374,20 @@ TEST(MotionClips, NameEveryFileThatMoves)
   }
 }
 
-std::vector<Clip> ListChangedClips()
+template <typename Takes>
+std::vector<Clip> ListClipsOf(Takes takes)
 {
   std::vector<Clip> clips = ListClips();
-  std::erase_if(clips, [](const Clip& clip) { return FindChange(clip) == Change::kNone; });
+  std::erase_if(clips, [&](const Clip& clip) { return !takes(FindChange(clip)); });
   return clips;
 }
 
+const std::vector<Clip> kChangedClips = ListClipsOf([](Change change) { return change != Change::kNone; });
+const std::vector<Clip> kSplineClips = ListClipsOf([](Change change) { return change == Change::kSplines; });
+
 INSTANTIATE_TEST_SUITE_P(Clips, Motion, testing::ValuesIn(ListClips()), NameClip);
-INSTANTIATE_TEST_SUITE_P(Clips, ChangedMotion, testing::ValuesIn(ListChangedClips()), NameClip);
+INSTANTIATE_TEST_SUITE_P(Clips, ChangedMotion, testing::ValuesIn(kChangedClips), NameClip);
+INSTANTIATE_TEST_SUITE_P(Clips, SplineMotion, testing::ValuesIn(kSplineClips), NameClip);
 
 }  // namespace
 }  // namespace q7z::test

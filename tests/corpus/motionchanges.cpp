@@ -19,18 +19,18 @@ struct ChangedClip
 };
 
 const ChangedClip kChangedClips[] = {
-  {"valid/animation/01_cs_rotate/01_cs_rotate.gltf", -1, Change::kSplines},
+  {"valid/animation/01_cs_rotate/01_cs_rotate.gltf", -1, Change::kTurnSplines},
   {"valid/animation/01_cs_scale/01_cs_scale.gltf", -1, Change::kSplines},
   {"valid/animation/01_cs_translate/01_cs_translate.gltf", -1, Change::kSplines},
   {"valid/animation/03_all_animations/03_all_animations.gltf", 0, Change::kSplines},
   {"valid/animation/03_all_animations/03_all_animations.gltf", 1, Change::kSplines},
-  {"valid/animation/06_parent-inverse-anim/06_parent-inverse-anim.gltf", 1, Change::kSplines},
+  {"valid/animation/06_parent-inverse-anim/06_parent-inverse-anim.gltf", 1, Change::kTurnSplines},
   {"valid/animation/06_parent-inverse-anim/06_parent-inverse-anim.gltf", 2, Change::kSplines},
   {"valid/animation/06_parent-inverse-anim/06_parent-inverse-anim.gltf", 4, Change::kSplines},
   {"valid/animation/07_nla-anim/07_nla-anim.gltf", -1, Change::kSplines},
   {"valid/animation/InterpolationTest/InterpolationTest.gltf", 2, Change::kSplines},
   {"valid/animation/InterpolationTest/InterpolationTest.gltf", 3, Change::kSteps},
-  {"valid/animation/InterpolationTest/InterpolationTest.gltf", 4, Change::kSplines},
+  {"valid/animation/InterpolationTest/InterpolationTest.gltf", 4, Change::kTurnSplines},
   {"valid/animation/InterpolationTest/InterpolationTest.gltf", 7, Change::kSplines},
   {"valid/morphs/01_morphed_cube/01_morphed_cube.gltf", -1, Change::kSplines},
   {"valid/morphs/01_cs_morph/01_cs_morph.gltf", -1, Change::kSplines},
@@ -63,7 +63,7 @@ GltfSampler WithoutTangents(const GltfSampler& sampler)
 }
 
 /// Tangents come in as a third of their interval long and mirrored, those at both ends not at all, and leave as they are then. Without
-/// any the keys are joined by straight lines, as rotations always are.
+/// any the keys are joined by straight lines.
 void ChangeSpline(GltfSampler& sampler)
 {
   if (!sampler.IsSpline())
@@ -83,7 +83,7 @@ void ChangeSpline(GltfSampler& sampler)
       hasTangents = hasTangents || in != 0 || out != 0;
     }
   }
-  if (!hasTangents || sampler.IsRotation())
+  if (!hasTangents)
     sampler = WithoutTangents(sampler);
 }
 
@@ -123,6 +123,8 @@ void ApplyChange(Change change, GltfViewer& original)
   {
     if (change == Change::kSplines)
       ChangeSpline(sampler);
+    if (change == Change::kTurnSplines && sampler.IsSpline())
+      sampler = WithoutTangents(sampler);
     if (change == Change::kSteps)
       ChangeSteppedRotation(sampler);
     RoundTimes(sampler);

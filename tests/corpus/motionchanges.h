@@ -12,9 +12,10 @@ namespace q7z::test
 enum class Change
 {
   kNone,
-  kSplines,      ///< tangents leave a third of an interval long, and rotations without any
+  kSplines,      ///< tangents leave a third of an interval long
+  kTurnSplines,  ///< rotations leave without tangents
   kSteps,        ///< a rotation that jumps turns over the last frame before a key
-  kQuaternions,  ///< quaternions whose length is not 1 count as they stand: a tolerance of kQuaternionTolerance
+  kQuaternions,  ///< quaternions whose length is not 1 count as they stand: compared less closely
   kFourJoints,   ///< of more joints on a point the four with the largest weights stay
   kBentSkin,     ///< what joints bend while it is saved is bound as it stands: triangles are compared at the first time alone
   kSkinLost,     ///< a skin with several meshes holds the last one, a joint takes the place of the mesh on its node: nodes alone

@@ -1,5 +1,7 @@
 // The time of a document: what its tracks set.
 
+#include <cmath>
+
 #include "host/scenefile/scenefile.h"
 #include "tests/evaluation/evaluationfixture.h"
 #include "tests/support/failingmemory.h"
@@ -64,6 +66,87 @@ TEST_F(Tracks, LongTangentsDoNotTurnTimeBack)
   ASSERT_TRUE(curve.GetKey(1)->SetLeftTangent({-2, 1}, 0));
   GoTo(7.0 / 16);
   EXPECT_NEAR(object.GetVectors().position.x, 5.0 / 32, 1e-12);
+}
+
+// Rotations.
+
+struct TurnRow
+{
+  const char* name;
+  Int32 rotationMode;  // -1 for none
+  InterpolationMode mode;
+  Float seconds;
+  Vector to;  // degrees, at 1 s
+  Vector axisX;
+};
+
+class Turning : public EvaluationTest, public testing::WithParamInterface<TurnRow>
+{};
+
+constexpr Float kDegree = 3.141592653589793 / 180;
+
+// From a heading of 300 degrees at 0 s.
+TEST_P(Turning, GoesAsItsKeysSay)
+{
+  HeadlessObject& object = AddObject("a");
+  const Vector from{300, 0, 0};
+  for (int i = 0; i < 3; ++i)
+  {
+    HeadlessCurve& curve = AddTrack(object, HostDescId(kRotationParameter, kComponentX + i),
+                                    {{0, from[i] * kDegree}, {1, GetParam().to[i] * kDegree}}, GetParam().mode);
+    for (Int k = 0; k < 2 && GetParam().rotationMode >= 0; ++k)
+      curve.GetKey(k)->SetRotationMode({GetParam().rotationMode, true, true});
+  }
+  GoTo(GetParam().seconds);
+  EXPECT_LT((object.GetLocalMatrix().axisX - GetParam().axisX).GetLength(), 1e-7);
+}
+
+const Vector kAt300{0.5, 0, -std::sqrt(0.75)};
+const Vector kAt330{std::sqrt(0.75), 0, -0.5};
+const Vector kAt210{-std::sqrt(0.75), 0, -0.5};
+
+const TurnRow kTurnRows[] = {
+  {"ShorterWayRound", 2, InterpolationMode::Linear, 0.5, {0, 0, 0}, kAt330},
+  {"SplinesToo", 3, InterpolationMode::Spline, 0.25, {60, 0, 0}, kAt330},
+  {"AtAKey", 2, InterpolationMode::Linear, 0, {60, 0, 0}, kAt300},
+  {"BehindTheLast", 2, InterpolationMode::Linear, 2, {-30, 0, 0}, kAt330},
+  {"HeldKeys", 2, InterpolationMode::Step, 0.5, {0, 0, 0}, kAt300},
+  {"AnglesWithoutAMode", -1, InterpolationMode::Linear, 0.5, {120, 0, 0}, kAt210},
+};
+INSTANTIATE_TEST_SUITE_P(Rows, Turning, testing::ValuesIn(kTurnRows), RowName());
+
+// Quarter turns about Y and about X have their middle at the quaternion (-1, -1, 0, 2), divided by the root of 6, whatever the order of
+// the angles is.
+TEST_F(Tracks, TurnsAboutTwoAxesAtOnce)
+{
+  for (const RotationOrder order : {0, 3, 6})
+  {
+    HeadlessObject& object = AddObject("a");
+    object.SetRotationOrder(order);
+    const int slotOfY = order == 6 ? 0 : 1;
+    for (int i = 0; i < 3; ++i)
+    {
+      HeadlessCurve& curve = AddTrack(object, HostDescId(kRotationParameter, kComponentX + i),
+                                      {{0, i == slotOfY ? 90 * kDegree : 0}, {1, i == 1 - slotOfY ? 90 * kDegree : 0}});
+      curve.GetKey(0)->SetRotationMode({2, true, true});
+    }
+    GoTo(0.5);
+    EXPECT_LT((object.GetLocalMatrix().axisX - Vector{2.0 / 3, 1.0 / 3, 2.0 / 3}).GetLength(), 1e-7) << order;
+    EXPECT_LT((object.GetLocalMatrix().axisY - Vector{1.0 / 3, 2.0 / 3, -2.0 / 3}).GetLength(), 1e-7) << order;
+  }
+}
+
+TEST_F(Tracks, RotationsWithKeysAtDifferentTimesAreReadByAngle)
+{
+  HeadlessObject& object = AddObject("a");
+  for (int i = 0; i < 3; ++i)
+  {
+    HeadlessCurve& curve = AddTrack(object, HostDescId(kRotationParameter, kComponentX + i),
+                                    {{0, i == 0 ? 300 * kDegree : 0}, {i == 1 ? 2.0 : 1.0, 0}});
+    curve.GetKey(0)->SetRotationMode({2, true, true});
+  }
+  GoTo(0.3);
+  EXPECT_LT((object.GetLocalMatrix().axisX - kAt210).GetLength(), 1e-7);
 }
 
 // What is set.
