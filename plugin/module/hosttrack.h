@@ -69,6 +69,8 @@ public:
   virtual void SetInterpolation(HostKey* key, HostCurve* curve, InterpolationMode mode) noexcept = 0;
   virtual void SetLeftTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept = 0;
   virtual void SetRightTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept = 0;
+  /// For keys of rotations: asks that the way to the next key be one turn, the shorter way round, and not three angles. mode is 2 for
+  /// linear keys, 3 for splines.
   virtual void SetRotationMode(HostKey* key, HostCurve* curve, Int32 mode, Bool first, Bool second) noexcept = 0;
   virtual void SetAuxiliaryMode(HostKey* key, HostCurve* curve, Int32 mode) noexcept = 0;
   /// The points that a key of a point track stores. @return their number, 0 for none.
