@@ -297,9 +297,9 @@ TEST_P(Motion, StaysInSavedFiles)
 std::vector<double> ListFrames(const std::pair<double, double>& range)
 {
   std::vector<double> frames;
-  const double last = std::floor(std::floor(range.second * 1000 + 0.5) * 30 / 1000);
-  for (double frame = std::ceil(30 * range.first); frame <= last; ++frame)
-    frames.push_back(static_cast<float>(frame / 30));
+  const long last = std::lround(std::floor(std::floor(range.second * 1000 + 0.5) * 30 / 1000));
+  for (long frame = std::lround(std::ceil(30 * range.first)); frame <= last; ++frame)
+    frames.push_back(static_cast<float>(static_cast<double>(frame) / 30));
   return frames;
 }
 
