@@ -21,4 +21,14 @@ GltfFile MakeNodes(Int nodeCount, Int meshCount, UInt start = kDefaultStart);
 /// mesh, which is close to 1000 bytes.
 GltfFile MakeSmall(Int byteCount, FileForm form, UInt start = kDefaultStart);
 
+/// One mesh of side × side vertices, each of which follows four of jointCount joints (4 or more). The joints stand below the first.
+GltfFile MakeSkin(Int side, Int jointCount, UInt start = kDefaultStart);
+
+/// One mesh of side × side vertices with targetCount morph targets (1 or more) that move all of them.
+GltfFile MakeMorphs(Int side, Int targetCount, UInt start = kDefaultStart);
+
+/// materialCount quads (1 or more), each with a material of its own and a PNG texture of side × side pixels: of smooth colours for
+/// an even material, of noise for an odd one.
+GltfFile MakeTextures(Int materialCount, Int side, UInt start = kDefaultStart);
+
 }  // namespace q7z::generate

@@ -20,6 +20,9 @@ constexpr const char* kUsage =
   "usage: q7z_generate grid SIDE OUT            one mesh of SIDE x SIDE vertices\n"
   "       q7z_generate nodes COUNT MESHES OUT   COUNT nodes that share MESHES small meshes\n"
   "       q7z_generate small BYTES OUT          a file of about that many bytes\n"
+  "       q7z_generate skin SIDE JOINTS OUT     SIDE x SIDE vertices that follow JOINTS joints\n"
+  "       q7z_generate morphs SIDE TARGETS OUT  SIDE x SIDE vertices with TARGETS morph targets\n"
+  "       q7z_generate textures COUNT SIDE OUT  COUNT materials with textures of SIDE x SIDE pixels\n"
   "options: --glb, --gltf    the form; without them OUT's suffix tells, and .gltf where it does not\n"
   "         --start NUMBER   another input of the same sizes\n"
   "OUT - is the standard output.\n";
@@ -77,6 +80,12 @@ std::optional<GltfFile> MakeFile(const Arguments& arguments, FileForm form)
     return MakeNodes(sizes[0], sizes[1], arguments.start);
   if (words[0] == "small" && sizes.size() == 1 && sizes[0] >= 1)
     return MakeSmall(sizes[0], form, arguments.start);
+  if (words[0] == "skin" && sizes.size() == 2 && sizes[0] >= 2 && sizes[1] >= 4)
+    return MakeSkin(sizes[0], sizes[1], arguments.start);
+  if (words[0] == "morphs" && sizes.size() == 2 && sizes[0] >= 2 && sizes[1] >= 1)
+    return MakeMorphs(sizes[0], sizes[1], arguments.start);
+  if (words[0] == "textures" && sizes.size() == 2 && sizes[0] >= 1 && sizes[1] >= 1)
+    return MakeTextures(sizes[0], sizes[1], arguments.start);
   return std::nullopt;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <stdexcept>
 
 namespace q7z::peers
@@ -103,6 +104,47 @@ std::unique_ptr<float[]> CornerValues(const Elements& values, const PolygonObjec
   return corners;
 }
 
+void FillWeights(const tinygltf::Model& model, const tinygltf::Primitive& primitive, PolygonObject& object)
+{
+  const auto found = primitive.attributes.find("JOINTS_0");
+  const Elements weights = FloatsOf(model, primitive, "WEIGHTS_0", TINYGLTF_TYPE_VEC4);
+  if (found == primitive.attributes.end() || weights.first == nullptr)
+    return;
+  const Elements joints = ElementsOf(model, found->second, TINYGLTF_TYPE_VEC4);
+  if (joints.componentType != TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT || std::min(joints.count, weights.count) < object.pointCount)
+    throw std::runtime_error("joints of another kind");
+  object.weights = std::make_unique_for_overwrite<PointWeight[]>(4 * object.pointCount);
+  PointWeight* target = object.weights.get();
+  for (std::size_t point = 0; point < object.pointCount; ++point)
+  {
+    std::uint16_t joint[4];
+    float weight[4];
+    std::memcpy(joint, joints.first + point * joints.stride, sizeof(joint));
+    std::memcpy(weight, weights.first + point * weights.stride, sizeof(weight));
+    for (int i = 0; i < 4; ++i, ++target)
+      *target = {joint[i], weight[i]};
+  }
+}
+
+void FillTargets(const tinygltf::Model& model, const tinygltf::Primitive& primitive, PolygonObject& object)
+{
+  for (const std::map<std::string, int>& attributes : primitive.targets)
+  {
+    const Elements offsets = ElementsOf(model, attributes.at("POSITION"), TINYGLTF_TYPE_VEC3);
+    if (offsets.count < object.pointCount || offsets.componentType != TINYGLTF_COMPONENT_TYPE_FLOAT)
+      throw std::runtime_error("a target of another kind");
+    std::unique_ptr<double[]>& target =
+      object.targets.emplace_back(std::make_unique_for_overwrite<double[]>(3 * object.pointCount));
+    for (std::size_t point = 0; point < object.pointCount; ++point)
+    {
+      float offset[3];
+      std::memcpy(offset, offsets.first + point * offsets.stride, sizeof(offset));
+      for (std::size_t axis = 0; axis < 3; ++axis)
+        target[3 * point + axis] = object.points[3 * point + axis] + static_cast<double>(offset[axis]);
+    }
+  }
+}
+
 PolygonObject FillObject(const tinygltf::Model& model, const tinygltf::Primitive& primitive)
 {
   const bool isTriangles = primitive.mode == TINYGLTF_MODE_TRIANGLES || primitive.mode == -1;
@@ -119,6 +161,8 @@ PolygonObject FillObject(const tinygltf::Model& model, const tinygltf::Primitive
     FillPolygons<std::uint8_t>(indices, object);
   object.normals = CornerValues<3>(FloatsOf(model, primitive, "NORMAL", TINYGLTF_TYPE_VEC3), object);
   object.uvs = CornerValues<2>(FloatsOf(model, primitive, "TEXCOORD_0", TINYGLTF_TYPE_VEC2), object);
+  FillWeights(model, primitive, object);
+  FillTargets(model, primitive, object);
   return object;
 }
 

@@ -17,15 +17,24 @@ class Model;
 namespace q7z::peers
 {
 
+/// How much a point follows a joint.
+struct PointWeight
+{
+  std::int32_t joint;  // index into the skin's joints
+  double weight;
+};
+
 /// A primitive as polygons. Arrays are not cleared before they are filled, so the loops pay for nothing twice.
 struct PolygonObject
 {
   std::size_t pointCount = 0;
   std::size_t polygonCount = 0;
-  std::unique_ptr<double[]> points;          // 3 for each point
-  std::unique_ptr<std::int32_t[]> polygons;  // 4 points for each polygon, the last twice in a triangle
-  std::unique_ptr<float[]> normals;          // 4 corners of 3 for each polygon; null without normals
-  std::unique_ptr<float[]> uvs;              // likewise, the third always 0; null without texture coordinates
+  std::unique_ptr<double[]> points;                // 3 for each point
+  std::unique_ptr<std::int32_t[]> polygons;        // 4 points for each polygon, the last twice in a triangle
+  std::unique_ptr<float[]> normals;                // 4 corners of 3 for each polygon; null without normals
+  std::unique_ptr<float[]> uvs;                    // likewise, the third always 0; null without texture coordinates
+  std::unique_ptr<PointWeight[]> weights;          // 4 for each point; null without joints
+  std::vector<std::unique_ptr<double[]>> targets;  // for each morph target the points that it moves to, as above
 };
 
 struct NodeObject

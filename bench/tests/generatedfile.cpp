@@ -55,7 +55,7 @@ Int ComponentSize(Int componentType)
 
 Int ComponentCount(std::string_view type)
 {
-  return type == "SCALAR" ? 1 : type.back() - '0';
+  return type == "SCALAR" ? 1 : type == "MAT4" ? 16 : type.back() - '0';
 }
 
 }  // namespace

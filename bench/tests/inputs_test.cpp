@@ -45,6 +45,9 @@ const Row kRows[] = {
   {"NodesOfThreeLevels", [](FileForm form) { return FileBytes(MakeNodes(200, 16), form); }, 200, 16, 16, 12},
   {"SmallestFile", [](FileForm form) { return FileBytes(MakeSmall(1, form), form); }, 1, 1, 4, 2},
   {"FileOf100KB", [](FileForm form) { return FileBytes(MakeSmall(100000, FileForm::kGlb), form); }, 4, 4, 529, 968},
+  {"Skin", [](FileForm form) { return FileBytes(MakeSkin(5, 6), form); }, 7, 1, 25, 32},
+  {"Morphs", [](FileForm form) { return FileBytes(MakeMorphs(5, 3), form); }, 1, 1, 25, 32},
+  {"Textures", [](FileForm form) { return FileBytes(MakeTextures(3, 4), form); }, 1, 1, 4, 2},
   {"Sample", Sample, 38, 15, 625, 1152},
 };
 

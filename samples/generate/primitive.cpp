@@ -3,6 +3,24 @@
 namespace q7z::generate
 {
 
+namespace
+{
+
+void WriteTargets(JsonWriter& json, const std::vector<Int>& targets)
+{
+  json.Key("targets");
+  json.BeginArray();
+  for (const Int positions : targets)
+  {
+    json.BeginObject();
+    json.Member("POSITION", positions);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+}  // namespace
+
 void Primitive::Write(JsonWriter& json) const
 {
   struct Attribute
@@ -10,7 +28,8 @@ void Primitive::Write(JsonWriter& json) const
     const char* name;
     Int accessor;
   };
-  const Attribute attributes[] = {{"POSITION", positions}, {"NORMAL", normals}, {"TEXCOORD_0", uvs}, {"COLOR_0", colors}};
+  const Attribute attributes[] = {{"POSITION", positions}, {"NORMAL", normals},  {"TEXCOORD_0", uvs},
+                                  {"COLOR_0", colors},     {"JOINTS_0", joints}, {"WEIGHTS_0", weights}};
   json.BeginObject();
   json.Key("attributes");
   json.BeginObject();
@@ -24,6 +43,8 @@ void Primitive::Write(JsonWriter& json) const
     json.Member("indices", indices);
   if (material >= 0)
     json.Member("material", material);
+  if (!targets.empty())
+    WriteTargets(json, targets);
   json.EndObject();
 }
 

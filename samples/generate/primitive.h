@@ -4,6 +4,8 @@
 
 #include "samples/generate/jsonwriter.h"
 
+#include <vector>
+
 namespace q7z::generate
 {
 
@@ -14,8 +16,11 @@ struct Primitive
   Int normals = -1;
   Int uvs = -1;
   Int colors = -1;
+  Int joints = -1;
+  Int weights = -1;
   Int indices = -1;
   Int material = -1;
+  std::vector<Int> targets;  // the positions of each morph target
 
   void Write(JsonWriter& json) const;
 };
