@@ -29,21 +29,11 @@ public:
   SamplerFile(const std::vector<float>& times, const std::vector<float>& values, const std::string& interpolation,
               const std::string& type = "SCALAR")
   {
-    std::vector<float> floats = times;
-    floats.insert(floats.end(), values.begin(), values.end());
-    Bytes bytes(floats.size() * 4);
-    if (!floats.empty())
-      std::memcpy(bytes.data(), floats.data(), bytes.size());
-    const std::string all = std::to_string(bytes.size());
-    const std::string start = std::to_string(times.size() * 4);
-    const std::string count = std::to_string(values.size() / GltfJson::CountComponents(type));
-    _data =
-      ReadRecords(R"({"buffers":[{"byteLength":)" + all + R"(}],"bufferViews":[{"buffer":0,"byteLength":)" + all +
-                    R"(}],"accessors":[{"bufferView":0,"componentType":5126,"type":"SCALAR","count":)" +
-                    std::to_string(times.size()) + R"(},{"bufferView":0,"byteOffset":)" + start +
-                    R"(,"componentType":5126,"type":")" + type + R"(","count":)" + count +
-                    R"(}],"animations":[{"samplers":[{"input":0,"output":1,"interpolation":")" + interpolation + R"("}]}]})",
-                  bytes);
+    GltfJson file;
+    file.Floats(times, "SCALAR");
+    file.Floats(values, type);
+    file.Add("animations", R"({"samplers":[{"input":0,"output":1,"interpolation":")" + interpolation + R"("}]})");
+    _data = ReadRecords(file.Text(), file.Buffer());
     EXPECT_EQ(ErrorText(_data.animations.Find(0)->ResolveAnimation(&_data)), "");
   }
 

@@ -18,9 +18,6 @@ using Polygons = std::vector<HostPolygon>;
 
 // Parameters of the loader.
 constexpr Int32 kScale = 1002;
-constexpr Int32 kNormals = 1005;
-constexpr Int32 kVertexColors = 1010;
-constexpr Int32 kUvs = 1011;
 constexpr Int32 kFlipZ = 1012;
 constexpr Int32 kMaterials = 1013;
 constexpr Int32 kSplitMesh = 1018;
@@ -179,42 +176,11 @@ const ColorRow kColorRows[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Rows, VertexColors, testing::ValuesIn(kColorRows), RowName());
 
-struct OptionRow
+TEST_F(Mesh, WithoutMaterialsHasNoSelections)
 {
-  const char* name;
-  Int32 parameter;
-  HostValue value;
-  std::vector<int> tagCounts;  // normals, UVs, colours, phong, selections
-};
-
-class MeshOption : public Mesh, public testing::WithParamInterface<OptionRow>
-{};
-
-TEST_P(MeshOption, DecidesAboutTags)
-{
-  GltfJson file;
-  const int numbers = file.Floats(kTriangle, "VEC3");
-  const std::string attributes = Attribute("NORMAL", numbers) + Attribute("COLOR_0", numbers) +
-                                 Attribute("TEXCOORD_0", file.Floats({0, 0, 1, 0, 0, 1}, "VEC2"));
-  const std::string primitive = AddPrimitive(file, kTriangle, attributes);
-  _host.Set(GetParam().parameter, GetParam().value);
-  HostObject* const op = Load(MeshText(file, primitive + "," + primitive));
-  ASSERT_TRUE(op);
-  std::vector<int> counts;
-  for (const Int32 type : {5711, 5671, 431000045, 5612, 5673})
-    counts.push_back(op->GetTagCount(type));
-  EXPECT_EQ(counts, GetParam().tagCounts);
+  _host.Set(kMaterials, false);
+  EXPECT_EQ(Load(TwoPrimitives())->GetTagCount(5673), 0);
 }
-
-const OptionRow kOptionRows[] = {
-  {"Defaults", kFlipZ, true, {1, 1, 1, 1, 2}},
-  {"NoNormals", kNormals, Int32(1006), {0, 1, 1, 0, 2}},
-  {"PhongAlone", kNormals, Int32(1008), {0, 1, 1, 1, 2}},
-  {"NoUvs", kUvs, false, {1, 0, 1, 1, 2}},
-  {"NoColors", kVertexColors, false, {1, 1, 0, 1, 2}},
-  {"NoMaterials", kMaterials, false, {1, 1, 1, 1, 0}},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, MeshOption, testing::ValuesIn(kOptionRows), RowName());
 
 TEST_F(Mesh, WithFewerNormalsThanVerticesIsLeftOut)
 {

@@ -75,8 +75,6 @@ TEST_P(VertexSharing, GivesEachCornerItsVertex)
 }
 
 const SharingRow kSharing[] = {
-  {"EqualCornersShare", {{0}, {1}, {2}, {2}, {1}, {3}}, false, {0, 1, 2, 2, 1, 3}, 4},
-  {"AnotherUv", {{0}, {1}, {2}, {2}, {1, kUp, {1, 0, 0}}, {3}}, false, {0, 1, 2, 2, 4, 3}, 5},
   {"ThirdUvComponentCounts", {{1}, {1, kUp, {0, 0, 1}}}, false, {1, 4}, 5},
   {"AnotherAlpha", {{1}, {1, kUp, {}, {0, 0, 0, 0.5f}}}, false, {1, 4}, 5},
   {"CopiesAreShared", {{1}, {1, {1, 0, 0}}, {1, {0, 1, 0}}, {1, {1, 0, 0}}, {1}}, false, {1, 4, 5, 4, 1}, 6},
@@ -127,14 +125,6 @@ TEST_F(VertexDataTest, ManyCopiesOfOnePointAreFound)
   for (int i = 0; i < 2 * kCount; ++i)
     ASSERT_EQ(AddAll(_data, {NumberedCorner(i % kCount)})[0], i % kCount == 0 ? 1 : i % kCount + 3);
   EXPECT_EQ(AddAll(_data, {{1, {-0.0f, -0.0f, 1}, {5, -0.0f, -0.0f}, {-0.0f, 0, 0, 1}}}), std::vector<Int32>{8});
-}
-
-TEST_F(VertexDataTest, ManyCopiesOfTwoPointsStayApart)
-{
-  for (int number = 0; number < 50; ++number)
-    AddAll(_data, {NumberedCorner(number), {2, kUp, {static_cast<Float32>(number), 0, 0}, {}}});
-  // Two points of the four hold the first number each; the copies take turns.
-  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUp, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
 }
 
 constexpr const char* kEarly = "Illegal state: Condition _isInitialized not fulfilled. ";

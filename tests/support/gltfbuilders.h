@@ -134,6 +134,7 @@ public:
   int Floats(const std::vector<float>& values, const std::string& type) { return Values(values, 5126, type); }
   int Indices(const std::vector<uint16_t>& values) { return Values(values, 5123, "SCALAR"); }
 
+  const Bytes& Buffer() const { return _bytes; }
   std::string Text() const { return Write(_bytes.empty() ? "" : R"(,"uri":")" + DataUri(_bytes) + "\""); }
   Bytes Glb() const
   {
