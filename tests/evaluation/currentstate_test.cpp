@@ -1,7 +1,7 @@
 // Copies of the current state: what stands in the place of instances and deformers, and where links lead.
 
 #include "host/modeling/modelingtable.h"
-#include "tests/evaluation/currentstatefixture.h"
+#include "tests/evaluation/evaluationfixture.h"
 #include "tests/support/failingmemory.h"
 #include "tests/support/rowname.h"
 
@@ -319,17 +319,14 @@ TEST_F(CurrentState, EndsAtTheLimitOfMemory)
 // Each group shows the one before twice: two to the 40th meshes.
 TEST_F(CurrentState, DoublingEndsAtTheLimit)
 {
-  HeadlessObject& root = AddRoot();
-  HeadlessObject* shown = &AddMeshObject("mesh");
-  for (int i = 0; i < 40; ++i)
+  std::string outline = "g0*";
+  for (int i = 1; i <= 40; ++i)
   {
-    HeadlessObject& group = AddObject("group");
-    AddInstance("left", &group, shown);
-    AddInstance("right", &group, shown);
-    shown = &group;
+    const std::string before = std::to_string(i - 1);
+    outline += " g" + std::to_string(i) + "(l=g" + before + " r=g" + before + ")";
   }
-  AddInstance("instance", &root, shown);
-  EXPECT_FALSE(MakeCopy(root, {20000, Int(1) << 30}));
+  Build(outline + " root=g40");
+  EXPECT_FALSE(MakeCopy(Find("root"), {20000, Int(1) << 30}));
 }
 
 TEST_F(CurrentState, DeepAndWideTreesCostNoStack)

