@@ -1,6 +1,5 @@
 // Copies of the current state: what stands in the place of instances and deformers, and where links lead.
 
-#include "host/modeling/modelingtable.h"
 #include "tests/evaluation/evaluationfixture.h"
 #include "tests/support/failingmemory.h"
 #include "tests/support/rowname.h"
@@ -91,17 +90,11 @@ const TreeRow kTreeRows[] = {
   {"CircleOfInstances", "root(first=second(child) second=first into=second)", "root(first(child) second into)"},
   {"InstanceUnderItsInstance", "root(mesh* i=mesh(under=i again=mesh))", "root(mesh* i*(under again*))"},
   {"CircleThroughShownTrees", "root(a(tob=b) b(toa=a))", "root(a(tob(toa)) b(toa(tob)))"},
+  {"RootIsAnInstance", "root=mesh mesh*", "root*"},
+  {"RootIsADeformer", "root:1019363", "root"},
   {"DeformersAreGone", "root(mesh*(gone:1019363) stays:1019363(child) i=stays)", "root(mesh* stays(child) i(child))"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, CurrentStateTree, testing::ValuesIn(kTreeRows), RowName());
-
-TEST_F(CurrentState, RootMayBeAnInstanceOrADeformer)
-{
-  HeadlessObject& root = AddRoot();
-  HeadlessObject& mesh = AddMeshObject("mesh", &root);
-  EXPECT_EQ(Describe(*MakeCopy(AddInstance("instance", nullptr, &mesh))), "instance*");
-  EXPECT_EQ(Describe(*MakeCopy(AddObject("deformer", nullptr, kSkinDeformerType))), "deformer");
-}
 
 TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
 {
@@ -364,25 +357,6 @@ TEST_F(CurrentState, LongChainsOfInstancesAreFollowedOnce)
   ASSERT_TRUE(copy);
   EXPECT_TRUE(copy->GetDown()->IsPolygonObject());
   EXPECT_TRUE(copy->GetLastChild()->IsPolygonObject());
-}
-
-// The command.
-
-TEST_F(CurrentState, CommandGivesTheCopy)
-{
-  HeadlessObject& root = AddRoot();
-  AddMeshObject("mesh", &root);
-  ModelingTable table;
-  HostModelingData data;
-  data.document = Document();
-  data.object = ToHost(&root);
-  data.settings = ToHost(&_settings);
-  ASSERT_TRUE(table.Send(245, data));
-  ASSERT_EQ(data.resultCount, 1);
-  const Owner copy(ToHeadless(data.results[0]));
-  EXPECT_EQ(Describe(*copy), "root(mesh*)");
-  data.object = nullptr;
-  EXPECT_FALSE(table.Send(245, data));
 }
 
 TEST_F(CurrentState, NullWithoutMemoryAndNothingLeftOver)

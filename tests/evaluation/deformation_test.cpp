@@ -72,13 +72,6 @@ TEST_F(Skin, BendsByWeight)
   EXPECT_TRUE(copy->FindTag(kWeightTagType)) << "weights stay";
 }
 
-TEST_F(Skin, FollowsJointsAndNotItsObject)
-{
-  AddDeformer(&_mesh);
-  _mesh.SetLocalMatrix(Offset({10, 5, 0}));
-  ExpectNear(Deform(), {{0, -5, 0}, {3, -5, 0}, {4, -5, 0}, {4, 0, 0}, {3, -5, 0}});
-}
-
 TEST_F(Skin, ScaledObjectIsWorkedOutInItsOwnSpace)
 {
   AddDeformer(&_mesh);

@@ -56,18 +56,6 @@ constexpr CurveRow kCurveRows[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Rows, TrackValue, testing::ValuesIn(kCurveRows), RowName());
 
-// Tangents of two seconds on a segment of one are cut to it: at s = 1/4 time is 3 (3/4)^2 (1/4) + (1/4)^3 = 7/16, and the value
-// 3 (3/4) (1/4)^2 + (1/4)^3 = 5/32.
-TEST_F(Tracks, LongTangentsDoNotTurnTimeBack)
-{
-  HeadlessObject& object = AddObject("a");
-  HeadlessCurve& curve = AddTrack(object, kPositionX, {{0, 0}, {1, 1}}, InterpolationMode::Spline);
-  ASSERT_TRUE(curve.GetKey(0)->SetRightTangent({2, 1}, 0));
-  ASSERT_TRUE(curve.GetKey(1)->SetLeftTangent({-2, 1}, 0));
-  GoTo(7.0 / 16);
-  EXPECT_NEAR(object.GetVectors().position.x, 5.0 / 32, 1e-12);
-}
-
 // Rotations.
 
 struct TurnRow

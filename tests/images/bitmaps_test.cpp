@@ -117,26 +117,6 @@ TEST_F(Bitmaps, ReadAndWriteRows)
   EXPECT_FALSE(_bitmaps.WriteRow(bitmap, 0, all, true));
 }
 
-TEST_F(Bitmaps, GainAndLoseAlpha)
-{
-  HostBitmap* const bitmap = MakeOf(kTwoPixels);
-  EXPECT_TRUE(_bitmaps.AddAlpha(bitmap));
-  EXPECT_FALSE(_bitmaps.AddAlpha(bitmap));
-  EXPECT_TRUE(_bitmaps.HasAlpha(bitmap));
-  EXPECT_EQ(TextOf(bitmap), "1,2,3,255 4,5,6,255");
-  _bitmaps.RemoveAlpha(bitmap);
-  _bitmaps.RemoveAlpha(bitmap);
-  EXPECT_EQ(TextOf(bitmap), "1,2,3 4,5,6");
-}
-
-TEST_F(Bitmaps, ScaleIntoTheSizeOfTheTarget)
-{
-  HostBitmap* const target = Make();
-  ASSERT_TRUE(_bitmaps.Init(target, 2, 2, 24));
-  EXPECT_TRUE(_bitmaps.ScaleInto(MakeOf(kOneSeenThrough), target));
-  EXPECT_EQ(TextOf(target), "1,2,3 1,2,3 / 1,2,3 1,2,3");
-}
-
 TEST_F(Bitmaps, SayWhenMemoryRunsOut)
 {
   HostBitmap* const bitmap = MakeOf(kTwoPixels);

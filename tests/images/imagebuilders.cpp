@@ -1,7 +1,11 @@
 #include "tests/images/imagebuilders.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <sstream>
+
+#include <jpeglib.h>
 
 namespace q7z::test
 {
@@ -37,66 +41,6 @@ std::uint32_t Adler(const Bytes& bytes)
     b = (b + a) % 65521;
   }
   return b << 16 | a;
-}
-
-void AppendSegment(Bytes& target, int marker, const Bytes& content)
-{
-  target.push_back(0xFF);
-  target.push_back(static_cast<std::uint8_t>(marker));
-  AppendBigEndian(target, static_cast<std::uint32_t>(content.size() + 2), 2);
-  Append(target, content);
-}
-
-/// Entropy coded bits, the highest first; a byte FF is followed by 00.
-class JpegBits
-{
-public:
-  void Put(int value, int count)
-  {
-    for (int i = count - 1; i >= 0; --i)
-    {
-      _byte = _byte << 1 | (value >> i & 1);
-      if (++_count == 8)
-        Flush();
-    }
-  }
-  Bytes Finish()
-  {
-    while (_count)
-      Put(1, 1);
-    return _bytes;
-  }
-
-private:
-  void Flush()
-  {
-    _bytes.push_back(static_cast<std::uint8_t>(_byte));
-    if (_bytes.back() == 0xFF)
-      _bytes.push_back(0);
-    _byte = _count = 0;
-  }
-  Bytes _bytes;
-  int _byte = 0;
-  int _count = 0;
-};
-
-/// A difference of the block's mean, by the table that Build writes: four bits for how many bits follow.
-void PutDifference(JpegBits& bits, int difference)
-{
-  int size = 0;
-  while (std::abs(difference) >> size)
-    ++size;
-  bits.Put(size, 4);
-  bits.Put(difference < 0 ? difference + (1 << size) - 1 : difference, size);
-}
-
-Bytes MakeScanHeader(int componentCount, int first, int last)
-{
-  Bytes header{static_cast<std::uint8_t>(componentCount)};
-  for (int i = 1; i <= componentCount; ++i)
-    Append(header, {static_cast<std::uint8_t>(i), 0});
-  Append(header, {static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(last), 0});
-  return header;
 }
 
 }  // namespace
@@ -172,72 +116,46 @@ Bytes LongRun(std::size_t byteCount)
   return stream;
 }
 
-JpegBuilder& JpegBuilder::Components(const std::vector<int>& values)
-{
-  _values = values;
-  return *this;
-}
-
-JpegBuilder& JpegBuilder::Adobe(int transform)
-{
-  _transform = transform;
-  return *this;
-}
-
-JpegBuilder& JpegBuilder::Scans(int scanCount)
-{
-  _scanCount = scanCount;
-  return *this;
-}
-
 Bytes JpegBuilder::Build() const
 {
   const int count = static_cast<int>(_values.size());
-  const int blockCount = (_width + 7) / 8 * ((_height + 7) / 8);
-  Bytes file{0xFF, 0xD8};
-  if (_transform >= 0)
-  {
-    Bytes marker = BytesOf("Adobe");
-    Append(marker, {0, 100, 0, 0, 0, 0, static_cast<std::uint8_t>(_transform)});
-    AppendSegment(file, 0xEE, marker);
-  }
-  Bytes steps{0};  // one table, all of whose steps are 8: a mean of 1 is one step
-  steps.resize(65, 8);
-  AppendSegment(file, 0xDB, steps);
-  Bytes frame{8};
-  AppendBigEndian(frame, static_cast<std::uint32_t>(_height), 2);
-  AppendBigEndian(frame, static_cast<std::uint32_t>(_width), 2);
-  frame.push_back(static_cast<std::uint8_t>(count));
-  for (int i = 1; i <= count; ++i)
-    Append(frame, {static_cast<std::uint8_t>(i), 0x11, 0});
-  AppendSegment(file, _scanCount ? 0xC2 : 0xC0, frame);
-  Bytes means{0x00, 0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};  // twelve codes of four bits
-  for (std::uint8_t i = 0; i < 12; ++i)
-    means.push_back(i);
-  AppendSegment(file, 0xC4, means);
-  AppendSegment(file, 0xC4, {0x10, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});  // the end of a block: one bit
+  const J_COLOR_SPACE spaces[] = {JCS_UNKNOWN, JCS_GRAYSCALE, JCS_UNKNOWN, _transform == 0 ? JCS_RGB : JCS_YCbCr,
+                                  _transform == 2 ? JCS_YCCK : JCS_CMYK};
+  jpeg_compress_struct coder;
+  jpeg_error_mgr errors;
+  coder.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&coder);
+  unsigned char* bytes = nullptr;
+  unsigned long byteCount = 0;
+  jpeg_mem_dest(&coder, &bytes, &byteCount);
+  coder.image_width = static_cast<JDIMENSION>(_width);
+  coder.image_height = static_cast<JDIMENSION>(_height);
+  coder.input_components = count;
+  coder.in_color_space = spaces[count];
+  jpeg_set_defaults(&coder);
+  jpeg_set_colorspace(&coder, spaces[count]);
+  jpeg_set_quality(&coder, 100, TRUE);
+  if (_scanCount)
+    jpeg_simple_progression(&coder);
+  for (int i = 0; i < count; ++i)
+    coder.comp_info[i].h_samp_factor = coder.comp_info[i].v_samp_factor = 1;
+  coder.write_JFIF_header = FALSE;
+  coder.write_Adobe_marker = _transform >= 0;
+  jpeg_start_compress(&coder, TRUE);
+  Bytes row;
+  for (int x = 0; x < _width; ++x)
+    row.insert(row.end(), _values.begin(), _values.end());
+  for (JSAMPROW rows[] = {row.data()}; coder.next_scanline < coder.image_height;)
+    jpeg_write_scanlines(&coder, rows, 1);
+  jpeg_finish_compress(&coder);
+  Bytes file(bytes, bytes + byteCount);
+  jpeg_destroy_compress(&coder);
+  std::free(bytes);
 
-  AppendSegment(file, 0xDA, MakeScanHeader(count, 0, _scanCount ? 0 : 63));
-  JpegBits bits;
-  for (int block = 0; block < blockCount; ++block)
-  {
-    for (const int value : _values)
-    {
-      PutDifference(bits, block ? 0 : value - 128);
-      if (!_scanCount)
-        bits.Put(0, 1);
-    }
-  }
-  Append(file, bits.Finish());
-  for (int scan = 1; scan < _scanCount; ++scan)
-  {
-    AppendSegment(file, 0xDA, MakeScanHeader(1, 1, 63));
-    JpegBits ends;
-    for (int block = 0; block < blockCount; ++block)
-      ends.Put(0, 1);
-    Append(file, ends.Finish());
-  }
-  Append(file, {0xFF, 0xD9});
+  const Bytes startOfScan = {0xFF, 0xDA};
+  const Bytes lastScan(std::find_end(file.begin(), file.end(), startOfScan.begin(), startOfScan.end()), file.end() - 2);
+  for (int i = 1; i < _scanCount; ++i)
+    file.insert(file.end() - 2, lastScan.begin(), lastScan.end());
   return file;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Small PNG and JPEG files put together chunk by chunk, by other code than the host's own: nothing is packed, and the pixels of a
-// JPEG file are flat blocks whose values can be read in the test.
+// Small PNG and JPEG files by other code than the host's own: PNG files are put together chunk by chunk with nothing packed, and the
+// pixels of a JPEG file are flat blocks whose values can be read in the test.
 
 #include <cstdint>
 #include <string>
@@ -52,17 +52,29 @@ class JpegBuilder
 public:
   JpegBuilder(int width, int height) : _width(width), _height(height) {}
   /// The value of each component, the same in all blocks.
-  JpegBuilder& Components(const std::vector<int>& values);
+  JpegBuilder& Components(const Bytes& values)
+  {
+    _values = values;
+    return *this;
+  }
   /// Says how the components stand for colours: 0 as they are, 1 as brightness and two colours, 2 the same with black.
-  JpegBuilder& Adobe(int transform);
-  /// Progressive: one scan of the values, and scanCount - 1 of details, which are none.
-  JpegBuilder& Scans(int scanCount);
+  JpegBuilder& Adobe(int transform)
+  {
+    _transform = transform;
+    return *this;
+  }
+  /// Progressive, with the last scan scanCount times.
+  JpegBuilder& Scans(int scanCount)
+  {
+    _scanCount = scanCount;
+    return *this;
+  }
   Bytes Build() const;
 
 private:
   int _width;
   int _height;
-  std::vector<int> _values;
+  Bytes _values;
   int _transform = -1;
   int _scanCount = 0;  // 0 for a file that is not progressive
 };
