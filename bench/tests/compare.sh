@@ -79,6 +79,7 @@ expect "broken q7z" 1 'ended with status 7' --q7z "$work/broken"
 expect "no such row" 2 'there is no row grid$' --q7z "$work/q7z" --only grid
 expect "no tools" 3 "no $work/bench/q7z_generate; build it first" --build "$work"
 expect "no number" 2 'runs needs a number' --runs none
+expect "no such order" 2 'order is turns or blocks' --order random
 expect "no such option" 2 '^usage:' --faster
 
 [ $failures = 0 ]

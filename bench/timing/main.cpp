@@ -1,7 +1,7 @@
-// q7z_timing [--runs N] [--warmups N] -- NAME PROGRAM [ARG...] [-- NAME PROGRAM [ARG...]]...
+// q7z_timing [--runs N] [--warmups N] [--order turns|blocks] -- NAME PROGRAM [ARG...] [-- NAME PROGRAM [ARG...]]...
 //
-// Times whole processes against each other: A B C A B C ..., each from its start to its end, so that a disturbance of the machine
-// meets all of them alike. Their output is thrown away. For each program one line with tabs: name, median, smallest and largest
+// Times whole processes against each other, each from its start to its end: in turns, A B C A B C ..., so that a disturbance of the
+// machine meets all of them alike, or in blocks, A A A B B B ..., so that each finds the machine as it leaves it itself. Their output is thrown away. For each program one line with tabs: name, median, smallest and largest
 // milliseconds, median of the peak memory in MB (10^6 bytes). A program that fails ends it all, and what it said on stderr is
 // shown.
 
@@ -40,6 +40,7 @@ struct Arguments
 {
   int runs = 5;
   int warmups = 1;
+  bool inBlocks = false;
   std::vector<Program> programs;
 };
 
@@ -50,6 +51,12 @@ bool ReadCount(const char* text, int low, int& count)
   return result.ec == std::errc() && result.ptr == end && count >= low;
 }
 
+bool ReadOrder(std::string_view text, bool& inBlocks)
+{
+  inBlocks = text == "blocks";
+  return inBlocks || text == "turns";
+}
+
 std::optional<Arguments> ReadArguments(int argc, char** argv)
 {
   Arguments arguments;
@@ -58,7 +65,8 @@ std::optional<Arguments> ReadArguments(int argc, char** argv)
   {
     const std::string_view word = argv[i];
     const bool known = (word == "--runs" && ReadCount(argv[i + 1], 1, arguments.runs)) ||
-                       (word == "--warmups" && ReadCount(argv[i + 1], 0, arguments.warmups));
+                       (word == "--warmups" && ReadCount(argv[i + 1], 0, arguments.warmups)) ||
+                       (word == "--order" && ReadOrder(argv[i + 1], arguments.inBlocks));
     if (!known)
       return std::nullopt;
   }
@@ -137,25 +145,34 @@ void CopyErrors(std::FILE* errors)
     std::fwrite(text, 1, length, stderr);
 }
 
+// @return whether the program could be run and did well
+bool Time(Program& program, bool counts, std::FILE* errors)
+{
+  std::string failure;
+  const bool cleared = ftruncate(fileno(errors), 0) == 0 && lseek(fileno(errors), 0, SEEK_SET) == 0;
+  const std::optional<Run> result = cleared ? RunOnce(program, fileno(errors), failure) : std::nullopt;
+  if (!result)
+  {
+    CopyErrors(errors);
+    std::fprintf(stderr, "q7z_timing: %s (%s) %s\n", program.name.c_str(), program.words[0], failure.c_str());
+    return false;
+  }
+  if (counts)
+    program.runs.push_back(*result);
+  return true;
+}
+
 // @return whether all runs of all programs went well
 bool TimeAll(Arguments& arguments, std::FILE* errors)
 {
-  for (int run = -arguments.warmups; run < arguments.runs; ++run)
+  const int rounds = arguments.warmups + arguments.runs;
+  const int programs = static_cast<int>(arguments.programs.size());
+  for (int i = 0; i < rounds * programs; ++i)
   {
-    for (Program& program : arguments.programs)
-    {
-      std::string failure;
-      const bool cleared = ftruncate(fileno(errors), 0) == 0 && lseek(fileno(errors), 0, SEEK_SET) == 0;
-      const std::optional<Run> result = cleared ? RunOnce(program, fileno(errors), failure) : std::nullopt;
-      if (!result)
-      {
-        CopyErrors(errors);
-        std::fprintf(stderr, "q7z_timing: %s (%s) %s\n", program.name.c_str(), program.words[0], failure.c_str());
-        return false;
-      }
-      if (run >= 0)
-        program.runs.push_back(*result);
-    }
+    const int round = arguments.inBlocks ? i % rounds : i / programs;
+    const int program = arguments.inBlocks ? i / rounds : i % programs;
+    if (!Time(arguments.programs[static_cast<std::size_t>(program)], round >= arguments.warmups, errors))
+      return false;
   }
   return true;
 }
@@ -181,7 +198,9 @@ int main(int argc, char** argv)
   std::optional<Arguments> arguments = ReadArguments(argc, argv);
   if (!arguments)
   {
-    std::fputs("usage: q7z_timing [--runs N] [--warmups N] -- NAME PROGRAM [ARG...] [-- NAME PROGRAM [ARG...]]...\n", stderr);
+    std::fputs("usage: q7z_timing [--runs N] [--warmups N] [--order turns|blocks] -- NAME PROGRAM [ARG...]\n"
+               "                  [-- NAME PROGRAM [ARG...]]...\n",
+               stderr);
     return 2;
   }
   std::FILE* const errors = std::tmpfile();
