@@ -178,40 +178,6 @@ TEST_F(SceneDocument, OverridesAreOnePerNodeWithTheirFirstValue)
   EXPECT_EQ(Document()->GetLayerRoot()->Add()->Add(), nullptr) << "only the root holds layers";
 }
 
-// Materials.
-
-HeadlessShader* MakeShader(const char* file)
-{
-  HeadlessShader* const shader = HeadlessShader::Create();
-  shader->SetParameter(1002, HostValue(Text(std::string(file))));
-  return shader;
-}
-
-TEST_F(SceneDocument, ClassicMaterialHasChannelsAndLayers)
-{
-  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
-  Document()->InsertMaterial(material);
-  HeadlessMaterial& kept = *ToHeadless(material);
-  ASSERT_TRUE(kept.SetChannelOn(6, true));
-  ASSERT_TRUE(kept.SetChannelShader(0, MakeShader("old.png")));
-  ASSERT_TRUE(kept.SetChannelShader(0, MakeShader("color.png")));
-  ASSERT_TRUE(kept.AddLayer(526336));
-  ASSERT_TRUE(kept.SetLayerShader(0, 67, MakeShader("layer.png")));
-  EXPECT_FALSE(kept.SetLayerShader(1, 40, MakeShader("lost.png")));
-  EXPECT_TRUE(material->GetChannelState(6));
-  EXPECT_FALSE(material->GetChannelState(0));
-  HostMaterialTable& table = *_tables.material;
-  EXPECT_EQ(table.GetChannelShader(material, 99), nullptr);
-  EXPECT_EQ(table.GetReflectanceLayerId(material, 0), 526336);
-  EXPECT_EQ(table.GetReflectanceLayerId(material, 1), 0);
-  EXPECT_EQ(table.GetReflectanceLayerId(material, -1), 0);
-  const auto fileOf = [&](const HostShader* shader)
-  { return shader ? Text(table.ResolveShaderFile(shader, Document()).GetPath()) : std::string("none"); };
-  EXPECT_EQ(fileOf(table.GetChannelShader(material, 0)), "color.png");
-  EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336 + 67)), "layer.png");
-  EXPECT_EQ(fileOf(table.GetLayerShader(material, 526336)), "none");
-}
-
 TEST_F(SceneDocument, ShaderFileIsResolvedAgainstTheDocument)
 {
   const std::tuple<const char*, const char*, const char*> rows[] = {
@@ -226,12 +192,11 @@ TEST_F(SceneDocument, ShaderFileIsResolvedAgainstTheDocument)
   for (const auto& [folder, file, path] : rows)
   {
     ASSERT_TRUE(Scene().SetFolder(Text(std::string(folder))));
-    HeadlessOwner<HeadlessShader> shader(MakeShader(file));
+    HeadlessOwner<HeadlessShader> shader(HeadlessShader::Create());
+    shader->SetParameter(1002, HostValue(Text(std::string(file))));
     EXPECT_EQ(Text(_tables.material->ResolveShaderFile(ToHost(shader.get()), Document()).GetPath()), path);
   }
 }
-
-// Copies.
 
 TEST_F(SceneDocument, CopyKeepsItsLinksToDetachedObjectsInside)
 {
@@ -261,8 +226,6 @@ TEST_F(SceneDocument, ObjectCloneLeavesLinksUnlessTranslated)
   HostOwner<HostObject> plain(root->Clone());
   EXPECT_EQ(plain->GetReference(), inner);
   EXPECT_EQ(plain->GetDocument(), nullptr);
-  EXPECT_EQ(plain->GetNext(), nullptr);
-
   HostAliasTrans* const trans = HostAliasTrans::Alloc();
   ASSERT_TRUE(trans->Init(Document()));
   HostOwner<HostObject> mapped(root->Clone(trans));

@@ -109,50 +109,31 @@ TEST_F(SceneHierarchy, NothingComesUnderItself)
   _refusedCycles = 4;
 }
 
-TEST_F(SceneHierarchy, DetachedObjectLivesWithItsDocument)
+TEST_F(SceneHierarchy, DetachedObjectsLiveWithTheirDocument)
 {
   HostObject* const a = Add("a");
   HostObject* const b = Add("b", a);
   Add("c", b);
-  HostInsertUnder(b, nullptr);
-  EXPECT_EQ(Tree(), "a");
+  HostObject* const removed = Add("removed");
+  HostObject* const loose = Add("loose");
+  HostRemove(removed);
+  HostRemove(loose);
+  EXPECT_EQ(Scene().GetFirstKept(), nullptr);
+  for (HostObject* const object : {removed, b, a, b})  // once more changes nothing
+    HostInsertUnder(object, nullptr);
+  EXPECT_EQ(Tree(), "");
   EXPECT_EQ(b->GetDocument(), nullptr);
-  EXPECT_EQ(b->GetNext(), nullptr);
   EXPECT_EQ(b->GetUp(), nullptr);
   EXPECT_EQ(Text(b->GetDown()->GetName()), "c");
+  HostInsertObject(Document(), a, nullptr, nullptr);
+  EXPECT_EQ(Tree(), "a") << "one comes back";
+  HostNode::Free(removed);  // no mistake: it stands in no hierarchy
   EXPECT_EQ(ToHost(Scene().GetFirstKept()), b);
-  // The fixture finds nothing left over once the document is gone.
-}
-
-TEST_F(SceneHierarchy, DetachedObjectComesBackOrIsFreed)
-{
-  HostObject* const a = Add("a");
-  HostObject* const b = Add("b");
-  HostObject* const c = Add("c");
-  HostInsertUnder(a, nullptr);
-  HostInsertUnder(b, nullptr);
-  HostInsertUnder(c, nullptr);
-  HostInsertUnder(c, nullptr);  // once more changes nothing
-  HostInsertObject(Document(), b, nullptr, nullptr);
-  HostNode::Free(a);  // no mistake: it stands in no hierarchy
-  EXPECT_EQ(Tree(), "b");
-  EXPECT_EQ(ToHost(Scene().GetFirstKept()), c);
   EXPECT_EQ(HeadlessDocument::GetNextKept(Scene().GetFirstKept()), nullptr);
-}
-
-TEST_F(SceneHierarchy, RemovedObjectOutlivesItsDocument)
-{
-  HostObject* const a = Add("a");
-  HostObject* const detached = Add("detached");
-  HostRemove(detached);
-  EXPECT_EQ(Scene().GetFirstKept(), nullptr);
-  HostInsertUnder(detached, nullptr);
-  EXPECT_EQ(ToHost(Scene().GetFirstKept()), detached);
-  HostRemove(a);
-  FreeDocument();
-  HostInsertUnder(a, nullptr);  // the document that would keep it is gone
-  EXPECT_EQ(Text(a->GetName()), "a");
-  HostNode::Free(a);
+  FreeDocument();                   // the fixture finds nothing left over
+  HostInsertUnder(loose, nullptr);  // the document that would keep it is gone
+  EXPECT_EQ(Text(loose->GetName()), "loose");
+  HostNode::Free(loose);
 }
 
 TEST_F(SceneHierarchy, FreeingWhatIsInsertedTakesItOutAndIsCounted)

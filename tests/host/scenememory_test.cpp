@@ -39,21 +39,6 @@ void Sweep(const std::function<Bool()>& work, const std::function<void()>& check
 class SceneMemory : public SceneTest
 {};
 
-TEST_F(SceneMemory, MakersAnswerNull)
-{
-  HostNode* (*const makers[])() = {
-    [] { return static_cast<HostNode*>(HostAllocObject(kNullObjectType)); },
-    [] { return static_cast<HostNode*>(HostPolygonObject::Alloc(3, 1)); },
-    [] { return static_cast<HostNode*>(HostTag::Alloc(kTextureTagType)); },
-    [] { return static_cast<HostNode*>(HostTag::Alloc(kNormalTagType, 2)); },
-    [] { return static_cast<HostNode*>(HostTag::Alloc(kVertexColorTagType, 2)); },
-    [] { return static_cast<HostNode*>(HostMaterial::Alloc(kMaterialType)); },
-    [] { return ToHost(static_cast<HeadlessNode*>(HeadlessDocument::Create())); },
-  };
-  for (const auto make : makers)
-    Sweep([&] { return HostOwner<HostNode>(make()) != nullptr; });
-}
-
 TEST_F(SceneMemory, NamesAndParametersStayAsTheyWere)
 {
   HostObject* const object = Add("before");
@@ -71,10 +56,8 @@ TEST_F(SceneMemory, NamesAndParametersStayAsTheyWere)
         [&] { EXPECT_EQ(object->GetContainer()->Find(6), nullptr); });
   Sweep([&] { return object->GetContainer()->GetContainer(7, true) != nullptr; },
         [&] { EXPECT_EQ(object->GetContainer()->GetContainer(7), nullptr); });
-  HostLayer* layer = nullptr;
-  Sweep([&] { return (layer = Document()->GetLayerRoot()->Add()) != nullptr; },
+  Sweep([&] { return Document()->GetLayerRoot()->Add() != nullptr; },
         [&] { EXPECT_EQ(Scene().GetLayerRoot().GetLayerCount(), 0); });
-  Sweep([&] { return object->SetLayer(layer); }, [&] { EXPECT_EQ(ToHeadless(object)->GetLayer(), nullptr); });
   HostTakeData* const takes = Document()->GetTakeData();
   HostTake* take = nullptr;
   Sweep([&] { return (take = takes->AddTake("t"_s)) != nullptr; }, [&] { EXPECT_EQ(Scene().GetTakeData().GetTakeCount(), 1); });
@@ -97,22 +80,6 @@ TEST_F(SceneMemory, BulkDataStaysAsItWas)
         [&] { EXPECT_TRUE(colors->IsPerPoint() && colors->GetHandleR().count == 2); });
   HostSelection* const selection = mesh->GetPolygonSelection();
   Sweep([&] { return selection->SelectRange(3, 5); }, [&] { EXPECT_EQ(selection->GetCount(), 0); });
-}
-
-TEST_F(SceneMemory, WeightsAndMorphs)
-{
-  HostPolygonObject* const mesh = AddMesh({{}, {}}, {});
-  HostObject* const joint = Add("joint");
-  auto* const weights = static_cast<HostWeightTag*>(mesh->MakeTag(kWeightTagType));
-  Sweep([&] { return weights->AddJoint(joint) >= 0; }, [&] { EXPECT_EQ(weights->GetJointCount(), 0); });
-  Sweep([&] { return weights->SetWeight(0, 1, 1); });
-  auto* const morphs = static_cast<HostPoseMorphTag*>(mesh->MakeTag(kPoseMorphTagType));
-  Sweep([&] { return morphs->AddMorph() != nullptr; }, [&] { EXPECT_EQ(morphs->GetMorphCount(), 0); });
-  morphs->AddMorph();
-  HostPolygonObject* const target = AddMesh({{}}, {});
-  Sweep([&] { return morphs->StoreObject(morphs->GetMorph(1), Document(), target); },
-        [&] { EXPECT_EQ(morphs->GetMorph(1)->GetObject(), nullptr); });
-  Sweep([&] { return mesh->SetPhong(true, true, 1); }, [&] { EXPECT_EQ(mesh->GetTagCount(kPhongTagType), 0); });
 }
 
 TEST_F(SceneMemory, CurvesStayAsTheyWere)

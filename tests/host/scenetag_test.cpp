@@ -37,27 +37,6 @@ TEST_F(SceneTag, CornersKeepTheirPrecisionUntilMoreIsAsked)
   EXPECT_EQ(tag->GetHandleW(false).Get(0).a.x, 0.1);
 }
 
-TEST_F(SceneTag, ColorsStartOpaqueAndPerPoint)
-{
-  HostPolygonObject* const mesh = AddMesh({{}, {}, {}, {}, {}}, {{}, {}});
-  auto* const tag = static_cast<HostVertexColorTag*>(mesh->MakeTag(kVertexColorTagType, 5));
-  ASSERT_TRUE(tag->IsPerPoint());
-  HostColorHandle handle = tag->GetHandleW();
-  ASSERT_EQ(handle.count, 5);
-  EXPECT_EQ(handle.GetPoint(4)[2], 0);
-  EXPECT_EQ(handle.GetPoint(4)[3], 1);
-  handle.SetPoint(4, {0.25f, 0.5f, 0.75f});
-  handle.SetPointAlpha(4, 0.125f);
-  EXPECT_TRUE(tag->SetPerPoint(true));
-  EXPECT_EQ(tag->GetHandleR().GetPoint(4)[3], 0.125f) << "staying changes nothing";
-  EXPECT_TRUE(tag->SetPerPoint(false));
-  EXPECT_FALSE(tag->IsPerPoint());
-  handle = tag->GetHandleW();
-  EXPECT_EQ(handle.count, 2) << "polygons";
-  EXPECT_EQ(handle.GetCorner(1, 3)[0], 0);
-  EXPECT_EQ(handle.GetCorner(1, 3)[3], 1);
-}
-
 TEST_F(SceneTag, CloneSharesBulkDataUntilOneWrites)
 {
   HostPolygonObject* const mesh = AddMesh({{1, 0, 0}, {2, 0, 0}}, {{0, 1, 1, 1}});
@@ -68,7 +47,6 @@ TEST_F(SceneTag, CloneSharesBulkDataUntilOneWrites)
   const auto* const original = static_cast<HostNormalTag*>(mesh->GetTag(kNormalTagType));
   auto* const copy = static_cast<HostNormalTag*>(clone->GetTag(kNormalTagType));
   EXPECT_EQ(copy->GetHandleR().singles, original->GetHandleR().singles);
-
   clone->GetPointsW()[1] = {5, 5, 5};
   clone->GetPolygonsW()[0].a = 7;
   copy->GetHandleW().Set(0, {{1, 0, 0}, {}, {}, {}});
@@ -160,49 +138,14 @@ TEST_F(SceneTag, WeightsAreFoundInAnyOrderOfSetting)
   EXPECT_EQ(tag->GetWeight(1, 2), 0.5);
 }
 
-TEST_F(SceneTag, ManyWeightsInFallingOrder)
+TEST_F(SceneTag, WeightsMayBeReadFromSeveralThreads)
 {
   constexpr Int32 kCount = 20000;
   HostOwner<HostWeightTag> tag(static_cast<HostWeightTag*>(HostTag::Alloc(kWeightTagType)));
-  ASSERT_EQ(tag->AddJoint(Add("joint")), 0);
-  for (const Int32 step : {7, 1, 2})  // each point three times; the last one counts
-  {
-    for (Int32 i = kCount; i-- > 0;)
-      ASSERT_TRUE(tag->SetWeight(0, i, step * (i + 1)));
-  }
-  EXPECT_EQ(tag->GetWeight(0, 0), 2);
-  const BaseArray<PointWeight>& sorted = ToHeadless(tag.get())->GetWeights(0);
-  ASSERT_EQ(sorted.GetCount(), kCount);
-  for (Int32 i = 0; i < kCount; ++i)
-    ASSERT_EQ(sorted[i], PointWeight(i, 2 * (i + 1)));
-}
-
-TEST_F(SceneTag, BindPoseTakesTheGlobalMatrices)
-{
-  HostPolygonObject* const mesh = AddMesh({{}}, {});
-  HostObject* const joint = Add("joint");
-  HostObject* const child = Add("child", joint);
-  HostMatrix step;
-  step.offset = {1, 2, 3};
-  mesh->SetLocalMatrix(step);
-  joint->SetLocalMatrix(step);
-  child->SetLocalMatrix(step);
-  auto* const tag = static_cast<HostWeightTag*>(mesh->MakeTag(kWeightTagType));
-  tag->AddJoint(child);
-  EXPECT_FALSE(ToHeadless(tag)->HasBindPose());
-  ASSERT_TRUE(tag->SetBindPose(Document()));
-  joint->SetLocalMatrix({});
-  EXPECT_EQ(ToHeadless(tag)->GetJointBindMatrix(0).offset, (Vector{2, 4, 6}));
-  EXPECT_EQ(ToHeadless(tag)->GetObjectBindMatrix().offset, (Vector{1, 2, 3}));
-}
-
-TEST_F(SceneTag, WeightsMayBeReadFromSeveralThreads)
-{
-  constexpr Int32 kCount = 2000;
-  HostOwner<HostWeightTag> tag(static_cast<HostWeightTag*>(HostTag::Alloc(kWeightTagType)));
   tag->AddJoint(Add("joint"));
-  for (Int32 i = kCount; i-- > 0;)
-    ASSERT_TRUE(tag->SetWeight(0, i, i));
+  for (const Int32 step : {7, 2, 1})  // each point three times, falling; the last one counts
+    for (Int32 i = kCount; i-- > 0;)
+      ASSERT_TRUE(tag->SetWeight(0, i, step * i));
   std::atomic<Int32> wrong{0};
   const auto read = [&]
   {
@@ -239,26 +182,6 @@ TEST_F(SceneTag, MorphsKeepPointsOrLink)
   EXPECT_EQ(base->GetPointNode()->GetPoints()[0], (Vector{1, 1, 1}));
   EXPECT_EQ(pose->GetObject(), target);
   EXPECT_EQ(pose->GetPointNode(), nullptr);
-}
-
-TEST_F(SceneTag, MorphStrengthIsAParameterOfTheTag)
-{
-  HostOwner<HostPoseMorphTag> tag(static_cast<HostPoseMorphTag*>(HostTag::Alloc(kPoseMorphTagType)));
-  tag->AddMorph();
-  tag->AddMorph();
-  HostMorph* const morph = tag->AddMorph();
-  const HostDescId id = HostPoseMorphTagGetStrengthId(tag.get(), 2);
-  EXPECT_EQ(id, HostDescId(4000, 1201));
-  EXPECT_EQ(id[0].dataType, 5);
-  EXPECT_EQ(id[1].dataType, 19);
-  HostValue value;
-  ASSERT_TRUE(tag->GetParameter(id, value));
-  EXPECT_EQ(value, HostValue(0.0));
-  EXPECT_TRUE(tag->SetParameter(id, HostValue(0.5)));
-  EXPECT_EQ(morph->GetStrength(), 0.5);
-  EXPECT_FALSE(tag->SetParameter(id, HostValue("much"_s)));
-  EXPECT_FALSE(tag->GetParameter(HostDescId(4000, 1301), value)) << "there is no morph 3";
-  EXPECT_FALSE(tag->GetParameter(HostDescId(4000, 1202), value));
 }
 
 // Neighbours and phong normals.

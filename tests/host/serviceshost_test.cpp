@@ -108,51 +108,21 @@ TEST_F(HostFacade, NamesThePluginThatRefuses)
   }
 }
 
-TEST_F(HostFacade, TellsWhatIsMissing)
-{
-  const std::string path = folder.Path().string();
-  std::string error;
-  HostSettings settings;
-  settings.pluginPath = (folder / "plugin.so").string();
-  EXPECT_FALSE(HeadlessHost::CreateWithModule(settings, module.Hooks(), error));
-  EXPECT_EQ(error, "the plug-in \"" + path + "/plugin.so\" could not load its texts: Cannot read \"" + path +
-                     "/resources/strings_en.txt\": No such file or directory");
-  // A bare name is a file of the current folder, never one of the system's libraries.
-  for (const std::string& library : {path + "/missing.so", folder.Write("text.so", "no library"), std::string("libc.so.6")})
-  {
-    settings.pluginPath = library;
-    EXPECT_FALSE(HeadlessHost::Create(settings, error));
-    EXPECT_EQ(error.rfind("cannot load the plug-in \"" + library + "\": ", 0), 0u) << error;
-  }
-}
-
 TEST_F(HostFacade, SetsSwitchesBeforeTheFirstMessage)
 {
-  using Settings = std::vector<std::pair<std::string, std::string>>;
-  const std::tuple<Settings, const char*, bool, bool> rows[] = {
-    {{}, "", false, true},
-    {{{"g_first", "true"}, {"g_second", "false"}}, "", true, false},
-    {{{"g_first", "true"}, {"g_first", "false"}}, "", false, true},  // the last one counts
-    {{{"g_third", "true"}}, "there is no configuration variable \"g_third\"; there are g_first, g_second", false, true},
-    {{{"g_first", "1"}}, "the configuration variable \"g_first\" wants true or false, not \"1\"", false, true},
-    {{{"g_first", ""}}, "the configuration variable \"g_first\" wants true or false, not \"\"", false, true},
-  };
-  for (const auto& [configuration, expected, first, second] : rows)
-  {
-    module.calls.clear();
-    module.firstSwitch = false;
-    module.secondSwitch = true;
-    HostSettings settings;
-    settings.configuration = configuration;
-    std::string error;
-    host = module.Start(error, settings);
-    EXPECT_EQ(error, expected);
-    EXPECT_EQ(host == nullptr, !error.empty());
-    EXPECT_EQ(module.calls.empty(), !error.empty());
-    EXPECT_EQ(module.firstSwitch, first) << error;
-    EXPECT_EQ(module.secondSwitch, second) << error;
-    host.reset();
-  }
+  module.secondSwitch = true;
+  HostSettings settings;
+  settings.configuration = {{"g_first", "true"}, {"g_second", "false"}, {"g_third", "true"}};
+  std::string error;
+  EXPECT_FALSE(module.Start(error, settings));
+  EXPECT_EQ(error, "there is no configuration variable \"g_third\"; there are g_first, g_second");
+  EXPECT_TRUE(module.calls.empty());
+  EXPECT_TRUE(module.firstSwitch);
+  EXPECT_FALSE(module.secondSwitch);
+  // A bare name is a file of the current folder, never one of the system's libraries.
+  settings.pluginPath = "libc.so.6";
+  EXPECT_FALSE(HeadlessHost::Create(settings, error));
+  EXPECT_EQ(error.rfind("cannot load the plug-in \"libc.so.6\": ", 0), 0u) << error;
 }
 
 TEST_F(HostFacade, ReportsALoad)
@@ -192,6 +162,9 @@ TEST_F(HostFacade, ReportsALoad)
   EXPECT_FALSE(silent.Succeeded());
   EXPECT_EQ(silent.status + silent.generator, "");
   EXPECT_EQ(silent.returnValue, -3);
+  module.calls.clear();
+  EXPECT_FALSE(Load((folder / "missing.obj").string()).recognised);
+  EXPECT_EQ(module.calls, (Calls{"init", "identify ", "~loader"}));
 }
 
 TEST_F(HostFacade, TellsSuccessByTheStatusWordAlone)
@@ -224,19 +197,13 @@ TEST_F(HostFacade, TellsSuccessByTheStatusWordAlone)
   EXPECT_EQ(Load(path).error, "out of memory");
 }
 
-TEST_F(HostFacade, LeavesAFileThatNoLoaderTakes)
+TEST_F(HostFacade, GivesParametersAndSideFilesToOneLoadAlone)
 {
   Start();
-  const LoadReport report = Load((folder / "missing.obj").string());
-  EXPECT_FALSE(report.recognised);
-  EXPECT_EQ(report.status, "");
-  EXPECT_EQ(module.calls, (Calls{"init", "identify ", "~loader"}));
-}
-
-TEST_F(HostFacade, SetsParametersOverTheDefaults)
-{
-  Start();
+  const std::string outside = folder.Write("outside.bin", "x");
   std::vector<int> seen;
+  std::vector<bool> readable;
+  std::string base;
   module.onLoad = [&](const HostFilename&, HostContainer* options, String*)
   {
     for (const int id : {1, 2, 3})
@@ -244,97 +211,29 @@ TEST_F(HostFacade, SetsParametersOverTheDefaults)
       const HostValue* const value = module.tables->container->Find(options, id);
       seen.push_back(value ? value->GetInt32() : -1);
     }
-    return 0;
-  };
-  LoadRequest request;
-  request.path = folder.Write("a.gltf", "");
-  request.parameters = {{2, HostValue(Int32(220))}, {3, HostValue(Int32(33))}};
-  request.flags = kLoadObjects | kLoadMerging;
-  Load(request);
-  EXPECT_EQ(module.calls[2], "load 33");
-  request.parameters.clear();
-  Load(request);  // nothing stays of the load before
-  EXPECT_EQ(seen, (std::vector<int>{11, 220, 33, 11, 22, -1}));
-}
-
-/// Whether a side file can be opened during a load.
-bool CanRead(const HostTables& tables, const std::string& path)
-{
-  HostFile* const file = tables.file->Alloc();
-  const bool opened = tables.file->Open(file, HostFilename(MakeString(path)), FILEOPEN::READ, FILEDIALOG::NONE,
-                                        BYTEORDER::V_INTEL, kFileType, kFileCreator);
-  tables.file->Free(file);
-  return opened;
-}
-
-TEST_F(HostFacade, KeepsSideFilesInTheInputsFolder)
-{
-  Start();
-  const std::string outside = folder.Write("outside.bin", "x");
-  const std::string inside = folder.Write("in/inside.bin", "x");
-  std::vector<bool> readable;
-  module.onLoad = [&](const HostFilename&, HostContainer*, String*)
-  {
-    readable.push_back(CanRead(*module.tables, inside));
-    readable.push_back(CanRead(*module.tables, outside));
-    return 0;
-  };
-  LoadRequest request;
-  request.path = folder.Write("in/a.gltf", "");
-  Load(request);
-  EXPECT_EQ(readable, (std::vector<bool>{true, false}));
-  ASSERT_EQ(job->GetMessages().size(), 1u);
-  EXPECT_EQ(job->GetMessages()[0].messageClass, HostMessageClass::kWarning);
-  EXPECT_EQ(job->GetMessages()[0].text,
-            "\"" + outside + "\" lies outside the input's folder and is not read; --allow-outside permits it");
-  request.allowOutside = true;
-  Load(request);
-  EXPECT_EQ(readable, (std::vector<bool>{true, false, true, true}));
-  EXPECT_TRUE(job->GetMessages().empty());
-  EXPECT_TRUE(CanRead(*module.tables, outside));  // and without a load
-}
-
-TEST_F(HostFacade, GivesTheTextureFolderToTheLoad)
-{
-  Start();
-  std::string base;
-  module.onLoad = [&](const HostFilename&, HostContainer*, String*)
-  {
+    readable.push_back(module.tables->file->Exists(HostFilename(MakeString(outside))));
     base = Text(module.Find<HostUrlService>()->GetBaseFolder().GetValue().GetPath());
     return 0;
   };
   LoadRequest request;
-  request.path = folder.Write("a.gltf", "");
+  request.path = folder.Write("in/a.gltf", "");
+  request.parameters = {{2, HostValue(Int32(220))}, {3, HostValue(Int32(33))}};
+  request.flags = kLoadObjects | kLoadMerging;
   request.texFolder = (folder / "out").string();
+  request.allowOutside = true;
   Load(request);
+  EXPECT_EQ(module.calls[2], "load 33");
   EXPECT_EQ(base, request.texFolder);
-  request.texFolder.clear();
-  Load(request);
+  EXPECT_TRUE(job->GetMessages().empty());
+  Load(request.path);  // nothing stays of the load before
+  EXPECT_EQ(seen, (std::vector<int>{11, 220, 33, 11, 22, -1}));
+  EXPECT_EQ(readable, (std::vector<bool>{true, false}));
+  ASSERT_EQ(job->GetMessages().size(), 1u);
+  EXPECT_EQ(job->GetMessages()[0].messageClass, HostMessageClass::kWarning);
+  EXPECT_TRUE(module.tables->file->Exists(HostFilename(MakeString(outside)))) << "without a load";
   EXPECT_TRUE(std::filesystem::is_directory(base));
   End();
   EXPECT_FALSE(std::filesystem::exists(base));
-}
-
-TEST_F(HostFacade, CallsTheSaver)
-{
-  Start();
-  SaveRequest request;
-  request.path = "out.gltf";
-  SaveReport report = host->Save(request, *document);
-  EXPECT_FALSE(report.available);
-  EXPECT_EQ(report.error, "the plug-in offers no saver");
-  End();
-  module.registersSaver = true;
-  Start();
-  report = host->Save(request, *document);
-  EXPECT_TRUE(report.available);
-  EXPECT_EQ(report.returnValue, 0);
-  EXPECT_EQ(report.error, "");
-  EXPECT_EQ(module.calls, Calls{"save out.gltf 3"});
-  module.saveAnswer = -8;
-  report = host->Save(request, *document);
-  EXPECT_EQ(report.returnValue, -8);
-  EXPECT_EQ(report.error, "the plug-in answered -8");  // and told nothing
 }
 
 TEST_F(HostFacade, HandsLinesToItsSinks)
@@ -362,14 +261,6 @@ TEST_F(HostFacade, HandsLinesToItsSinks)
   End();
   Start();
   print();
-}
-
-TEST_F(HostFacade, AnswersTheNodeSpaceOfItsSettings)
-{
-  HostSettings settings;
-  settings.nodeSpace = "my.space";
-  Start(settings);
-  EXPECT_EQ(Text(module.tables->document->GetActiveNodeSpace()), "my.space");
 }
 
 class CountedCommand final : public HostCommand

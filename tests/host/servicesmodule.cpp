@@ -13,7 +13,6 @@ namespace
 FakeModule* g_module = nullptr;
 
 constexpr Int32 kLoaderId = 1060210;
-constexpr Int32 kSaverId = 1041129;
 
 class FakeLoader final : public HostSceneLoader
 {
@@ -39,19 +38,6 @@ public:
     GetFakeModule().Record("load ", std::to_string(flags));
     HostContainer* const options = GetFakeModule().tables->node->GetContainer(node);
     return GetFakeModule().onLoad ? GetFakeModule().onLoad(name, options, error) : 0;
-  }
-};
-
-class FakeSaver final : public HostSceneSaver
-{
-public:
-  Bool Init(HostNode*) noexcept override { return true; }
-  Bool GetDescription(HostNode*, HostDescription*, Int32&) noexcept override { return true; }
-  Bool GetEnabling(HostNode*, const HostDescId&) noexcept override { return true; }
-  Int32 Save(HostNode*, const HostFilename& name, HostDocument*, Int32 flags) noexcept override
-  {
-    GetFakeModule().calls.push_back("save " + Text(name.GetPath()) + " " + std::to_string(flags));
-    return GetFakeModule().saveAnswer;
   }
 };
 
@@ -103,16 +89,7 @@ bool FakeModule::Register()
                                    String(),
                                    []() -> HostPluginInstance*
                                    { return GetFakeModule().makesInstances ? new (std::nothrow) FakeLoader : nullptr; }};
-  const HostPluginRecord saver = {kSceneSaverKind,
-                                  kSaverId,
-                                  name,
-                                  0,
-                                  "Fgltfexporter"_s,
-                                  "gltf"_s,
-                                  []() -> HostPluginInstance* { return new (std::nothrow) FakeSaver; }};
-  return registration.RegisterDescription(loader.id, loader.description) && registration.RegisterPlugin(loader) &&
-         (!registersSaver ||
-          (registration.RegisterDescription(saver.id, saver.description) && registration.RegisterPlugin(saver)));
+  return registration.RegisterDescription(loader.id, loader.description) && registration.RegisterPlugin(loader);
 }
 
 Int32 FakeModule::Answer(Int32 message, void* argument1, void* argument2, void* argument3)

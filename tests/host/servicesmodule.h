@@ -1,7 +1,7 @@
 #pragma once
 
-// A module for tests of the facade: its entry records the messages, registers a loader and, when asked to, a saver, and answers as
-// the test wants. One at a time; its state is reset by each FakeModule.
+// A module for tests of the facade: its entry records the messages, registers a loader and answers as the test
+// wants. One at a time; its state is reset by each FakeModule.
 
 #include <functional>
 #include <string>
@@ -32,16 +32,14 @@ public:
     return static_cast<Service*>(hook.services->Find(Service::kId));
   }
 
-  std::vector<std::string> calls;  // messages, and what was called of the loader and the saver
+  std::vector<std::string> calls;  // messages, and what was called of the loader
   bool recordsCalls = true;
   int refusedMessage = 0;
-  bool registersSaver = false;
   bool makesInstances = true;
   bool initSucceeds = true;
   std::string suffix = ".gltf";  // of names that Identify accepts
   /// The work of a load: given the name and the loader's options. Its answer is what Load returns.
   std::function<Int32(const HostFilename& name, HostContainer* options, String* error)> onLoad;
-  Int32 saveAnswer = 0;
 
   const HostTables* tables = nullptr;
   std::string path;  // of the module, as told with the attach message
