@@ -98,25 +98,5 @@ TEST(Check, ErrorTellsClassAndPlace)
   EXPECT_EQ(kCheckCases[0].check().GetError().GetClass(), ErrorClass::kIllegalState);
 }
 
-Result<Int> AddUp(Bool failFirst, Bool failSecond, Int& reached)
-{
-  RETURN_IF_ERROR(Fail(failFirst));
-  reached = 1;
-  ASSIGN_OR_RETURN(std::unique_ptr<Int> a, MakeOwner(false));
-  ASSIGN_OR_RETURN(const std::unique_ptr<Int> b, MakeOwner(failSecond));
-  reached = 2;
-  return *a + *b;
-}
-
-TEST(Result, MacrosPassTheFirstErrorOnAndTakeTheValue)
-{
-  Int reached = 0;
-  EXPECT_EQ(ErrorText(AddUp(true, true, reached)), "The disk is gone.");
-  EXPECT_EQ(reached, 0);
-  EXPECT_EQ(ErrorText(AddUp(false, true, reached)), "No owner.");
-  EXPECT_EQ(reached, 1);
-  EXPECT_EQ(AddUp(false, false, reached).GetValue(), 14);
-}
-
 }  // namespace
 }  // namespace q7z::test

@@ -154,12 +154,5 @@ TEST(DataDictionary, WriteToAParsedOneLeavesItsArena)
   EXPECT_EQ(Listed(dictionary), "member0=3 member1=1 member2=4 ");
 }
 
-TEST(DataKey, ConstantEqualsTheKeyOfTheSameText)
-{
-  constexpr DataKey constant("meshes");
-  EXPECT_TRUE(constant == DataKey(Make("meshes")));
-  EXPECT_FALSE(constant == DataKey(Make("meshe")));
-}
-
 }  // namespace
 }  // namespace q7z::test

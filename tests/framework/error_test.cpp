@@ -29,30 +29,16 @@ TEST(Error, EveryClassHasItsId)
   EXPECT_EQ(std::size(rows), static_cast<size_t>(ErrorClass::kOperationCancelled) + 1);
 }
 
-TEST(Error, MessageOutlivesTheTextItWasMadeFrom)
-{
-  char library[] = "message";  // stands for the texts of a library that is unloaded
-  const Error error = MAKE_ERROR(ErrorClass::kIo, String(library, 7));
-  library[0] = '?';
-  EXPECT_EQ(Text(error.GetMessage()), "message");
-}
-
-struct MemoryCase
-{
-  Int failAt;  // 1: the record; 2: the copy of the text
-  ErrorClass errorClass;
-  const char* message;
-};
-
 TEST(Error, WithoutMemoryItIsOutOfMemoryOrKeepsItsText)
 {
-  for (const MemoryCase& row : {MemoryCase{1, ErrorClass::kOutOfMemory, "Out of memory. "}, {2, ErrorClass::kIo, "kept"}})
+  const std::pair<ErrorClass, const char*> rows[] = {{ErrorClass::kOutOfMemory, "Out of memory. "}, {ErrorClass::kIo, "kept"}};
+  for (Int i = 0; i < 2; ++i)
   {
-    FailAllocation(row.failAt);
+    FailAllocation(1 + i);  // the record, then the copy of the text
     const Error error = MAKE_ERROR(ErrorClass::kIo, "kept"_s);
     EXPECT_EQ(StopFailingAllocations(), 1);
-    EXPECT_EQ(error.GetClass(), row.errorClass);
-    EXPECT_EQ(Text(error.GetMessage()), row.message);
+    EXPECT_EQ(error.GetClass(), rows[i].first);
+    EXPECT_EQ(Text(error.GetMessage()), rows[i].second);
   }
 }
 

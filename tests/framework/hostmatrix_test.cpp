@@ -1,4 +1,4 @@
-// The host's matrix: products and inverses, the singular ones too.
+// The host's matrix: inverses, the singular ones too.
 
 #include <gtest/gtest.h>
 
@@ -13,17 +13,6 @@ namespace
 
 constexpr Float kInfinity = std::numeric_limits<Float>::infinity();
 constexpr Float kNan = std::numeric_limits<Float>::quiet_NaN();
-
-TEST(HostMatrix, ProductAppliesTheRightFactorFirst)
-{
-  const HostMatrix turn{{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}};  // x to y, then one along x
-  const HostMatrix stretch{{0, 0, 5}, {2, 0, 0}, {0, 3, 0}, {0, 0, 4}};
-  const Vector point{1, 2, 3};
-  // stretch: (2, 6, 17); turn of that: (1 - 6, 2, 17)
-  EXPECT_EQ((turn * stretch) * point, (Vector{-5, 2, 17}));
-  // turn: (-1, 1, 3); stretch of that: (-2, 3, 17)
-  EXPECT_EQ((stretch * turn) * point, (Vector{-2, 3, 17}));
-}
 
 struct InverseCase
 {

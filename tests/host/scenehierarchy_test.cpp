@@ -91,6 +91,7 @@ TEST_F(SceneHierarchy, InsertingWhatStandsElsewhereIsCounted)
   HostInsertObject(Document(), b, nullptr, nullptr);
   EXPECT_EQ(Tree(), "b a");
   EXPECT_TRUE(b->InsertTag(tag));
+  EXPECT_FALSE(b->InsertTag(nullptr));
   EXPECT_EQ(first->GetNext(), last);
   EXPECT_EQ(tag->GetObject(), b);
   _insertedTwice = 2;

@@ -5,8 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include "host/scene/headlessalias.h"
-#include "host/scene/headlessposemorphtag.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlessweighttag.h"
 #include "tests/host/scenefixture.h"
@@ -59,8 +57,6 @@ TEST_F(SceneTag, CloneSharesBulkDataUntilOneWrites)
   EXPECT_EQ(mesh->GetPointsW(), written) << "alone again, so nothing is copied";
 }
 
-// Selections.
-
 struct SelectionRow
 {
   const char* name;
@@ -100,8 +96,6 @@ TEST_F(SceneTag, SelectionKeepsRangesApart)
     }
   }
 }
-
-// Weights.
 
 TEST_F(SceneTag, WeightsAreFoundInAnyOrderOfSetting)
 {
@@ -156,32 +150,6 @@ TEST_F(SceneTag, WeightsMayBeReadFromSeveralThreads)
   read();
   other.join();
   EXPECT_EQ(wrong, 0);
-}
-
-// Pose morphs.
-
-TEST_F(SceneTag, MorphsKeepPointsOrLink)
-{
-  HostPolygonObject* const mesh = AddMesh({{1, 1, 1}}, {});
-  HostPolygonObject* const target = AddMesh({{2, 2, 2}}, {});
-  auto* const tag = static_cast<HostPoseMorphTag*>(mesh->MakeTag(kPoseMorphTagType));
-  HostMorph* const base = tag->AddMorph();
-  HostMorph* const pose = tag->AddMorph();
-  EXPECT_EQ(base->GetPointNode(), nullptr);
-  EXPECT_TRUE(tag->StoreObject(base, Document(), mesh->Clone()));  // frees the clone
-  EXPECT_TRUE(tag->StoreObject(pose, Document(), target));
-
-  EXPECT_FALSE(tag->StoreObject(pose, Document(), Add("null"))) << "has no points";
-  EXPECT_FALSE(tag->StoreObject(pose, Document(), nullptr));
-  EXPECT_EQ(tag->GetMorph(2), nullptr);
-  EXPECT_EQ(tag->GetMorph(-1), nullptr);
-  EXPECT_EQ(base->GetObject(), nullptr);
-  ASSERT_NE(base->GetPointNode(), nullptr);
-  EXPECT_EQ(base->GetPointNode()->GetPointCount(), 1);
-  mesh->GetPointsW()[0] = {3, 3, 3};
-  EXPECT_EQ(base->GetPointNode()->GetPoints()[0], (Vector{1, 1, 1}));
-  EXPECT_EQ(pose->GetObject(), target);
-  EXPECT_EQ(pose->GetPointNode(), nullptr);
 }
 
 // Neighbours and phong normals.

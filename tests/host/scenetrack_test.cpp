@@ -136,30 +136,5 @@ TEST_F(SceneAdaptedKey, LeavesTheShape)
   }
 }
 
-TEST_F(SceneTrack, SplitSplineHasTheHandlesOfBothParts)
-{
-  // 0, 6, 6, 0 over three seconds, cut in the middle: values 0, 3, 4.5, 4.5 and 4.5, 4.5, 3, 0; each part's handles lie half a
-  // second from its keys.
-  HostCurve* const curve = MakeCurve();
-  AddKey(curve, Seconds(0), 0, InterpolationMode::Spline)->SetRightTangent(curve, Seconds(1), 6);
-  AddKey(curve, Seconds(3), 0, InterpolationMode::Spline)->SetLeftTangent(curve, Seconds(-1), 6);
-  HostCurveAddKeyAdapted(curve, Seconds(3, 2));
-  const HostTangents left = curve->GetTangents(0);
-  const HostTangents middle = curve->GetTangents(1);
-  EXPECT_NEAR(left.rightValue, 3, 1e-12);
-  EXPECT_NEAR(left.rightTime.GetSeconds(), 0.5, 1e-12);
-  EXPECT_NEAR(middle.leftValue, 0, 1e-12);
-  EXPECT_NEAR(middle.leftTime.GetSeconds(), -0.5, 1e-12);
-  EXPECT_NEAR(middle.rightValue, 0, 1e-12);
-  EXPECT_NEAR(curve->GetTangents(2).leftValue, 3, 1e-12);
-  // On a line the new key has none.
-  HostCurve* const line = MakeCurve(Add("line"));
-  AddKey(line, Seconds(0), 0, InterpolationMode::Linear);
-  AddKey(line, Seconds(2), 2, InterpolationMode::Linear);
-  HostCurveAddKeyAdapted(line, Seconds(1));
-  EXPECT_EQ(line->GetTangents(1).leftValue, 0);
-  EXPECT_EQ(line->GetTangents(1).rightTime.GetSeconds(), 0);
-}
-
 }  // namespace
 }  // namespace q7z::test

@@ -84,6 +84,7 @@ TEST_F(HostFacade, OffersAllTablesAndServices)
                                HostUrlService::kId, HostHash::kId, HostUsageReport::kId, HostJobs::kId})
     EXPECT_TRUE(module.hook.services->Find(id)) << id;
   EXPECT_FALSE(module.hook.services->Find("net.tarno.unknown"));
+  EXPECT_EQ(host->Save({}, *document).error, "the plug-in offers no saver");
   Int32 result = 5;
   EXPECT_FALSE(module.tables->dialog->MayShowDialog());
   EXPECT_FALSE(module.tables->dialog->RunWorkerDialog(nullptr, &result));
@@ -243,6 +244,7 @@ TEST_F(HostFacade, HandsLinesToItsSinks)
   settings.onConsole = [&](const std::string& line) { lines.push_back("console " + line); };
   settings.onDiagnostic = [&](const std::string& line) { lines.push_back("diagnostic " + line); };
   settings.onMessageBox = [&](const std::string& line) { lines.push_back("box " + line); };
+  settings.nodeSpace = "my.space";
   const auto print = [&]
   {
     module.tables->console->Print("one"_s);
@@ -251,6 +253,7 @@ TEST_F(HostFacade, HandsLinesToItsSinks)
     module.tables->dialog->ShowMessage("four"_s);
   };
   Start(settings);
+  EXPECT_EQ(Text(module.tables->document->GetActiveNodeSpace()), "my.space");
   print();
   EXPECT_EQ(lines, (Calls{"console one", "diagnostic two [source.cpp:7]", "diagnostic critical: three [:8]", "box four"}));
   End();

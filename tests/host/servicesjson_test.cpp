@@ -79,7 +79,7 @@ const ValueRow kValues[] = {
   {"Zeros", "[0,-0,-0.0]", "[0 0 -0f]"},
   {"LargestInts", "[9223372036854775807,-9223372036854775808]", "[9223372036854775807 -9223372036854775808]"},
   {"OneBeyondIsFloat", "[9223372036854775808,-9223372036854775809]", "[9223372036854775808f -9223372036854775808f]"},
-  {"BeyondSixtyFourBits", "[18446744073709551616,1]", "[18446744073709551616f 1]"},
+  {"BeyondSixtyFourBits", "[18446744073709551616,18446744073709551615,1]", "[18446744073709551616f 18446744073709551616f 1]"},
   {"ThirtyDigits", "{\"a\":-100000000000000000000000000000}", "{a:-1e+29f}"},
   // The digits in the text stay as they are, though another number makes the reader look for long ones.
   {"LongDigitsInTexts", R"(["18446744073709551616","\"18446744073709551616",18446744073709551616])",
@@ -282,6 +282,7 @@ TEST(JsonWriter, WritesWhatCanBeReadAndNothingDeeper)
     value = MakeArray({value});
   EXPECT_EQ(Write(value), std::string(1024, '[') + std::string(1024, ']'));
   EXPECT_EQ(Write(MakeArray({value})), "The JSON value nests deeper than 1,024.");
+  EXPECT_EQ(Write(MakeObject("a", value)), "The JSON value nests deeper than 1,024.");
 }
 
 }  // namespace

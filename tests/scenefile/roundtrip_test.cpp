@@ -62,6 +62,9 @@ TEST(SceneRoundTrip, OrderOfMembersDoesNotMatter)
   EXPECT_EQ(tag->GetPolygonCount(), 1);
   EXPECT_EQ(tag->GetHandleR().Get(0).d, (Vector{10, 11, 12}));
   EXPECT_EQ(object->GetDown()->GetType(), kNullObjectType);
+  const std::string channels =
+    Rewrite(MakeText(R"("materials": [{"id": 1, "type": 5703, "channels": {"6": {"on": true}, "3": {"on": true}}}])"));
+  EXPECT_LT(channels.find("\"3\": {"), channels.find("\"6\": {"));
 }
 
 // What the tree does not show.
