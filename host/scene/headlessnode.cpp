@@ -73,7 +73,7 @@ Bool HeadlessNode::GetParameter(const HostDescId& id, HostValue& value) const no
   }
   const HostValue* const vector = FindVector(_parameters, id);
   if (!vector)
-    return false;
+    return GetDefaultParameter(id, value);
   value = HostValue(vector->GetVector()[id[1].id - kComponentX]);
   return true;
 }

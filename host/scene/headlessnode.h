@@ -86,6 +86,8 @@ protected:
   };
   virtual ParameterAnswer GetOwnParameter(const HostDescId& id, HostValue& value) const noexcept;
   virtual ParameterAnswer SetOwnParameter(const HostDescId& id, const HostValue& value) noexcept;
+  /// What the node answers for a parameter that was not set. @return false, with the value left alone, for nothing.
+  virtual Bool GetDefaultParameter(const HostDescId&, HostValue&) const noexcept { return false; }
 
   /// Takes the node out of whatever holds it. @return whether something did.
   virtual Bool TakeOut() noexcept { return false; }

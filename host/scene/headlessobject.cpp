@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "host/scene/cameradefaults.h"
 #include "host/scene/headlessdocument.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/transformmath.h"
@@ -142,6 +143,11 @@ HeadlessNode::ParameterAnswer HeadlessObject::SetOwnParameter(const HostDescId& 
     vector[id[1].id - kComponentX] = value.GetFloat();
   SetVectors(vectors);
   return ParameterAnswer::kDone;
+}
+
+Bool HeadlessObject::GetDefaultParameter(const HostDescId& id, HostValue& value) const noexcept
+{
+  return FindCameraDefault(*this, id, value);
 }
 
 // Visibility, layer, reference, tags.

@@ -112,6 +112,7 @@ protected:
   Bool TakeOut() noexcept override;
   void Destroy() noexcept override;
   ParameterAnswer GetOwnParameter(const HostDescId& id, HostValue& value) const noexcept override;
+  Bool GetDefaultParameter(const HostDescId& id, HostValue& value) const noexcept override;
   ParameterAnswer SetOwnParameter(const HostDescId& id, const HostValue& value) noexcept override;
 
 private:

@@ -50,6 +50,8 @@ Result<void> GltfImporter::ConstructScene() noexcept
   RETURN_IF_ERROR(_hierarchyProgress.Report(0.01));
   RETURN_IF_ERROR(_gltfData.scenes.IsPopulated() ? LoadScenes() : LoadRoots());
   RETURN_IF_ERROR(TryLoadAnimations());
+  // Cameras stay the host's own. A renderer that has cameras of its kind converts them by its library, which the interface of hosts
+  // does not hold.
 
   CHECK_STATE(LoadMetaInfo());
   return _hierarchyProgress.Report(1.0);

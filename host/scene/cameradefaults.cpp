@@ -1,0 +1,73 @@
+#include "host/scene/cameradefaults.h"
+
+#include <cmath>
+
+#include "host/scene/headlessdocument.h"
+
+namespace q7z
+{
+
+namespace
+{
+
+// Parameters of a camera.
+constexpr Int32 kZoom = 1000;
+constexpr Int32 kProjection = 1001;
+constexpr Int32 kHorizontalAngle = 1008;
+constexpr Int32 kVerticalAngle = 4600;
+constexpr Int32 kNearDistance = 1122;
+constexpr Int32 kNearEnabled = 1123;
+constexpr Int32 kFarDistance = 1128;
+constexpr Int32 kFarEnabled = 1129;
+
+// Parameters of the render data.
+constexpr Int32 kRenderWidth = 5008;
+constexpr Int32 kRenderHeight = 5009;
+
+constexpr Float kWideAspect = 16.0 / 9;
+constexpr Float kHalfWidthAtOne = 0.5;  // 53 degrees: a picture is as wide as it is far
+constexpr Float kNear = 1.0;            // host lengths
+constexpr Float kFar = 100'000.0;
+
+/// Width by height of the document's pictures.
+Float GetAspect(const HeadlessObject& object) noexcept
+{
+  const HeadlessDocument* const document = object.GetDocument();
+  const HeadlessContainer* const render = document ? document->GetRenderData() : nullptr;
+  const HostValue* const width = render ? render->Find(kRenderWidth) : nullptr;
+  const HostValue* const height = render ? render->Find(kRenderHeight) : nullptr;
+  const Float aspect = width && height ? width->GetFloat() / height->GetFloat() : kWideAspect;
+  return aspect > 0 && std::isfinite(aspect) ? aspect : kWideAspect;
+}
+
+/// @param factor  of the tangents of the halves: this angle's by the other's.
+Float GetAngle(const HeadlessObject& object, Int32 otherAngle, Float factor, Float halfTangent) noexcept
+{
+  const HostValue* const other = object.GetParameters().Find(otherAngle);
+  return 2 * std::atan(other ? std::tan(other->GetFloat() / 2) * factor : halfTangent);
+}
+
+}  // namespace
+
+Bool FindCameraDefault(const HeadlessObject& object, const HostDescId& id, HostValue& value) noexcept
+{
+  const Bool isCamera = object.GetType() == kCameraObjectType || object.GetType() == kRenderCameraObjectType;
+  if (!isCamera || id.GetDepth() != 1)
+    return false;
+  switch (id[0].id)
+  {
+    case kProjection: value = HostValue(Int32{0}); return true;
+    case kZoom: value = HostValue(1.0); return true;
+    case kHorizontalAngle: value = HostValue(GetAngle(object, kVerticalAngle, GetAspect(object), kHalfWidthAtOne)); return true;
+    case kVerticalAngle:
+      value = HostValue(GetAngle(object, kHorizontalAngle, 1 / GetAspect(object), kHalfWidthAtOne / GetAspect(object)));
+      return true;
+    case kNearEnabled:
+    case kFarEnabled: value = HostValue(false); return true;
+    case kNearDistance: value = HostValue(kNear); return true;
+    case kFarDistance: value = HostValue(kFar); return true;
+    default: return false;
+  }
+}
+
+}  // namespace q7z
