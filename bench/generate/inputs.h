@@ -17,6 +17,10 @@ GltfFile MakeGrid(Int side, UInt start = kDefaultStart);
 /// children share meshCount small meshes (1 or more), which are used in turn.
 GltfFile MakeNodes(Int nodeCount, Int meshCount, UInt start = kDefaultStart);
 
+/// One animation of nodeCount nodes (1 or more) without meshes: each is moved, turned and scaled by keyCount linear keys (1 or more),
+/// one for each frame of 1/30 s. The three samplers of a node share their times.
+GltfFile MakeAnimation(Int nodeCount, Int keyCount, UInt start = kDefaultStart);
+
 /// Four meshes in the largest file of at most byteCount bytes in the given form; where four do not fit, the smallest file of one
 /// mesh, which is close to 1000 bytes.
 GltfFile MakeSmall(Int byteCount, FileForm form, UInt start = kDefaultStart);

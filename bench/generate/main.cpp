@@ -19,6 +19,7 @@ using namespace q7z::generate;
 constexpr const char* kUsage =
   "usage: q7z_generate grid SIDE OUT            one mesh of SIDE x SIDE vertices\n"
   "       q7z_generate nodes COUNT MESHES OUT   COUNT nodes that share MESHES small meshes\n"
+  "       q7z_generate animation NODES KEYS OUT  NODES nodes moved by KEYS keys for each of three channels\n"
   "       q7z_generate small BYTES OUT          a file of about that many bytes\n"
   "       q7z_generate skin SIDE JOINTS OUT     SIDE x SIDE vertices that follow JOINTS joints\n"
   "       q7z_generate morphs SIDE TARGETS OUT  SIDE x SIDE vertices with TARGETS morph targets\n"
@@ -78,6 +79,8 @@ std::optional<GltfFile> MakeFile(const Arguments& arguments, FileForm form)
     return MakeGrid(sizes[0], arguments.start);
   if (words[0] == "nodes" && sizes.size() == 2 && sizes[0] >= 1 && sizes[1] >= 1)
     return MakeNodes(sizes[0], sizes[1], arguments.start);
+  if (words[0] == "animation" && sizes.size() == 2 && sizes[0] >= 1 && sizes[1] >= 1)
+    return MakeAnimation(sizes[0], sizes[1], arguments.start);
   if (words[0] == "small" && sizes.size() == 1 && sizes[0] >= 1)
     return MakeSmall(sizes[0], form, arguments.start);
   if (words[0] == "skin" && sizes.size() == 2 && sizes[0] >= 2 && sizes[1] >= 4)

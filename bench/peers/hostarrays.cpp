@@ -3,6 +3,7 @@
 #include <tiny_gltf.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <map>
 #include <stdexcept>
@@ -12,6 +13,8 @@ namespace q7z::peers
 
 namespace
 {
+
+constexpr std::int32_t kLinearKey = 2;
 
 // The elements of an accessor, whose range was checked.
 struct Elements
@@ -39,15 +42,18 @@ Elements ElementsOf(const tinygltf::Model& model, int index, int type)
   return {buffer.data.data() + begin, accessor.count, static_cast<std::size_t>(stride), accessor.componentType};
 }
 
+Elements FloatsAt(const tinygltf::Model& model, int index, int type)
+{
+  const Elements elements = ElementsOf(model, index, type);
+  if (elements.componentType != TINYGLTF_COMPONENT_TYPE_FLOAT)
+    throw std::runtime_error("an accessor that is not of floats");
+  return elements;
+}
+
 Elements FloatsOf(const tinygltf::Model& model, const tinygltf::Primitive& primitive, const char* name, int type)
 {
   const auto found = primitive.attributes.find(name);
-  if (found == primitive.attributes.end())
-    return {};
-  const Elements elements = ElementsOf(model, found->second, type);
-  if (elements.componentType != TINYGLTF_COMPONENT_TYPE_FLOAT)
-    throw std::runtime_error("an attribute that is no float");
-  return elements;
+  return found == primitive.attributes.end() ? Elements() : FloatsAt(model, found->second, type);
 }
 
 void FillPoints(const Elements& positions, PolygonObject& object)
@@ -203,6 +209,71 @@ void FillNodes(const tinygltf::Model& model, HostScene& scene)
   }
 }
 
+using KeyValues = std::array<double, 3>;
+
+KeyValues AnglesOf(const float (&q)[4])
+{
+  const double x = q[0];
+  const double y = q[1];
+  const double z = q[2];
+  const double w = q[3];
+  return {std::atan2(2 * (w * x + y * z), 1 - 2 * (x * x + y * y)), std::asin(std::clamp(2 * (w * y - z * x), -1.0, 1.0)),
+          std::atan2(2 * (w * z + x * y), 1 - 2 * (y * y + z * z))};
+}
+
+KeyValues ValuesOf(const float (&v)[3])
+{
+  return {v[0], v[1], v[2]};
+}
+
+template <std::size_t N, typename Convert>
+void FillKeys(const Elements& times, const Elements& values, Convert convert, Track* tracks)
+{
+  for (std::size_t i = 0; i < 3; ++i)
+    tracks[i].keys.reserve(times.count);
+  for (std::size_t key = 0; key < times.count; ++key)
+  {
+    float seconds = 0;
+    float value[N];
+    std::memcpy(&seconds, times.first + key * times.stride, sizeof(seconds));
+    std::memcpy(value, values.first + key * values.stride, sizeof(value));
+    const KeyValues converted = convert(value);
+    for (std::size_t i = 0; i < 3; ++i)
+      tracks[i].keys.push_back({seconds, converted[i], {}, {}, kLinearKey});
+  }
+}
+
+void FillTracks(const tinygltf::Model& model, const tinygltf::Animation& animation, const tinygltf::AnimationChannel& channel,
+                HostScene& scene)
+{
+  const tinygltf::AnimationSampler& sampler = animation.samplers.at(static_cast<std::size_t>(channel.sampler));
+  const bool isRotation = channel.target_path == "rotation";
+  if (sampler.interpolation != "LINEAR" || channel.target_path == "weights")
+    throw std::runtime_error("an animation of another kind");
+  const Elements times = FloatsAt(model, sampler.input, TINYGLTF_TYPE_SCALAR);
+  const Elements values = FloatsAt(model, sampler.output, isRotation ? TINYGLTF_TYPE_VEC4 : TINYGLTF_TYPE_VEC3);
+  if (values.count < times.count)
+    throw std::runtime_error("fewer values than times");
+  const int firstComponent = isRotation ? 3 : channel.target_path == "translation" ? 0 : 6;
+  for (int i = 0; i < 3; ++i)
+    scene.tracks.push_back({channel.target_node, firstComponent + i, {}});
+  Track* const tracks = &scene.tracks.back() - 2;
+  if (isRotation)
+    FillKeys<4>(times, values, AnglesOf, tracks);
+  else
+    FillKeys<3>(times, values, ValuesOf, tracks);
+}
+
+void FillAnimations(const tinygltf::Model& model, HostScene& scene)
+{
+  for (const tinygltf::Animation& animation : model.animations)
+  {
+    scene.tracks.reserve(scene.tracks.size() + 3 * animation.channels.size());
+    for (const tinygltf::AnimationChannel& channel : animation.channels)
+      FillTracks(model, animation, channel, scene);
+  }
+}
+
 }  // namespace
 
 HostScene FillHostArrays(const tinygltf::Model& model)
@@ -217,6 +288,7 @@ HostScene FillHostArrays(const tinygltf::Model& model)
       objects.push_back(FillObject(model, primitive));
   }
   FillNodes(model, scene);
+  FillAnimations(model, scene);
   return scene;
 }
 

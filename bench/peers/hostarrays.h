@@ -45,14 +45,38 @@ struct NodeObject
   std::vector<NodeObject*> children;  // not owned
 };
 
+/// A key with tangents, which a host has room for in every key.
+struct Key
+{
+  struct Tangent
+  {
+    double seconds = 0;
+    double value = 0;
+  };
+  double seconds = 0;
+  double value = 0;
+  Tangent left;
+  Tangent right;
+  std::int32_t interpolation = 0;
+};
+
+/// The keys of one component of a node's position, rotation (three angles) or scale.
+struct Track
+{
+  int node = -1;
+  int component = 0;  // 0 to 8
+  std::vector<Key> keys;
+};
+
 struct HostScene
 {
   std::vector<std::vector<PolygonObject>> meshes;  // for each mesh its primitives
   std::vector<NodeObject> nodes;
+  std::vector<Track> tracks;
 };
 
 /// Throws std::runtime_error for what the benchmarks' inputs do not hold: other primitives than indexed triangles, sparse
-/// accessors, ranges outside of a buffer.
+/// accessors, ranges outside of a buffer, animations of anything but transforms by linear keys of floats.
 HostScene FillHostArrays(const tinygltf::Model& model);
 
 }  // namespace q7z::peers

@@ -38,24 +38,24 @@ expect()
 number='[0-9.][0-9.]*'
 expect everything 0 "^nodes.gltf  *400  *$number  *$number  *$number  *$number  *$number\$" --q7z "$work/q7z"
 for row in grid.glb grid.gltf nodes.gltf small-1k.glb small-10k.glb small-100k.glb small-1m.glb \
-  skin.glb morphs-4.glb morphs-50.glb \
-  convert-grid.glb convert-grid.gltf convert-nodes.gltf convert-skin.glb convert-textures.glb; do
+  skin.glb morphs-4.glb morphs-50.glb animation.glb one-node.glb \
+  convert-grid.glb convert-grid.gltf convert-nodes.gltf convert-skin.glb convert-textures.glb convert-animation.glb; do
   if ! grep -q "^$row  *$number  q7z  *$number  *$number  *$number  *$number\$" "$work/said"; then
     echo "no figures for $row"
     failures=$((failures + 1))
   fi
 done
-# A warm-up and a run for each of ten rows and of six steps of doubling.
+# A warm-up and a run for each of twelve rows and of six steps of doubling.
 calls=$(grep -c '^import [a-z0-9-]*\.gl[tbf]* --report -$' "$work/calls" || true)
-if [ "$calls" != 32 ]; then
-  echo "32 calls wanted, these were made:"
+if [ "$calls" != 36 ]; then
+  echo "36 calls wanted, these were made:"
   cat "$work/calls"
   failures=$((failures + 1))
 fi
-# And of each of four conversions without options.
+# And of each of five conversions without options.
 calls=$(grep -c '^convert [a-z0-9-]*\.\(gl[tbf]*\) q7z\.\1 $' "$work/calls" || true)
-if [ "$calls" != 8 ]; then
-  echo "8 conversions wanted, these were made:"
+if [ "$calls" != 10 ]; then
+  echo "10 conversions wanted, these were made:"
   cat "$work/calls"
   failures=$((failures + 1))
 fi

@@ -183,6 +183,30 @@ TEST(GeneratedInputs, FollowFromTheirNumbers)
   EXPECT_NE(FileBytes(MakeNodes(9, 2, 1), FileForm::kGltf), FileBytes(MakeNodes(9, 2, 2), FileForm::kGltf));
 }
 
+TEST(GeneratedInputs, AnimationMovesEachNodeInThreeWays)
+{
+  const GeneratedFile file(FileBytes(MakeAnimation(3, 4), FileForm::kGlb));
+  EXPECT_EQ(file.GetCount("nodes"), 3);
+  const simdjson::dom::element animation = file.GetRoot()["animations"].at(0);
+  std::vector<std::string> moved;
+  for (const simdjson::dom::element channel : animation["channels"].get_array())
+  {
+    const simdjson::dom::element sampler = animation["samplers"].at(UInt(channel["sampler"]));
+    const std::string path{std::string_view(channel["target"]["path"])};
+    moved.push_back(std::to_string(Int(channel["target"]["node"])) + " " + path);
+    EXPECT_EQ(std::string_view(sampler["interpolation"]), "LINEAR");
+    const std::vector<Float> times = file.GetValues(sampler["input"]);
+    ASSERT_EQ(times.size(), 4u);
+    EXPECT_EQ(times[0], 0);
+    EXPECT_EQ(static_cast<Float32>(times[3]), 0.1f);
+    EXPECT_EQ(Float(file.GetRoot()["accessors"].at(UInt(sampler["input"]))["max"].at(0)), 0.1);
+    EXPECT_EQ(file.GetValues(sampler["output"]).size(), path == "rotation" ? 16u : 12u);
+  }
+  const std::vector<std::string> expected = {"0 translation", "0 rotation",    "0 scale",    "1 translation", "1 rotation",
+                                             "1 scale",       "2 translation", "2 rotation", "2 scale"};
+  EXPECT_EQ(moved, expected);
+}
+
 TEST(GeneratedInputs, GridHasWideIndices)
 {
   const GeneratedFile file(FileBytes(MakeGrid(3), FileForm::kGlb));
