@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr Int kMostInfluences = 4;
+constexpr Int kMostJoints = 65536;  // what an index of 16 bits tells apart
 
 struct VertexJoints
 {
@@ -88,6 +89,16 @@ Result<BaseArray<Int32>> FindJoints(const HostWeightTag* tag, HostDocument* doc)
   return joints;
 }
 
+/// Indices beyond would begin at 0 again and bend the mesh by other joints.
+Result<void> CheckJointCount(const HostPolygonObject* op, Int count) noexcept
+{
+  if (count <= kMostJoints)
+    return {};
+  ASSIGN_OR_RETURN(const String message,
+                   String::Format("'@' has more joints than the 65536 that a file can tell apart."_s, {op->GetName()}));
+  return MAKE_ERROR(ErrorClass::kIllegalState, message);
+}
+
 /// Points whose influences stay in the cache while joint after joint is asked for their weights.
 constexpr Int kBlockPoints = 256;
 
@@ -123,6 +134,7 @@ Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonOb
   RETURN_IF_ERROR(joints.Resize(record.vertexPoints.GetCount()));
   RETURN_IF_ERROR(weights.Resize(record.vertexPoints.GetCount()));
   ASSIGN_OR_RETURN(const BaseArray<Int32> tagJoints, FindJoints(tag, doc));
+  RETURN_IF_ERROR(CheckJointCount(op, tagJoints.GetCount()));
   const Int pointCount = op->GetPointCount();
   for (Int first = 0; first < pointCount; first += kBlockPoints)
     CollectBlock(tag, tagJoints, first, std::min(pointCount - first, kBlockPoints), &joints[first], &weights[first]);

@@ -211,6 +211,35 @@ TEST_P(LostJoint, EndsTheSave)
   EXPECT_FALSE(file.HasFile());
 }
 
+std::string Repeat(const std::string& text, int count)
+{
+  std::string repeated = text;
+  for (int i = 1; i < count; ++i)
+    repeated += "," + text;
+  return repeated;
+}
+
+/// A mesh with one joint many times over, the last of which alone holds it.
+std::string WithJoints(int count)
+{
+  const std::string weights = Repeat("[]", count - 1) + "," + kWhole;
+  return SceneText(Objects(Joint(1, "J") + ", " + Skinned(2, "T", Repeat("1", count), weights)));
+}
+
+TEST(JointsOfAMesh, MayBeAsManyAsAnIndexTellsApart)
+{
+  const SavedFile file(WithJoints(65536), kSkins);
+  EXPECT_EQ(file.Report().error, "");
+  EXPECT_EQ(file.At("mesh 0 JOINTS_0").substr(0, 6), "65535 ");
+}
+
+TEST(JointsOfAMesh, MayNotBeMore)
+{
+  const SavedFile file(WithJoints(65537), kSkins);
+  EXPECT_EQ(file.Report().error, "The file could not be saved: 'T' has more joints than the 65536 that a file can tell apart.");
+  EXPECT_FALSE(file.HasFile());
+}
+
 INSTANTIATE_TEST_SUITE_P(Rows, LostJoint, testing::ValuesIn(kLostJointCases), RowName());
 
 }  // namespace
