@@ -102,6 +102,27 @@ std::string MakeSharedSkin(int meshCount, int jointCount)
   return file.Text();
 }
 
+/// A triangle on a chain of joints whose inverse bind matrices are the bytes of an accessor.
+std::string MakeMatrices(int jointCount, const std::string& accessor)
+{
+  GltfJson file;
+  file.Floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
+  file.Values(std::vector<uint8_t>(12), 5121, "VEC4");
+  file.Floats(std::vector<float>(12, 1), "VEC4");
+  file.Add("accessors", accessor);
+  file.Add("meshes", R"({"primitives":[{"attributes":{"POSITION":0,"JOINTS_0":1,"WEIGHTS_0":2}}]})");
+  file.Add("nodes", R"({"skin":0,"mesh":0})");
+  std::string joints;
+  for (int i = 1; i <= jointCount; ++i)
+  {
+    joints += (i > 1 ? "," : "") + std::to_string(i);
+    file.Add("nodes", i < jointCount ? R"({"children":[)" + std::to_string(i + 1) + "]}" : "{}");
+  }
+  file.Member("scenes", R"([{"nodes":[0,1]}])");
+  file.Add("skins", R"({"inverseBindMatrices":3,"joints":[)" + joints + "]}");
+  return file.Text();
+}
+
 /// A mesh with targets that all read the same numbers, or none.
 std::string MakeSharedTargets(size_t vertexCount, int targetCount, const std::string& target)
 {
@@ -206,6 +227,12 @@ const std::vector<HostileRow> kHostileRows = {
   {"ChainOfAMillion", "in.gltf", [] { return MakeDoublingNodes(1000000, 1); }, 0, "", 64},
   {"JointsOfOneSkinOnManyMeshes", "in.gltf", [] { return MakeSharedSkin(2000, 20000); }, 0, "The node with the index", 256},
   {"MillionJoints", "in.gltf", [] { return MakeSharedSkin(1, 1000000); }, 0, "", 256},
+  {"MatricesThatAreNotThere", "in.gltf",
+   [] { return MakeMatrices(3, R"({"bufferView":2,"componentType":5126,"type":"MAT4","count":2147483647})"); }, 1,
+   "could not be loaded: Illegal state: Condition (idx >= 0 && idx < _byteLength - byteCount + 1)", 64},
+  {"MatricesOfNothingForManyJoints", "in.gltf",
+   [] { return MakeMatrices(20000, R"({"bufferView":2,"componentType":5126,"type":"MAT4","count":0})"); }, 1,
+   "could not be loaded: Illegal state: Condition (idx >= 0 && idx < _count)", 256},
   {"WeightSetsThatShareTheirNumbers", "in.gltf", [] { return MakeSharedWeights(5000, 2000); }, 0, kNodeWarning, 64},
   {"TargetsThatShareTheirNumbers", "in.gltf", [] { return MakeSharedTargets(100000, 10000, R"({"POSITION":0,"NORMAL":0})"); }, 0,
    kNodeWarning, 64},
