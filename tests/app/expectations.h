@@ -19,6 +19,23 @@ inline constexpr const char* kWarnedFile = R"({"scenes":[{"nodes":[0]}],"nodes":
 inline constexpr const char* kWarning =
   "q7z: warning: The node with the index 0 could not be built. It and the nodes below it are missing.\n";
 
+/// A folder in which the program is run.
+class Stage : public TestFolder
+{
+public:
+  RunResult Run(const std::vector<std::string>& arguments, RunSettings settings = {}) const
+  {
+    settings.folder = GetPath();
+    return RunTool(arguments, settings);
+  }
+};
+
+inline std::vector<std::string> Join(std::vector<std::string> arguments, const std::vector<std::string>& more)
+{
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  return arguments;
+}
+
 /// A run that failed: the exit code, and one line on stderr that begins as all of them do and holds `text`.
 inline void ExpectFailure(const RunResult& result, int status, const std::string& text)
 {

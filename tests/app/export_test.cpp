@@ -24,40 +24,24 @@ constexpr const char* kScene = R"({"format": "q7z scene", "version": 1, "paramet
     {"id": 4, "type": 5126, "name": "Again", "position": [0,100,0], "reference": 1},
     {"id": 5, "type": 5103, "name": "Eye", "parameters": {"1001": 0, "1008": 1.0, "4600": 0.5}}]})";
 
-/// A run in a folder with these files. What it leaves is looked at by name.
-class Stage
+/// A folder with inputs.
+class ExportStage : public Stage
 {
 public:
-  Stage()
+  ExportStage()
   {
-    _folder.Write("in.json", kScene);
-    _folder.Write("in.gltf", kGoodFile);
-    _folder.Write("warned.gltf", kWarnedFile);
+    Write("in.json", kScene);
+    Write("in.gltf", kGoodFile);
+    Write("warned.gltf", kWarnedFile);
   }
-  RunResult Run(const std::vector<std::string>& arguments, RunSettings settings = {}) const
-  {
-    settings.folder = _folder.GetPath();
-    return RunTool(arguments, settings);
-  }
-  std::string Read(const std::string& name) const { return ReadWhole(_folder / name); }
-  const TempFolder& Folder() const { return _folder; }
   /// The names beside the inputs.
   std::vector<std::string> ListNew() const
   {
-    std::vector<std::string> names = _folder.List();
+    std::vector<std::string> names = List();
     std::erase_if(names, [](const std::string& name) { return name == "in.json" || name == "in.gltf" || name == "warned.gltf"; });
     return names;
   }
-
-private:
-  TempFolder _folder;
 };
-
-std::vector<std::string> Join(std::vector<std::string> arguments, const std::vector<std::string>& more)
-{
-  arguments.insert(arguments.end(), more.begin(), more.end());
-  return arguments;
-}
 
 struct FormCase
 {
@@ -75,7 +59,7 @@ TEST_P(AppForm, FollowsOptionThenSuffix)
   for (const auto& [verb, in] : {std::pair("export", "in.json"), std::pair("convert", "in.gltf")})
   {
     SCOPED_TRACE(verb);
-    const Stage stage;
+    const ExportStage stage;
     const RunResult result = stage.Run(Join({verb, in, GetParam().out}, GetParam().options));
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.err, "");
@@ -90,13 +74,10 @@ TEST_P(AppForm, FollowsOptionThenSuffix)
 const FormCase kFormCases[] = {
   {"Text", "out.gltf", {}, "{\n"},
   {"Binary", "out.glb", {}, "glTF"},
-  {"Capitals", "OUT.GLB", {}, "glTF"},
   {"BinaryUnderTheOtherName", "out.gltf", {"--export", "fileFormat=glb"}, "glTF"},
   {"TextUnderTheOtherName", "out.glb", {"--export", "fileFormat=gltf"}, "{\n"},
-  {"AnyNameWithTheOption", "out.bin", {"--export", "fileFormat=glb"}, "glTF"},
   {"TheLastOptionCounts", "out.bin", {"--export", "fileFormat=glb", "--export", "fileFormat=gltf"}, "{\n"},
   {"Stdout", "-", {}, "{\n"},
-  {"StdoutBinary", "-", {"--export", "fileFormat=glb"}, "glTF"},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, AppForm, testing::ValuesIn(kFormCases), RowName());
 
@@ -115,7 +96,7 @@ class AppExportOption : public testing::TestWithParam<OptionCase>
 TEST_P(AppExportOption, ReachesTheSaver)
 {
   const auto& [name, option, taken, put] = GetParam();
-  const Stage stage;
+  const ExportStage stage;
   const std::string plain = stage.Run({"export", "in.json", "-"}).out;
   const RunResult chosen = stage.Run({"export", "in.json", "-", "--export", option});
   EXPECT_EQ(chosen.status, 0) << chosen.err;
@@ -127,10 +108,7 @@ TEST_P(AppExportOption, ReachesTheSaver)
 
 const OptionCase kOptionCases[] = {
   {"Normals", "exportNormals=false", "\"NORMAL\"", ""},
-  {"Uvs", "exportUvs=off", "\"TEXCOORD_0\"", ""},
-  {"Cameras", "exportCameras=no", "\"Eye\"", ""},
   {"Scale", "exportScale=50cm", "1.0,\n        0.0,\n        -1.0", "2.0,\n        0.0,\n        -2.0"},
-  {"ScaleAsFactor", "exportScale=0.5", "1.0,\n        0.0,\n        -1.0", "2.0,\n        0.0,\n        -2.0"},
   {"Mirror", "flipZ=false", "1.0,\n        0.0,\n        -1.0", "1.0,\n        0.0,\n        1.0"},
   {"Sharing", "shareMeshes=0", "", "\"mesh\": 1"},
 };
@@ -150,20 +128,20 @@ class AppExportFails : public testing::TestWithParam<FailCase>
 
 TEST_P(AppExportFails, AndLeavesAllAsItWas)
 {
-  const Stage stage;
-  stage.Folder().Write("out.glb", "precious");
-  stage.Folder().Write("broken.json", R"({"format": "q7z scene", "version": 1, "objects": [{"id": 1, "type": 5140}, 2]})");
-  stage.Folder().Write("short.json", R"({"format": "q7z scene", "version": 1,
+  const ExportStage stage;
+  stage.Write("out.glb", "precious");
+  stage.Write("broken.json", R"({"format": "q7z scene", "version": 1, "objects": [{"id": 1, "type": 5140}, 2]})");
+  stage.Write("short.json", R"({"format": "q7z scene", "version": 1,
     "objects": [{"id": 1, "type": 5100, "points": [0,0,0], "polygons": [0,0]}]})");
-  stage.Folder().Write("text.json", "no JSON");
-  stage.Folder().Write("refused.gltf", R"({"extensionsUsed":["EXT_one"],"extensionsRequired":["EXT_one"],"nodes":[{}]})");
-  std::filesystem::create_directory(stage.Folder() / "folder.glb");
-  std::filesystem::create_hard_link(stage.Folder() / "in.json", stage.Folder() / "link.glb");
-  const std::vector<std::string> before = stage.Folder().List();
+  stage.Write("text.json", "no JSON");
+  stage.Write("refused.gltf", R"({"extensionsUsed":["EXT_one"],"extensionsRequired":["EXT_one"],"nodes":[{}]})");
+  std::filesystem::create_directory(stage / "folder.glb");
+  std::filesystem::create_hard_link(stage / "in.json", stage / "link.glb");
+  const std::vector<std::string> before = stage.List();
   ExpectFailure(stage.Run(Join(GetParam().arguments, {"--quiet"})), GetParam().status, GetParam().said);
   EXPECT_EQ(stage.Read("out.glb"), "precious");
   EXPECT_EQ(stage.Read("in.json"), kScene);
-  EXPECT_EQ(stage.Folder().List(), before);
+  EXPECT_EQ(stage.List(), before);
 }
 
 const FailCase kFailCases[] = {
@@ -172,26 +150,18 @@ const FailCase kFailCases[] = {
    {"export", "in.json", "out.obj"},
    2,
    "\"out.obj\" ends in neither .gltf nor .glb; choose with --export fileFormat=gltf or glb"},
-  {"NoSuffix", {"convert", "in.gltf", "out"}, 2, "\"out\" ends in neither .gltf nor .glb"},
   {"NoOutput", {"export", "in.json"}, 2, "OUT is required"},
   {"UnknownField", {"export", "in.json", "out.glb", "--export", "exportNormal=true"}, 2, "exportNormal"},
   {"UnknownValue", {"export", "in.json", "out.glb", "--export", "exportNormals=perhaps"}, 2, "true or false"},
   {"UnknownForm", {"export", "in.json", "out.glb", "--export", "fileFormat=obj"}, 2, "gltf or glb"},
   {"ImportOptionOfAnExport", {"export", "in.json", "out.glb", "--import", "lights=true"}, 2, "--import"},
   {"OutputIsTheInput", {"convert", "in.gltf", "./in.gltf"}, 2, "is the input itself; give another name"},
-  {"OutputLinksTheInput", {"export", "in.json", "link.glb"}, 2, "is the input itself; give another name"},
   {"ReportIsTheOutput", {"export", "in.json", "out.glb", "--report", "out.glb"}, 2, "the report would replace \"out.glb\""},
-  {"BothToStdout", {"export", "in.json", "-", "--report", "-"}, 2, "cannot both go to stdout"},
   // Inputs.
   {"MissingScene", {"export", "none.json", "out.glb"}, 3, "cannot read \"none.json\": No such file or directory"},
   {"SceneIsAFolder", {"export", "folder.glb", "out.glb"}, 3, "\"folder.glb\" is a folder; give a file"},
   {"ObjectIsANumber", {"export", "broken.json", "out.glb"}, 1, "\"broken.json\" is no scene document: objects[1]"},
-  {"PolygonIsCut", {"export", "short.json", "out.glb"}, 1, "objects[0].polygons: "},
-  {"SceneIsText", {"export", "text.json", "out.glb"}, 1, "\"text.json\" is no scene document"},
-  {"SceneIsAnotherFile", {"export", "in.gltf", "out.glb"}, 1, "\"in.gltf\" is no scene document: "},
-  {"MissingFile", {"convert", "none.gltf", "out.glb"}, 3, "cannot read \"none.gltf\": No such file or directory"},
   {"RefusedFile", {"convert", "refused.gltf", "out.glb"}, 1, "EXT_one"},
-  {"FileIsAScene", {"convert", "in.json", "out.glb"}, 1, "is neither a GLB file (version 2) nor named .gltf"},
   // Outputs.
   {"MissingFolder", {"export", "in.json", "none/out.glb"}, 3, "cannot write \"none/out.glb\": No such file or directory"},
   {"OutputIsAFolder", {"export", "in.json", "folder.glb"}, 3, "cannot write \"folder.glb\": it is a folder"},
@@ -203,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, AppExportFails, testing::ValuesIn(kFailCases), Ro
 
 TEST(AppExportStdout, OnAFullDeviceFails)
 {
-  const Stage stage;
+  const ExportStage stage;
   for (const char* const form : {"fileFormat=gltf", "fileFormat=glb"})
     ExpectFailure(stage.Run({"export", "in.json", "-", "--export", form}, {.input = "", .outPath = "/dev/full"}), 3,
                   "cannot write to stdout: No space left on device");
@@ -215,12 +185,12 @@ class AppFullDisk : public testing::TestWithParam<std::string>
 
 TEST_P(AppFullDisk, LeavesTheOlderFile)
 {
-  const Stage stage;
+  const ExportStage stage;
   const std::string name = "out." + GetParam();
-  stage.Folder().Write(name, "precious");
+  stage.Write(name, "precious");
   const std::string line = "trap '' XFSZ; ulimit -f 1; exec " Q7Z_TEST_BIN_DIR "/q7z export in.json " + name + " --report -";
   RunSettings settings{.input = "", .environment = {{"LLVM_PROFILE_FILE", "/dev/null"}}};  // its file would be cut, too
-  settings.folder = stage.Folder().GetPath();
+  settings.folder = stage.GetPath();
   const RunResult result = Process("/bin/sh", {"-c", line}, settings).Finish();
   ExpectFailure(result, 3, "q7z: error: cannot write \"" + name + "\": File too large\n");
   EXPECT_NE(result.out.find(R"("status": "io_error")"), std::string::npos) << result.out;
@@ -234,8 +204,8 @@ TEST(AppExport, ReplacesAnOlderFileAndKeepsItsRights)
 {
   for (const char* const name : {"out.gltf", "out.glb"})
   {
-    const Stage stage;
-    const std::string out = stage.Folder().Write(name, std::string(1 << 20, 'x'));
+    const ExportStage stage;
+    const std::string out = stage.Write(name, std::string(1 << 20, 'x'));
     ASSERT_EQ(chmod(out.c_str(), 0640), 0);
     EXPECT_EQ(stage.Run({"export", "in.json", name}).status, 0);
     EXPECT_EQ(stage.Read(name), stage.Run({"export", "in.json", "-", "--export", std::string("fileFormat=") + (name + 4)}).out);
@@ -248,8 +218,8 @@ TEST(AppExport, ReplacesAnOlderFileAndKeepsItsRights)
 
 TEST(AppExport, ReadsAndWritesStreams)
 {
-  const Stage stage;
-  const TempFolder temporary;
+  const ExportStage stage;
+  const TestFolder temporary;
   const std::vector<std::pair<std::string, std::string>> environment = {{"TMPDIR", temporary.GetPath()}};
   const RunResult exported = stage.Run({"export", "-", "-"}, {.input = kScene, .environment = environment});
   EXPECT_EQ(exported.status, 0) << exported.err;
@@ -262,16 +232,16 @@ TEST(AppExport, ReadsAndWritesStreams)
 
 TEST(AppExport, WithoutAFolderForStdoutFails)
 {
-  const Stage stage;
-  ExpectFailure(stage.Run({"export", "in.json", "-"}, {.input = "", .environment = {{"TMPDIR", stage.Folder() / "none"}}}), 3,
+  const ExportStage stage;
+  ExpectFailure(stage.Run({"export", "in.json", "-"}, {.input = "", .environment = {{"TMPDIR", stage / "none"}}}), 3,
                 "cannot make a temporary folder: No such file or directory");
 }
 
 TEST(AppConvert, IsAnImportAndAnExport)
 {
-  const Stage stage;
+  const ExportStage stage;
   ASSERT_EQ(stage.Run({"export", "in.json", "a.glb"}).status, 0);
-  ASSERT_EQ(stage.Run({"convert", "a.glb", "b.gltf"}).status, 0);
+  ASSERT_EQ(stage.Run({"convert", "a.glb", "b.gltf", "--progress", "always"}).status, 0);  // a thread of its own
   ASSERT_EQ(stage.Run({"import", "a.glb", "scene.json"}).status, 0);
   ASSERT_EQ(stage.Run({"export", "scene.json", "c.gltf"}).status, 0);
   EXPECT_NE(stage.Read("b.gltf"), "");
@@ -280,7 +250,7 @@ TEST(AppConvert, IsAnImportAndAnExport)
 
 TEST(AppConvert, WritesInSpiteOfWarnings)
 {
-  const Stage stage;
+  const ExportStage stage;
   const RunResult warned = stage.Run({"convert", "warned.gltf", "a.gltf"});
   EXPECT_EQ(warned.status, 0);
   EXPECT_EQ(warned.err, kWarning);
@@ -289,23 +259,6 @@ TEST(AppConvert, WritesInSpiteOfWarnings)
   EXPECT_EQ(strict.err, "");
   EXPECT_NE(stage.Read("a.gltf"), "");
   EXPECT_EQ(stage.Read("a.gltf"), stage.Read("b.gltf"));
-}
-
-TEST(AppConvert, ShowsABarOnTheThreadOfItsOwn)
-{
-  const Stage stage;
-  const RunResult result = stage.Run({"convert", "in.gltf", "a.glb", "--progress", "always"});
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(stage.Run({"convert", "in.gltf", "b.glb"}).status, 0);
-  EXPECT_EQ(stage.Read("a.glb"), stage.Read("b.glb"));
-}
-
-TEST(AppExportVerbose, TellsWhy)
-{
-  const Stage stage;
-  const RunResult result = stage.Run({"export", "in.json", "-", "--verbose", "--plugin", Q7Z_TEST_BIN_DIR "/io_gltf.so"});
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.err, "");
 }
 
 /// What stands in the report.
@@ -322,14 +275,14 @@ class AppSavedReport : public testing::TestWithParam<SavedReportCase>
 
 TEST_P(AppSavedReport, TellsTheRun)
 {
-  const Stage stage;
+  const ExportStage stage;
   const std::vector<std::string> arguments = Join(GetParam().arguments, {"--report", "report.json", "--quiet"});
   EXPECT_EQ(stage.Run(arguments).status, GetParam().status);
   const std::string report = stage.Read("report.json");
   for (const std::string& text : GetParam().texts)
     EXPECT_NE(report.find(text), std::string::npos) << report << "lacks: " << text;
   EXPECT_NE(report.find("\"exitCode\": " + std::to_string(GetParam().status) + ","), std::string::npos) << report;
-  EXPECT_EQ(report.find(stage.Folder().GetPath()), std::string::npos) << "an absolute path: " << report;
+  EXPECT_EQ(report.find(stage.GetPath()), std::string::npos) << "an absolute path: " << report;
   EXPECT_EQ(stage.Run(arguments).status, GetParam().status);
   EXPECT_EQ(stage.Read("report.json"), report) << "two runs differ";
 }
@@ -349,7 +302,6 @@ const SavedReportCase kSavedReportCases[] = {
    {"export", "in.gltf", "out.glb"},
    1,
    {R"("status": "not_recognised")", R"("numErrors": 1)", "is no scene document"}},
-  {"NotWritten", {"export", "in.json", "none/out.glb"}, 3, {R"("numErrors": 1)", "cannot write \\\"none/out.glb\\\""}},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, AppSavedReport, testing::ValuesIn(kSavedReportCases), RowName());
 
@@ -369,9 +321,9 @@ class AppSaverAnswer : public testing::TestWithParam<AnswerCase>
 
 TEST_P(AppSaverAnswer, BecomesAnExitCode)
 {
-  const Stage stage;
-  stage.Folder().Write("plain.json", R"({"format": "q7z scene", "version": 1})");
-  stage.Folder().Write(GetParam().out, "precious");
+  const ExportStage stage;
+  stage.Write("plain.json", R"({"format": "q7z scene", "version": 1})");
+  stage.Write(GetParam().out, "precious");
   const RunResult result = stage.Run({"export", GetParam().scene, GetParam().out, "--plugin", Q7Z_TEST_FAKE_SAVER},
                                      {.input = "", .environment = {{"Q7Z_FAKE_SAVE", GetParam().answer}}});
   EXPECT_EQ(result.status, GetParam().status);
@@ -384,7 +336,6 @@ const AnswerCase kAnswerCases[] = {
   {"State", "-6", "out.gltf", "in.json", 1, "\"out.gltf\" could not be saved: the plug-in answered -6"},
   {"Memory", "-7", "out.gltf", "in.json", 4, "\"out.gltf\" needs more memory to be saved than there is"},
   {"Cancelled", "-8", "out.gltf", "in.json", 130, "interrupted"},
-  {"AnyOther", "-100", "out.gltf", "in.json", 1, "\"out.gltf\" could not be saved: the plug-in answered -100"},
   {"TooLarge", "large", "out.glb", "in.json", 4,
    "\"out.glb\" would be larger than a GLB file can be, 4 GiB; save it as .gltf, or split the scene"},
   {"LargeIsNoMatterForText", "large", "out.gltf", "in.json", 0, ""},
@@ -394,7 +345,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, AppSaverAnswer, testing::ValuesIn(kAnswerCases), 
 
 TEST(AppSaverAnswerToStdout, IsLookedAtBeforeItIsWritten)
 {
-  const Stage stage;
+  const ExportStage stage;
   const RunResult result = stage.Run({"export", "in.json", "-", "--export", "fileFormat=glb", "--plugin", Q7Z_TEST_FAKE_SAVER},
                                      {.input = "", .environment = {{"Q7Z_FAKE_SAVE", "large"}}});
   ExpectFailure(result, 4, "the file would be larger than a GLB file can be, 4 GiB");

@@ -40,14 +40,14 @@ class AppRefuses : public testing::TestWithParam<Refused>
 
 TEST_P(AppRefuses, WithTheErrorAndWithoutOutput)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write(GetParam().fileName, GetParam().bytes);
   const std::string out = folder.Write("out.json", "precious");
   const RunResult result = RunTool({"import", in, out});
   ExpectFailure(result, 1, GetParam().said);
   EXPECT_NE(result.err.find(in), std::string::npos) << result.err;
   EXPECT_EQ(result.out, "");
-  EXPECT_EQ(ReadWhole(out), "precious");
+  EXPECT_EQ(folder.Read("out.json"), "precious");
   EXPECT_EQ(folder.List().size(), 2u) << "a file was left behind";
 }
 
@@ -55,49 +55,28 @@ const std::vector<Refused> kRefused = {
   {"NeitherForm", "in.obj", "v 1 2 3\n", "is neither a GLB file (version 2) nor named .gltf"},
   {"GlbByNameAlone", "in.glb", kGoodFile, "is neither a GLB file (version 2) nor named .gltf"},
   {"GlbOfVersion1", "in.glb", MakeGlb().replace(4, 1, "\x01"), "is neither a GLB file (version 2) nor named .gltf"},
-  {"GlbOfLength12", "in.glb", MakeGlb().replace(8, 4, std::string("\x0C\0\0\0", 4)), "is neither a GLB file"},
-  {"GlbOf11Bytes", "in.glb", MakeGlb().substr(0, 11), "is neither a GLB file"},
-  {"EmptyGltf", "in.gltf", "", "JSON file couldn't be read"},
   {"BrokenGltf", "in.gltf", R"({"nodes":[)", "JSON file couldn't be read"},
-  {"EmptyObject", "in.gltf", "{}", "Condition jsonGLTF.IsPopulated() not fulfilled."},
   {"OnlyGlbHeader", "in.glb", MakeGlb().substr(0, 12), "Condition jsonGLTF.IsPopulated() not fulfilled."},
-  {"GlbCutInTheLength", "in.glb", MakeGlb().substr(0, 14), "Condition glbFile->ReadUInt32(&chunkLength) not fulfilled."},
-  {"GlbCutInTheType", "in.glb", MakeGlb().substr(0, 18), "Condition glbFile->ReadUInt32(&chunkType) not fulfilled."},
   {"GlbCutInTheChunk", "in.glb", MakeGlb().substr(0, 40),
    "Condition glbFile->ReadBytes(gltfChunkBytes.GetFirst(), chunkLength) == chunkLength not fulfilled."},
-  {"GlbWithoutJson", "in.glb", ToText(GlbBuilder().Bin({1, 2, 3, 4}).File()),
-   "Condition (firstChunk && isGltfChunk) || (!firstChunk && !isGltfChunk) not fulfilled."},
-  {"ArrayOfNumbers", "in.gltf", R"({"nodes":[1]})", "Condition FillInLoadedData(jsonGLTF) not fulfilled."},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, AppRefuses, testing::ValuesIn(kRefused), RowName());
 
-TEST(AppInput, MissingFileIsNamed)
+TEST(AppInput, IsAPlainFileThatIsThere)
 {
-  const TempFolder folder;
-  const RunResult result = RunTool({"inspect", folder / "none.gltf"});
-  ExpectFailure(result, 3, "cannot read \"" + folder / "none.gltf" + "\": No such file or directory");
-  EXPECT_EQ(result.out, "");
-}
-
-TEST(AppInput, FolderIsRefused)
-{
-  const TempFolder folder;
-  ExpectFailure(RunTool({"inspect", folder.GetPath()}), 3, "is a folder");
-}
-
-TEST(AppInput, PipeFileIsRefusedAndNotWaitedFor)
-{
-  const TempFolder folder;
-  ASSERT_EQ(mkfifo((folder / "in.gltf").c_str(), 0600), 0);
-  ExpectFailure(RunTool({"inspect", folder / "in.gltf"}), 3, "is no plain file; use - to read from stdin");
+  const Stage stage;
+  ASSERT_EQ(mkfifo((stage / "pipe.gltf").c_str(), 0600), 0);  // not waited for
+  ExpectFailure(stage.Run({"inspect", "none.gltf"}), 3, "cannot read \"none.gltf\": No such file or directory");
+  ExpectFailure(stage.Run({"inspect", "."}), 3, "is a folder");
+  ExpectFailure(stage.Run({"inspect", "pipe.gltf"}), 3, "is no plain file; use - to read from stdin");
 }
 
 TEST(AppInput, UnreadableFileIsNamed)
 {
   if (geteuid() == 0)
     GTEST_SKIP() << "root reads everything";
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("in.gltf", kGoodFile);
   ASSERT_EQ(chmod(in.c_str(), 0), 0);
   ExpectFailure(RunTool({"inspect", in}), 3, "cannot read \"" + in + "\": Permission denied");
@@ -105,7 +84,7 @@ TEST(AppInput, UnreadableFileIsNamed)
 
 TEST(AppInput, NameBeginningWithADashIsReachedThroughItsFolder)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("-n.gltf", kGoodFile);
   EXPECT_EQ(RunTool({"import", in}).status, 0);
   EXPECT_EQ(RunTool({"import", "--", "-n.gltf"}, {.input = "", .folder = folder.GetPath()}).status, 0);
@@ -124,7 +103,7 @@ class AppStdin : public testing::TestWithParam<Piped>
 
 TEST_P(AppStdin, IsReadAsAFile)
 {
-  const TempFolder temporary;
+  const TestFolder temporary;
   const RunResult result =
     RunTool({"import", "-"}, {.input = GetParam().input, .environment = {{"TMPDIR", temporary.GetPath()}}});
   EXPECT_EQ(result.status, GetParam().status) << result.err;
@@ -143,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, AppStdin, testing::ValuesIn(kPiped), RowName());
 
 TEST(AppStdin, WithoutAFolderToKeepItFails)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   ExpectFailure(RunTool({"import", "-"}, {.input = kGoodFile, .environment = {{"TMPDIR", folder / "none"}}}), 3,
                 "cannot keep stdin in a temporary file: No such file or directory");
 }
@@ -151,7 +130,7 @@ TEST(AppStdin, WithoutAFolderToKeepItFails)
 // A side file beside the temporary copy is none of the user's.
 TEST(AppStdin, ReachesNoSideFileOfTheTemporaryFolder)
 {
-  const TempFolder temporary;
+  const TestFolder temporary;
   temporary.Write("secret.bin", std::string(36, '\0'));
   const RunResult result = RunTool({"import", "-"}, {.input = R"({"buffers":[{"uri":"secret.bin","byteLength":36}]})",
                                                      .environment = {{"TMPDIR", temporary.GetPath()}}});
@@ -161,7 +140,7 @@ TEST(AppStdin, ReachesNoSideFileOfTheTemporaryFolder)
 
 TEST(AppOutput, IsTheSameOnStdoutAndInAFile)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("in.gltf", kGoodFile);
   const RunResult toFile = RunTool({"import", in, folder / "out.json"});
   EXPECT_EQ(toFile.status, 0) << toFile.err;
@@ -170,19 +149,19 @@ TEST(AppOutput, IsTheSameOnStdoutAndInAFile)
   EXPECT_EQ(toStdout.status, 0) << toStdout.err;
   EXPECT_EQ(RunTool({"inspect", in, "--json"}).out, toStdout.out);
   EXPECT_NE(toStdout.out.find("\"Prop\""), std::string::npos);
-  EXPECT_EQ(ReadWhole(folder / "out.json"), toStdout.out);
+  EXPECT_EQ(folder.Read("out.json"), toStdout.out);
   EXPECT_EQ(toStdout.err, "");
   EXPECT_EQ(folder.List(), (std::vector<std::string>{"in.gltf", "out.json"}));
 }
 
 TEST(AppOutput, ReplacesAnOlderOneAndKeepsItsRights)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("in.gltf", kGoodFile);
   const std::string out = folder.Write("out.json", std::string(1 << 20, 'x'));
   ASSERT_EQ(chmod(out.c_str(), 0640), 0);
   EXPECT_EQ(RunTool({"import", in, out}).status, 0);
-  EXPECT_EQ(ReadWhole(out), RunTool({"import", in, "-"}).out);
+  EXPECT_EQ(folder.Read("out.json"), RunTool({"import", in, "-"}).out);
   struct stat status = {};
   ASSERT_EQ(stat(out.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 0640u);
@@ -190,51 +169,44 @@ TEST(AppOutput, ReplacesAnOlderOneAndKeepsItsRights)
 
 TEST(AppOutput, IsNeverTheInput)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("in.gltf", kGoodFile);
   std::filesystem::create_symlink("in.gltf", folder / "link.gltf");
   std::filesystem::create_hard_link(in, folder / "hard.gltf");
   for (const std::string& out : {in, folder.GetPath() + "/./in.gltf", folder / "link.gltf", folder / "hard.gltf"})
   {
     ExpectFailure(RunTool({"import", in, out}), 2, "is the input itself; give another name");
-    EXPECT_EQ(ReadWhole(in), kGoodFile) << out;
+    EXPECT_EQ(folder.Read("in.gltf"), kGoodFile) << out;
   }
   EXPECT_EQ(folder.List().size(), 3u);
 }
 
 TEST(AppOutput, IsNeverTheReport)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("in.gltf", kGoodFile);
   std::filesystem::create_symlink("in.gltf", folder / "link.gltf");
   for (const std::string& report : {in, folder / "link.gltf", folder / "out.json"})
     ExpectFailure(RunTool({"import", in, folder / "out.json", "--report", report}), 2,
                   "the report would replace \"" + report + "\"");
-  EXPECT_EQ(ReadWhole(in), kGoodFile);
+  EXPECT_EQ(folder.Read("in.gltf"), kGoodFile);
   EXPECT_EQ(folder.List(), (std::vector<std::string>{"in.gltf", "link.gltf"}));
 }
 
-TEST(AppOutput, InAMissingFolderFails)
+TEST(AppOutput, ThatCannotBeMadeFails)
 {
-  const TempFolder folder;
-  const std::string in = folder.Write("in.gltf", kGoodFile);
-  ExpectFailure(RunTool({"import", in, folder / "none/out.json"}), 3, folder / "none");
-  ExpectFailure(RunTool({"import", in, "--report", folder / "none/report.json"}), 3, folder / "none");
-  EXPECT_EQ(folder.List(), std::vector<std::string>{"in.gltf"});
-}
-
-TEST(AppOutput, ThatIsAFolderFails)
-{
-  const TempFolder folder;
-  const std::string in = folder.Write("in.gltf", kGoodFile);
-  std::filesystem::create_directory(folder / "out");
-  ExpectFailure(RunTool({"import", in, folder / "out"}), 3, folder / "out");
-  EXPECT_EQ(folder.List(), (std::vector<std::string>{"in.gltf", "out"}));
+  const Stage stage;
+  stage.Write("in.gltf", kGoodFile);
+  std::filesystem::create_directory(stage / "out");
+  ExpectFailure(stage.Run({"import", "in.gltf", "none/out.json"}), 3, "none");
+  ExpectFailure(stage.Run({"import", "in.gltf", "--report", "none/report.json"}), 3, "none");
+  ExpectFailure(stage.Run({"import", "in.gltf", "out"}), 3, "\"out\"");
+  EXPECT_EQ(stage.List(), (std::vector<std::string>{"in.gltf", "out"}));
 }
 
 TEST(AppOutput, OnAFullDeviceFails)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string in = folder.Write("in.gltf", kGoodFile);
   const std::vector<std::vector<std::string>> runs = {{"import", in, "-"},
                                                       {"inspect", in},

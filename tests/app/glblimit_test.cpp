@@ -32,11 +32,6 @@ struct LookCase
   GlbLook look;
 };
 
-void PrintTo(const LookCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
-
 std::string Declare(const std::string& byteLength)
 {
   return R"({"asset":{"version":"2.0"},"buffers":[{"byteLength":)" + byteLength + "}]}";
@@ -55,7 +50,7 @@ TEST_P(GlbLimit, LooksAtAllLengths)
   const std::string json = GetParam().json + std::string((4 - GetParam().json.size() % 4) % 4, ' ');
   const uint32_t jsonLength = static_cast<uint32_t>(json.size());
   const Bytes rest = GetParam().rest.File();
-  const TempFolder folder;
+  const TestFolder folder;
   const std::string path = folder.Write("a.glb", "glTF" + Word(2) + Word(GetParam().length + jsonLength) + Word(jsonLength) +
                                                    Word(kJson) + json + std::string(rest.begin() + 12, rest.end()));
   EXPECT_EQ(app::LookAtGlb(path), GetParam().look);
@@ -67,16 +62,13 @@ const LookCase kLookCases[] = {
   {"PaddedBinaryData", Declare("5"), 36, GlbBuilder().Bin(Bytes(8)), GlbLook::kFits},
   // 2 to the 32 and 8 more: the words keep the 8.
   {"BufferBeyondTheWords", Declare("4294967304"), 36, GlbBuilder().Bin(Bytes(8)), GlbLook::kTooLarge},
-  {"BufferOfTheWordsSpan", Declare("4294967296"), 28, GlbBuilder().Bin({}), GlbLook::kTooLarge},
   // The buffer fits, with its padding it does not.
   {"PaddingBeyondTheWords", Declare("4294967295"), 28, GlbBuilder().Bin({}), GlbLook::kTooLarge},
   // The buffer fits, the file does not: 4294967292 + 28 and the JSON.
   {"FileBeyondTheWords", Declare("4294967292"), 24, GlbBuilder().ChunkOfLength(kBin, 4294967292, Bytes(8)), GlbLook::kTooLarge},
   {"LengthBeyondTheWords", Declare("8"), 32, GlbBuilder().Bin(Bytes(8)), GlbLook::kTooLarge},
   {"SmallerChunk", Declare("8"), 36, GlbBuilder().Bin(Bytes(4)), GlbLook::kTooLarge},
-  {"ChunkOfAnotherLength", Declare("8"), 36, GlbBuilder().ChunkOfLength(kBin, 4, Bytes(8)), GlbLook::kTooLarge},
   {"ChunkWithoutBuffer", R"({"asset":{}})", 28, GlbBuilder().Bin(Bytes(8)), GlbLook::kTooLarge},
-  {"BufferWithoutChunk", Declare("8"), 36, GlbBuilder(), GlbLook::kTooLarge},
   {"TwoBuffers", R"({"buffers":[{"byteLength":8},{"byteLength":0}]})", 36, GlbBuilder().Bin(Bytes(8)), GlbLook::kTooLarge},
   // JSON that is longer than its word tells breaks off.
   {"JsonThatBreaksOff", R"({"buffers":[{"byteLength":8)", 36, GlbBuilder().Bin(Bytes(8)), GlbLook::kTooLarge},
@@ -86,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, GlbLimit, testing::ValuesIn(kLookCases), RowName(
 
 TEST(GlbLimitFile, IsLookedAtAsFarAsItReaches)
 {
-  const TempFolder folder;
+  const TestFolder folder;
   EXPECT_EQ(app::LookAtGlb(folder / "none"), GlbLook::kUnreadable);
   const std::string header = "glTF" + Word(2) + Word(128) + Word(100) + Word(kJson);
   EXPECT_EQ(app::LookAtGlb(folder.Write("cut.glb", header.substr(0, 19))), GlbLook::kTooLarge);
@@ -99,11 +91,6 @@ struct BoundCase
   const char* members;  // of the scene document
   bool isFarBelow;
 };
-
-void PrintTo(const BoundCase& row, std::ostream* stream)
-{
-  *stream << row.name;
-}
 
 class GlbBound : public testing::TestWithParam<BoundCase>
 {};

@@ -38,12 +38,10 @@ class AppImages : public testing::TestWithParam<ImageCase>
 TEST_P(AppImages, AreKeptWhereTheDocumentNamesThem)
 {
   const ImageCase& row = GetParam();
-  const TempFolder folder;
+  const Stage folder;
   folder.Write("in.gltf", row.input);
   fs::create_directory(folder / "sub");
-  RunSettings settings;
-  settings.folder = folder.GetPath();
-  const RunResult result = RunTool(row.arguments, settings);
+  const RunResult result = folder.Run(row.arguments);
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.err, row.said);
   std::vector<std::string> images;
@@ -57,9 +55,9 @@ TEST_P(AppImages, AreKeptWhereTheDocumentNamesThem)
   EXPECT_EQ(images, row.image.empty() ? std::vector<std::string>() : std::vector<std::string>{row.image});
   if (!row.image.empty())
   {
-    EXPECT_EQ(ReadWhole(folder / row.image), "\x01\x02\x03");
+    EXPECT_EQ(folder.Read(row.image), "\x01\x02\x03");
   }
-  const std::string document = row.document.empty() ? result.out : ReadWhole(folder / row.document);
+  const std::string document = row.document.empty() ? result.out : folder.Read(row.document);
   EXPECT_NE(document.find(row.named), std::string::npos) << document;
 }
 
@@ -74,7 +72,6 @@ const std::vector<ImageCase> kImageCases = {
    "sub/out.json",
    kNamed,
    ""},
-  {"InTheCurrentFolder", kTextured, {"import", "in.gltf", "out.json"}, std::string("tex/") + kFile, "out.json", kNamed, ""},
   {"WhereTheyAreWanted",
    kTextured,
    {"import", "in.gltf", "out.json", "--tex", "sub"},
@@ -89,15 +86,7 @@ const std::vector<ImageCase> kImageCases = {
    "",
    kNamed,
    "q7z: warning: the images that \"in.gltf\" holds itself are not kept; --tex DIR keeps them\n"},
-  {"OfADocumentOnStdoutWhereTheyAreWanted",
-   kTextured,
-   {"import", "in.gltf", "-", "--tex", "sub"},
-   std::string("sub/tex/") + kFile,
-   "",
-   std::string("\"sub/tex/") + kFile + '"',
-   ""},
   {"Shown", kTextured, {"inspect", "in.gltf"}, "", "", std::string("baseColorTexture <- tex/") + kFile + " (no image)\n", ""},
-  {"ShownAsADocument", kTextured, {"inspect", "in.gltf", "--json"}, "", "", kNamed, ""},
   {"None", kPlain, {"import", "in.gltf", "out.json"}, "", "out.json", "\"materials\"", ""},
 };
 
@@ -138,18 +127,19 @@ class AppConvertedImages : public testing::TestWithParam<ConvertedCase>
 TEST_P(AppConvertedImages, AreWrittenOrTold)
 {
   const ConvertedCase& row = GetParam();
-  const TempFolder folder;
+  const Stage folder;
   folder.Write("in.gltf", MakeTriangle(row.image));
   folder.Write("noise.png", "This is no image.");
-  RunSettings settings;
-  settings.folder = folder.GetPath();
-  const RunResult result = RunTool({"convert", "in.gltf", "out.gltf"}, settings);
+  const RunResult result = folder.Run({"convert", "in.gltf", "out.gltf"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, row.said);
-  const std::string saved = ReadWhole(folder / "out.gltf");
+  const std::string saved = folder.Read("out.gltf");
   EXPECT_EQ(saved.find("\"data:image/png;base64,iVBORw0KGgo") != std::string::npos, row.isWritten) << saved;
   EXPECT_EQ(saved.find("\"baseColorTexture\"") != std::string::npos, row.isWritten) << saved;
   EXPECT_NE(saved.find("\"Wood\""), std::string::npos) << saved;
+  const std::string shown = folder.Run({"inspect", "in.gltf"}).out;
+  EXPECT_EQ(shown.find("baseColorTexture <- tex/Wood_baseColorTexture.png (PNG, 2 x 1)\n") != std::string::npos, row.isWritten)
+    << shown;
 }
 
 const ConvertedCase kConvertedCases[] = {
@@ -167,33 +157,21 @@ INSTANTIATE_TEST_SUITE_P(Rows, AppConvertedImages, testing::ValuesIn(kConvertedC
 
 TEST(AppImagesOfADocument, AreReadFromItsFolderOrWhereAllowed)
 {
-  const TempFolder folder;
+  const Stage folder;
   fs::create_directory(folder / "sub");
   folder.Write("sub/in.gltf", MakeTriangle("noise.png"));
   folder.Write("sub/noise.png", "This is no image.");
-  RunSettings settings;
-  settings.folder = folder.GetPath();
-  EXPECT_EQ(RunTool({"import", "sub/in.gltf", "far.q7z.json"}, settings).status, 0);
-  EXPECT_EQ(RunTool({"export", "far.q7z.json", "out.gltf"}, settings).err,
+  EXPECT_EQ(folder.Run({"import", "sub/in.gltf", "far.q7z.json"}).status, 0);
+  EXPECT_EQ(folder.Run({"export", "far.q7z.json", "out.gltf"}).err,
             "q7z: warning: the image \"sub/noise.png\" is left out: it is neither a PNG nor a JPEG image\n");
   fs::create_directory(folder / "docs");
-  EXPECT_EQ(RunTool({"import", "sub/in.gltf", "docs/far.q7z.json"}, settings).status, 0);
-  EXPECT_EQ(RunTool({"export", "docs/far.q7z.json", "out.gltf"}, settings).err,
+  EXPECT_EQ(folder.Run({"import", "sub/in.gltf", "docs/far.q7z.json"}).status, 0);
+  EXPECT_EQ(folder.Run({"export", "docs/far.q7z.json", "out.gltf"}).err,
             "q7z: warning: \"sub/noise.png\" lies outside the input's folder and is not read; --allow-outside permits it\n");
-  EXPECT_EQ(RunTool({"export", "docs/far.q7z.json", "out.gltf", "--allow-outside"}, settings).err,
+  EXPECT_EQ(folder.Run({"export", "docs/far.q7z.json", "out.gltf", "--allow-outside"}).err,
             "q7z: warning: the image \"sub/noise.png\" is left out: it is neither a PNG nor a JPEG image\n");
-  const RunResult shown = RunTool({"inspect", "sub/in.gltf"}, settings);
+  const RunResult shown = folder.Run({"inspect", "sub/in.gltf"});
   EXPECT_NE(shown.out.find("baseColorTexture <- noise.png (no image)\n"), std::string::npos) << shown.out;
-}
-
-TEST(AppImagesShown, HaveTheirSize)
-{
-  const TempFolder folder;
-  folder.Write("in.gltf", MakeTriangle(kPngData + kPicture));
-  RunSettings settings;
-  settings.folder = folder.GetPath();
-  const RunResult result = RunTool({"inspect", "in.gltf"}, settings);
-  EXPECT_NE(result.out.find("baseColorTexture <- tex/Wood_baseColorTexture.png (PNG, 2 x 1)\n"), std::string::npos) << result.out;
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/expectations.h"
-#include "tests/support/rowname.h"
 
 namespace q7z::test
 {
@@ -25,52 +24,37 @@ public:
   }
   RunResult Run() const { return RunTool({"import", "-", "--plugin", folder / "io_gltf.so"}, {kGoodFile}); }
 
-  TempFolder folder;
+  Stage folder;
 };
 
-TEST(AppPlugin, CopyWithItsTextsLoads)
-{
-  const RunResult result = PluginCopy().Run();
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.err, "");
-}
-
-TEST(AppPlugin, InTheCurrentFolderLoadsByItsName)
+TEST(AppPlugin, LoadsByItsPathOrItsName)
 {
   const PluginCopy copy;
-  const RunResult result =
-    RunTool({"import", "-", "--plugin", "io_gltf.so"}, {.input = kGoodFile, .folder = copy.folder.GetPath()});
-  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(copy.Run().status, 0);
+  EXPECT_EQ(copy.Run().err, "");
+  EXPECT_EQ(copy.folder.Run({"import", "-", "--plugin", "io_gltf.so"}, {kGoodFile}).status, 0);
 }
 
-TEST(AppPlugin, MissingIsNamed)
+TEST(AppPlugin, ThatIsNoneIsRefused)
 {
-  const TempFolder folder;
-  ExpectFailure(RunTool({"import", "-", "--plugin", folder / "none.so"}, {kGoodFile}), 3, "\"" + folder / "none.so" + "\"");
+  const Stage stage;
+  stage.Write("text.so", "no library\n");
+  const std::pair<std::string, const char*> rows[] = {{"none.so", "none.so\""},
+                                                      {"text.so", "text.so\""},
+                                                      {"/lib/x86_64-linux-gnu/libm.so.6",
+                                                       "does not export q7z_main, g_tarno and g_CpuYieldDelegate"}};
+  for (const auto& [path, said] : rows)
+    ExpectFailure(stage.Run({"import", "-", "--plugin", path}, {kGoodFile}), 3, said);
 }
 
-TEST(AppPlugin, ThatIsNoLibraryIsNamed)
+TEST(AppPlugin, WithoutItsTextsSaysSo)
 {
-  const TempFolder folder;
-  const std::string path = folder.Write("text.so", "no library\n");
-  ExpectFailure(RunTool({"import", "-", "--plugin", path}, {kGoodFile}), 3, "\"" + path + "\"");
-}
-
-TEST(AppPlugin, ThatIsAnotherLibraryIsRefused)
-{
-  ExpectFailure(RunTool({"import", "-", "--plugin", "/lib/x86_64-linux-gnu/libm.so.6"}, {kGoodFile}), 3,
-                "does not export q7z_main, g_tarno and g_CpuYieldDelegate");
-}
-
-TEST(AppPlugin, WithoutItsFolderOfTextsSaysSo)
-{
-  const PluginCopy copy;
-  fs::remove_all(copy.folder / "resources");
-  ExpectFailure(copy.Run(), 3, "Cannot read \"" + copy.folder / "resources/strings_en.txt" + "\": No such file or directory");
-}
-
-TEST(AppPlugin, WithBrokenTextsSaysSo)
-{
+  for (const char* const name : {"resources/strings_en.txt", "resources/fgltfimporter.txt"})
+  {
+    const PluginCopy copy;
+    fs::remove(copy.folder / name);
+    ExpectFailure(copy.Run(), 3, "Cannot read \"" + copy.folder / name + "\": No such file or directory");
+  }
   for (const char* const text : {"", "10000 = one text alone\n", "no number = text\n"})
   {
     const PluginCopy copy;
@@ -79,42 +63,15 @@ TEST(AppPlugin, WithBrokenTextsSaysSo)
   }
 }
 
-TEST(AppPlugin, WithoutItsDescriptionSaysSo)
+TEST(AppConfig, IsSetOrRefused)
 {
-  const PluginCopy copy;
-  fs::remove(copy.folder / "resources/fgltfimporter.txt");
-  ExpectFailure(copy.Run(), 3, "Cannot read \"" + copy.folder / "resources/fgltfimporter.txt" + "\": No such file or directory");
+  for (const char* const value : {"g_gltfImporterNoSkin=true", "g_gltfImporterBakeSplineInterpolatedAnimation=false"})
+    EXPECT_EQ(RunTool({"import", "-", "--config", value}, {kGoodFile}).status, 0) << value;
+  ExpectFailure(RunTool({"import", "-", "--config", "g_gltfImporterNoSkin=1"}, {kGoodFile}), 2,
+                "\"g_gltfImporterNoSkin\" wants true or false, not \"1\"");
+  ExpectFailure(RunTool({"import", "-", "--config", "g_other=true"}, {kGoodFile}), 2,
+                "there is no configuration variable \"g_other\"; there are g_gltfImporterNoSkin, ");
 }
-
-/// Configuration variables of the module.
-struct ConfigRow
-{
-  std::string name;
-  std::string value;
-  int status;
-  std::string said;
-};
-
-class AppConfig : public testing::TestWithParam<ConfigRow>
-{};
-
-TEST_P(AppConfig, IsSetOrRefused)
-{
-  const RunResult result = RunTool({"import", "-", "--config", GetParam().value}, {kGoodFile});
-  if (GetParam().status != 0)
-    ExpectFailure(result, GetParam().status, GetParam().said);
-  EXPECT_EQ(result.status, GetParam().status) << result.err;
-}
-
-const std::vector<ConfigRow> kConfigRows = {
-  {"NoSkin", "g_gltfImporterNoSkin=true", 0, ""},
-  {"NoSkinOff", "g_gltfImporterNoSkin=false", 0, ""},
-  {"Bake", "g_gltfImporterBakeSplineInterpolatedAnimation=true", 0, ""},
-  {"WrongValue", "g_gltfImporterNoSkin=1", 2, "\"g_gltfImporterNoSkin\" wants true or false, not \"1\""},
-  {"Unknown", "g_other=true", 2, "there is no configuration variable \"g_other\"; there are g_gltfImporterNoSkin, "},
-};
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppConfig, testing::ValuesIn(kConfigRows), RowName());
 
 }  // namespace
 }  // namespace q7z::test

@@ -12,9 +12,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 namespace q7z::test
@@ -188,41 +185,6 @@ RunResult Process::Finish(const std::string& input)
 RunResult RunTool(const std::vector<std::string>& arguments, const RunSettings& settings)
 {
   return Process(Q7Z_TEST_BIN_DIR "/q7z", arguments, settings).Finish(settings.input);
-}
-
-TempFolder::TempFolder() : _path(Q7Z_TEST_TEMP_DIR "/app-XXXXXX")
-{
-  if (!mkdtemp(_path.data()))
-    throw std::runtime_error("no temporary folder");
-}
-
-TempFolder::~TempFolder()
-{
-  std::error_code error;
-  std::filesystem::remove_all(_path, error);
-}
-
-std::string TempFolder::Write(const std::string& name, const std::string& bytes) const
-{
-  const std::string path = *this / name;
-  std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  return path;
-}
-
-std::vector<std::string> TempFolder::List() const
-{
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(_path))
-    names.push_back(entry.path().filename());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-std::string ReadWhole(const std::string& path)
-{
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
 }
 
 }  // namespace q7z::test

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/testfolder.h"
+
 namespace q7z::test
 {
 
@@ -59,29 +61,5 @@ private:
 
 /// Runs the built q7z from start to end.
 RunResult RunTool(const std::vector<std::string>& arguments, const RunSettings& settings = {});
-
-/// A folder of its own for a test, removed with all that is in it.
-class TempFolder
-{
-public:
-  TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-  ~TempFolder();
-
-  /// The path of a name in the folder.
-  std::string operator/(const std::string& name) const { return _path + "/" + name; }
-  const std::string& GetPath() const { return _path; }
-  /// Writes a file. @return its path.
-  std::string Write(const std::string& name, const std::string& bytes) const;
-  /// The names in it, in order, each once.
-  std::vector<std::string> List() const;
-
-private:
-  std::string _path;
-};
-
-/// The whole of a file; empty when it cannot be read.
-std::string ReadWhole(const std::string& path);
 
 }  // namespace q7z::test

@@ -136,8 +136,7 @@ bool SaveFolder::HasFile() const
 
 bool SaveFolder::HasAnythingElse() const
 {
-  const auto count = std::distance(std::filesystem::directory_iterator(_folder.GetPath()), std::filesystem::directory_iterator());
-  return count > (HasFile() ? 1 : 0);
+  return _folder.List().size() > (HasFile() ? 1 : 0);
 }
 
 std::string SaveFolder::TakeBytes() const

@@ -4,12 +4,16 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace q7z::test
 {
@@ -34,20 +38,33 @@ public:
   std::string operator/(const std::string& name) const { return _path + "/" + name; }
   const std::string& GetPath() const { return _path; }
 
-  /// Writes a file, of a text or of bytes. @return its path.
-  template <typename Bytes>
-  std::string Write(const std::string& name, const Bytes& bytes) const
+  /// Writes a file. @return its path.
+  std::string Write(const std::string& name, std::string_view bytes) const
   {
     std::ofstream stream(*this / name, std::ios::binary);
-    if (!stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size())).flush())
+    if (!stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush())
       throw std::runtime_error("cannot write " + *this / name);
     return *this / name;
+  }
+  std::string Write(const std::string& name, const std::vector<uint8_t>& bytes) const
+  {
+    return Write(name, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
   }
   /// Empty without the file.
   std::string Read(const std::string& name) const
   {
     std::ifstream stream(*this / name, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(stream), {});
+  }
+
+  /// The names in it, in order.
+  std::vector<std::string> List() const
+  {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(_path))
+      names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
   }
 
 private:
