@@ -159,60 +159,7 @@ TEST(BufferSource, NeedsTheDecoder)
             "The host offers no base64 decoder.");
 }
 
-/// Reads out of a buffer; bytes hold 0, 1, 2 ...
-struct ReadRow
-{
-  const char* name;
-  Int declared;
-  Int present;
-  Int offset;
-  Int byteCount;
-  const char* message;  // empty when the bytes from offset on are read
-};
-
-class BufferRead : public testing::TestWithParam<ReadRow>
-{};
-
-TEST_P(BufferRead, StaysInside)
-{
-  const ReadRow& row = GetParam();
-  const GltfBuffer buffer = MakeBuffer(row.declared, row.present);
-  std::vector<Byte> target(64, 0xee);
-  const Result<void> result = buffer.ReadBytes(row.offset, row.byteCount, target.data());
-  EXPECT_EQ(ErrorText(result), row.message);
-  EXPECT_EQ(buffer.FindBytes(row.offset, row.byteCount) != nullptr, !result.HasError() && row.present > 0);
-  const Int copied = result.HasError() ? 0 : row.byteCount;
-  for (Int i = 0; i < 64; ++i)
-    EXPECT_EQ(target[static_cast<size_t>(i)], i < copied ? static_cast<Byte>(row.offset + i) : 0xee) << i;
-}
-
-const ReadRow kReads[] = {
-  {"End", 8, 8, 4, 4, ""},
-  {"OneTooFar", 8, 8, 5, 4, kBeyondDeclared},
-  {"OneTooMany", 8, 8, 0, 9, kBeyondDeclared},
-  {"Negative", 8, 8, -1, 4, kBeyondDeclared},
-  {"DeclaredShorterThanPresent", 4, 8, 2, 4, kBeyondDeclared},
-  {"DeclaredLongerThanPresent", 8, 4, 4, 4, kBeyondPresent},
-  {"PresentOneShort", 8, 7, 4, 4, kBeyondPresent},
-  {"NothingPresent", 8, 0, 0, 4, kBeyondPresent},
-  {"NothingAtTheEnd", 8, 8, 8, 0, ""},
-  {"NothingBeyond", 8, 8, 9, 0, kBeyondDeclared},
-  {"SmallestOffset", 8, 8, INT64_MIN, 4, kBeyondDeclared},
-  {"LargestDeclared", INT64_MAX, 8, 0, 16, kBeyondPresent},
-  {"LargestDeclaredAndOffset", INT64_MAX, 8, INT64_MAX - 8, 4, kBeyondPresent},
-  {"SmallestDeclared", INT64_MIN, 8, 0, 1, kBeyondDeclared},
-  {"LargestCount", 8, 8, 0, INT64_MAX, kBeyondDeclared},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, BufferRead, testing::ValuesIn(kReads), RowName());
-
-TEST(BufferRead, RefusesANegativeCount)
-{
-  const GltfBuffer buffer = MakeBuffer(8, 8);
-  EXPECT_EQ(ErrorText(buffer.ReadBytes(0, -1, nullptr)), "Illegal argument: Condition byteCount >= 0 not fulfilled. ");
-  EXPECT_EQ(buffer.FindBytes(0, INT64_MIN), nullptr);
-}
-
-/// Elements of a view over the bytes 0, 1 ... 15.
+/// Elements of a view over the bytes 0, 1, 2 ...
 struct ElementRow
 {
   const char* name;
@@ -222,6 +169,8 @@ struct ElementRow
   Int idx;
   int firstByte;        // of the element; -1 when it cannot be read
   const char* message;  // then
+  Int declared = 16;    // bytes of the buffer
+  Int present = 16;
 };
 
 class ViewElement : public testing::TestWithParam<ElementRow>
@@ -230,7 +179,7 @@ class ViewElement : public testing::TestWithParam<ElementRow>
 TEST_P(ViewElement, LiesAtItsPlace)
 {
   const ElementRow& row = GetParam();
-  const GltfBuffer buffer = MakeBuffer(16, 16);
+  const GltfBuffer buffer = MakeBuffer(row.declared, row.present);
   GltfBufferView view;
   ASSERT_EQ(ErrorText(view.ReadFromJson(ParseObject(row.view))), "");
   view.SetBuffer(&buffer);
@@ -250,6 +199,8 @@ TEST_P(ViewElement, LiesAtItsPlace)
   ASSERT_NE(elements, nullptr);
   EXPECT_EQ(elements[stride * row.idx], row.firstByte);
 }
+
+constexpr const char* kView = R"({"buffer":0,"byteLength":16})";
 
 const ElementRow kElements[] = {
   {"Packed", R"({"buffer":0,"byteLength":16})", 0, 4, 2, 8, ""},
@@ -274,6 +225,12 @@ const ElementRow kElements[] = {
    kBeyondDeclared},
   {"LargestIndex", R"({"buffer":0,"byteLength":9223372036854775807})", 0, 1, INT64_MAX, -1, kBeyondView},
   {"NegativeViewLength", R"({"buffer":0,"byteLength":-9223372036854775808})", 0, 4, 0, -1, kBeyondView},
+  {"DeclaredShorterThanPresent", kView, 0, 4, 2, -1, kBeyondDeclared, 11},
+  {"PresentOneShort", kView, 0, 4, 3, -1, kBeyondPresent, 16, 15},
+  {"NothingPresent", kView, 0, 4, 0, -1, kBeyondPresent, 16, 0},
+  {"LargestDeclared", kView, 1, 16, 0, -1, kBeyondPresent, INT64_MAX},
+  {"LargestDeclaredAndOffset", kView, INT64_MAX - 8, 4, 0, -1, kBeyondPresent, INT64_MAX},
+  {"SmallestDeclared", kView, 0, 1, 0, -1, kBeyondDeclared, INT64_MIN},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, ViewElement, testing::ValuesIn(kElements), RowName());
 

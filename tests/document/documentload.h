@@ -1,6 +1,7 @@
 #pragma once
 
-// DocumentLoad: one load of a file by the parser under a host of its own, with everything that it leaves behind.
+// DocumentHost: a host with a folder for files, whose calls can be made to fail. DocumentLoad: one load of a file by the parser
+// under it, with everything that it leaves behind.
 
 #include <optional>
 #include <string>
@@ -22,11 +23,18 @@ inline Url PathUrl(std::string_view path)
   return Url::FromPath(String::Create(path).GetValue()).GetValue();
 }
 
-class DocumentLoad
+struct DocumentHost
+{
+  DocumentHost() : files(host.Host().GetTables().file) { host.Host().GetTables().file = &files; }
+
+  TestHost host;
+  FaultyFiles files;
+  TestFolder folder;
+};
+
+class DocumentLoad : public DocumentHost
 {
 public:
-  DocumentLoad() : files(host.Host().GetTables().file) { host.Host().GetTables().file = &files; }
-
   /// @return the error's message; empty for success.
   std::string RunText(std::string_view text) { return Run(text, false); }
   std::string RunGlb(const Bytes& bytes) { return Run(bytes, true); }
@@ -41,9 +49,6 @@ public:
   }
   GltfData& GetData() { return load->GetGltfData(); }
 
-  TestHost host;
-  FaultyFiles files;
-  TestFolder folder;
   HeadlessJob job;
   ImportOptions options;
   std::optional<GltfLoad> load;  // the last one

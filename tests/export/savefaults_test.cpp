@@ -229,15 +229,6 @@ TEST_F(SaveFaults, EveryFileCallOfTheBinaryFormFailsOnce)
   EXPECT_EQ(files.calls, static_cast<Int>(std::size(kBinaryCalls)));
 }
 
-TEST_F(SaveFaults, TheTextFormNeedsNoFileCall)
-{
-  UseForm(kGltfFormat);
-  FaultyFiles files(Tables().file);
-  Tables().file = &files;
-  SaveWell();
-  EXPECT_EQ(files.calls, 0);
-}
-
 // The modeling commands of the host, of which one fails.
 class FaultyModeling final : public HostModelingTable
 {

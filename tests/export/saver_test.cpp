@@ -164,6 +164,7 @@ TEST_P(SaverBinary, HasItsChunks)
   {
     EXPECT_EQ(WordOf(bytes, 20 + jsonLength), GetParam().binaryBytes);
     EXPECT_EQ(bytes.substr(24 + jsonLength, 4), std::string("BIN\0", 4));
+    EXPECT_EQ(bytes.substr(28 + jsonLength + 6, 2), "  ");
   }
   EXPECT_EQ(file.At("buffers/0/uri"), "-");
   EXPECT_EQ(file.At("buffers/0/byteLength"), GetParam().binaryBytes ? std::to_string(GetParam().binaryBytes) : "-");
@@ -175,30 +176,6 @@ const BinaryCase kBinaryCases[] = {
   {"OneTriangle", kTriangle, 6 + 2 + 36},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, SaverBinary, testing::ValuesIn(kBinaryCases), RowName());
-
-TEST(SaverBinaryPadding, IsMadeOfBlanks)
-{
-  const SavedFile file(SceneText(kTriangle), {{kFileFormatParameter, HostValue(kGlbFormat)}});
-  const std::string& bytes = file.Bytes();
-  const size_t binary = 28 + WordOf(bytes, 12);
-  EXPECT_EQ(bytes.substr(binary + 6, 2), "  ");
-}
-
-/// What a file says, of the paths.
-std::vector<std::string> Tell(int format, const std::vector<std::string>& paths)
-{
-  const SavedFile file(SceneText(kTriangle), {{kFileFormatParameter, HostValue(format)}});
-  std::vector<std::string> texts;
-  for (const std::string& path : paths)
-    texts.push_back(file.At(path));
-  return texts;
-}
-
-TEST(SaverForms, HoldTheSame)
-{
-  const std::vector<std::string> paths = {"nodes", "meshes", "accessors", "mesh 0 POSITION", "mesh 0 indices"};
-  EXPECT_EQ(Tell(kGltfFormat, paths), Tell(kGlbFormat, paths));
-}
 
 TEST_F(Saver, RunsOnAThreadAndStopsWhenAsked)
 {

@@ -39,6 +39,16 @@ const std::string kTwoJoints =
   Joint(1, "J", R"("position": [100,0,0], "children": [)" + Joint(2, "K", R"("position": [0,100,0])") + "]") + ", " +
   Skinned(3, "T", "1, 2", "[[0,1.0],[1,0.25]], [[1,0.75],[2,1.0]]", R"("position": [0,0,200])");
 
+/// A triangle that a skin deforms, whose joint stood elsewhere when it was bound. @param tags  with a comma behind them.
+std::string Bound(const std::string& tags)
+{
+  return Objects(Joint(1, "J", R"("position": [100,0,0])") + R"(, {"id": 2, "name": "T", )" + kTriangle + R"(, "children": [)" +
+                 Object(3, 1019363, "D") + R"(], "tags": [)" + tags +
+                 R"({"id": 4, "type": 1019365, "joints": [1], "weights": [)" + kWhole +
+                 R"(], "bind": {"object": {"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]},
+      "joints": [{"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]}]}}]})");
+}
+
 const SavedCase kSkinCases[] = {
   {"TwoJoints",
    Objects(kTwoJoints),
@@ -76,6 +86,12 @@ const SavedCase kSkinCases[] = {
    Objects(Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0])") + ", " + Skinned(2, "T", "1", kWhole)),
    {{kExportSkinsParameter, true}, {kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
    {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 0 0 2 1"}}},
+  {"TurnedMesh",
+   Objects(Joint(1, "J", R"("position": [100,0,0])") + ", " +
+           Skinned(2, "T", "1", kWhole, R"("rotation": [1.5707963267948966,0,0])")),
+   kSkins,
+   // The mesh's own turn, X to -Z, and from there the way to the joint.
+   {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 -1 0 0 1"}}},
   {"FlatJoint",
    Objects(Joint(1, "J", R"("position": [100,0,0], "scale": [1,0,1])") + ", " + Skinned(2, "T", "1", kWhole)),
    kSkins,
@@ -143,14 +159,17 @@ const SavedCase kSkinCases[] = {
    Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole, R"("editor": 1, "render": 1)")),
    kSkins,
    {{"nodes", R"([{"name":"J"}])"}, {"skins", "-"}}},
+  // The joint went by 1 since the bind pose and took the points along: the file is bound to what is there by now.
   {"WhereItStandsNow",
-   Objects(Joint(1, "J", R"("position": [100,0,0])") + R"(, {"id": 2, "name": "T", )" + kTriangle + R"(, "children": [)" +
-           Object(3, 1019363, "D") + R"(], "tags": [{"id": 4, "type": 1019365, "joints": [1], "weights": [)" + kWhole +
-           R"(], "bind": {"object": {"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]},
-      "joints": [{"offset": [0,0,0], "axisX": [1,0,0], "axisY": [0,1,0], "axisZ": [0,0,1]}]}}]})"),
+   Bound(""),
    kSkins,
-   // The joint went by 1 since the bind pose and took the points along: the file is bound to what is there by now.
    {{"mesh 0 POSITION", "1 0 0 2 0 0 1 1 0"}, {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 0 1"}}},
+  // Of a mesh with poses it is the base pose, wherever the joint went.
+  {"BasePoseWhereTheJointsStand",
+   Bound(R"({"id": 5, "type": 1024237, "morphs": [{"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0]},
+      {"name": "P", "points": [0,0,0, 300,0,0, 0,100,0]}]}, )"),
+   kSkins,
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"accessor 4", "0 0 0 2 0 0 0 0 0"}}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Skins, SavedScene, testing::ValuesIn(kSkinCases), RowName());

@@ -191,32 +191,21 @@ protected:
   AnyDescription _description;
 };
 
-TEST_F(ImportDescription, IsLoadedByNameAndMarked)
+TEST_F(ImportDescription, IsLoadedByNameOrToldToDevelopers)
 {
   DirectLoad load;
-  Int32 flags = 16;
-  EXPECT_TRUE(load.Loader().GetDescription(load.Node(), &_description, flags));
-  EXPECT_EQ(_descriptions.loaded, "fgltfimporter");
-  EXPECT_EQ(_descriptions.flagsAtBase, 18);
-}
-
-TEST_F(ImportDescription, MissingIsToldToDevelopers)
-{
-  _descriptions.broken = true;
-  DirectLoad load;
-  Int32 flags = 16;
-  EXPECT_FALSE(load.Loader().GetDescription(load.Node(), &_description, flags));
-  EXPECT_EQ(flags, 16);
+  for (const Bool broken : {false, true})
+  {
+    _descriptions.broken = broken;
+    Int32 flags = 16;
+    EXPECT_EQ(load.Loader().GetDescription(load.Node(), &_description, flags), !broken);
+    EXPECT_EQ(flags, broken ? 16 : 18);
+  }
   ASSERT_FALSE(Host().Diagnostics().empty());
   EXPECT_THAT(Host().Diagnostics().back(),
               testing::HasSubstr("Illegal state: Condition description->LoadDescription(\"fgltfimporter\") not fulfilled."));
-}
-
-TEST_F(ImportDescription, BaseDecidesOtherParameters)
-{
-  DirectLoad load;
-  EXPECT_TRUE(load.Loader().GetEnabling(load.Node(), 4711));
-  EXPECT_FALSE(load.Loader().GetEnabling(load.Node(), 1002));
+  EXPECT_TRUE(load.Loader().GetEnabling(load.Node(), 4711)) << "the base decides";
+  EXPECT_FALSE(load.Loader().GetEnabling(load.Node(), 1002)) << "the base decides";
 }
 
 // One triangle at (1, 2, 3), in units of the document, and what its options make of it.

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/document/documenthost.h"
+#include "tests/document/documentload.h"
 #include "tests/document/records.h"
 #include "tests/support/rowname.h"
 
@@ -34,7 +34,7 @@ BaseArray<Byte> MakeArray(const Bytes& bytes)
   return array;
 }
 
-/// /models holds some images; /other one.
+/// The folder, "@" in a URI, holds some images.
 struct SourceRow
 {
   const char* name;
@@ -48,22 +48,26 @@ class ImageSource : public testing::TestWithParam<SourceRow>
 
 TEST_P(ImageSource, FillsTheBytesOrTellsWhyNot)
 {
-  DocumentHost host;
-  host.files.contents = {{"/models/wood.png", {1, 2, 3}}, {"/models/a b.png", {4}}, {"/models/a%20b.png", {5}},
-                         {"/models/textures/x.jpg", {6}}, {"/models/empty", {}},    {"/other/x.png", {7}}};
-  GltfImage image = ReadUri(GetParam().uri);
-  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl("/models"))), GetParam().message);
+  const DocumentHost host;
+  host.folder.Write("wood.png", Bytes{1, 2, 3});
+  host.folder.Write("a b.png", Bytes{4});
+  host.folder.Write("a%20b.png", Bytes{5});
+  std::string uri = GetParam().uri;
+  if (const size_t place = uri.find('@'); place != std::string::npos)
+    uri.replace(place, 1, host.folder.GetPath());
+  GltfImage image = ReadUri(uri);
+  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl(host.folder.GetPath()))), GetParam().message);
   EXPECT_EQ(ToVector(image.GetData()), GetParam().bytes);
   EXPECT_EQ(host.files.liveFiles, 0);
 }
 
 const SourceRow kImageSourceRows[] = {
   {"Png", "data:image/png;base64,AQID", "", {1, 2, 3}},
-  {"BrokenDataUri", "data:image/png;base64,A*ID", "no base64", {}},
+  {"BrokenDataUri", "data:image/png;base64,A*ID", "The base64 text is broken at byte 1.", {}},
   {"OtherDataUri", "data:image/webp;base64,AQID", kWrongScheme, {}},
   {"PercentCodes", "a%20b.png", "", {4}},
   {"PercentCodesAreDecodedOnce", "a%2520b.png", "", {5}},
-  {"FileScheme", "file:///other/x.png", "", {7}},
+  {"FileScheme", "file://@/wood.png", "", {1, 2, 3}},
   {"MissingFile", "no.png", kNoSuchFile, {}},
   {"Http", "http://models/wood.png", "This is not supported.", {}},
   {"Https", "https://models/wood.png", kWrongScheme, {}},
@@ -71,41 +75,37 @@ const SourceRow kImageSourceRows[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Rows, ImageSource, testing::ValuesIn(kImageSourceRows), RowName());
 
-struct FaultRow
+TEST(ImageSource, StaysEmptyWhenACallOfTheFileFails)
 {
-  const char* name;
-  void (*fault)(MemoryFiles&);
-  const char* message;
-};
-
-class ImageFileFaults : public testing::TestWithParam<FaultRow>
-{};
-
-TEST_P(ImageFileFaults, LeaveTheImageEmpty)
-{
-  DocumentHost host;
-  host.files.contents["/models/wood.png"] = {1, 2, 3};
-  GetParam().fault(host.files);
-  GltfImage image = ReadUri("wood.png");
-  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl("/models"))), GetParam().message);
-  EXPECT_TRUE(image.GetData().IsEmpty());
-  EXPECT_EQ(host.files.liveFiles, 0);
+  constexpr const char* kRead = "Illegal state: Condition bytesRead == bytes.GetCount() not fulfilled. ";
+  const struct
+  {
+    Int failAt;
+    Bool failsShort;
+    const char* message;
+  } rows[] = {{0, false, "Out of memory. "},
+              {1, false, "Illegal state: Condition file->Open(fileName) not fulfilled. "},
+              {2, false, kRead},
+              {2, true, kRead},
+              {3, false, "Illegal state: Condition file->Close() not fulfilled. "}};
+  for (const auto& row : rows)
+  {
+    DocumentHost host;
+    host.folder.Write("wood.png", Bytes{1, 2, 3});
+    host.files.failAt = row.failAt;
+    host.files.failsShort = row.failsShort;
+    GltfImage image = ReadUri("wood.png");
+    EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl(host.folder.GetPath()))), row.message);
+    EXPECT_TRUE(image.GetData().IsEmpty()) << row.message;
+    EXPECT_EQ(host.files.liveFiles, 0) << row.message;
+  }
 }
-
-const FaultRow kImageFileFaultsRows[] = {
-  {"Alloc", [](MemoryFiles& files) { files.refuseAlloc = true; }, "Out of memory. "},
-  {"Open", [](MemoryFiles& files) { files.refuseOpen = true; }, "Illegal state: Condition file->Open(fileName) not fulfilled. "},
-  {"Close", [](MemoryFiles& files) { files.failClose = true; }, "Illegal state: Condition file->Close() not fulfilled. "},
-  {"ShortRead", [](MemoryFiles& files) { files.longestRead = 2; },
-   "Illegal state: Condition bytesRead == bytes.GetCount() not fulfilled. "},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, ImageFileFaults, testing::ValuesIn(kImageFileFaultsRows), RowName());
 
 TEST(ImageSource, BytesWithoutUriNeedAnExtension)
 {
   const DocumentHost host;
   GltfImage nothing = ReadImage("");
-  EXPECT_EQ(ErrorText(nothing.LoadImageData(PathUrl("/models"))), "");
+  EXPECT_EQ(ErrorText(nothing.LoadImageData(PathUrl(host.folder.GetPath()))), "");
   GltfData data = ReadRecords(R"({"materials":[{"normalTexture":{"index":0}}],"textures":[{"source":0}],
                                   "images":[{"bufferView":0}],"buffers":[{"byteLength":2}],
                                   "bufferViews":[{"buffer":0,"byteLength":2}]})",
@@ -113,7 +113,7 @@ TEST(ImageSource, BytesWithoutUriNeedAnExtension)
   ASSERT_EQ(ErrorText(data.materials.Find(0)->ResolveMaterial(&data)), "");
   GltfImage& image = *data.images.Find(0);
   ASSERT_EQ(ErrorText(image.CopyFromBufferView()), "");
-  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl("/models"))),
+  EXPECT_EQ(ErrorText(image.LoadImageData(PathUrl(host.folder.GetPath()))),
             "Illegal state: Condition _data.IsEmpty() || GetImageExtension().IsPopulated() not fulfilled. ");
 }
 
@@ -196,51 +196,38 @@ TEST(SetImageData, MakesAUriUnlessTheBytesStayRaw)
   }
 }
 
-struct SaveRow
+TEST(ImageSave, WritesTheBytesOrTellsWhyNot)
 {
-  const char* name;
-  void (*fault)(MemoryFiles&);
-  const char* message;
-};
-
-class ImageSave : public testing::TestWithParam<SaveRow>
-{};
-
-TEST_P(ImageSave, WritesTheBytesOrTellsWhyNot)
-{
+  const char* const messages[] = {
+    "Out of memory. ",
+    "Illegal state: Condition bfOut->Open(TarnoConvert(url), FILEOPEN::WRITE, FILEDIALOG::NONE) not fulfilled. ",
+    "Illegal state: Condition bfOut->WriteBytes(_data.GetFirst(), _data.GetCount()) not fulfilled. ",
+    "Illegal state: Condition bfOut->Close() not fulfilled. ",
+    "",
+  };
   DocumentHost host;
-  GetParam().fault(host.files);
   GltfImage image;
   ASSERT_EQ(ErrorText(image.SetImageData(MakeArray({1, 2, 3}), kPngImageType, true)), "");
-  EXPECT_EQ(ErrorText(image.SaveImageData(PathUrl("/tex/a.png"))), GetParam().message);
-  EXPECT_EQ(host.files.liveFiles, 0);
-  if (!*GetParam().message)
+  for (const char* const message : messages)
   {
-    EXPECT_EQ(host.files.contents["/tex/a.png"], (Bytes{1, 2, 3}));
+    host.folder.Write("a.png", "a longer file");
+    ++host.files.failAt;
+    host.files.calls = 0;
+    EXPECT_EQ(ErrorText(image.SaveImageData(PathUrl(host.folder / "a.png"))), message);
+    EXPECT_EQ(host.files.liveFiles, 0) << message;
   }
+  EXPECT_EQ(host.folder.Read("a.png"), "\x01\x02\x03");
 }
-
-const SaveRow kImageSaveRows[] = {
-  {"OverALongerFile", [](MemoryFiles& files) { files.contents["/tex/a.png"] = {9, 9, 9, 9}; }, ""},
-  {"Alloc", [](MemoryFiles& files) { files.refuseAlloc = true; }, "Out of memory. "},
-  {"Open", [](MemoryFiles& files) { files.refuseOpen = true; },
-   "Illegal state: Condition bfOut->Open(TarnoConvert(url), FILEOPEN::WRITE, FILEDIALOG::NONE) not "
-   "fulfilled. "},
-  {"Write", [](MemoryFiles& files) { files.failWrite = true; },
-   "Illegal state: Condition bfOut->WriteBytes(_data.GetFirst(), _data.GetCount()) not fulfilled. "},
-  {"Close", [](MemoryFiles& files) { files.failClose = true; }, "Illegal state: Condition bfOut->Close() not fulfilled. "},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, ImageSave, testing::ValuesIn(kImageSaveRows), RowName());
 
 TEST(ImageSave, WithoutBytesWritesNothing)
 {
   const char* const kNoBytes =
     "Illegal state: Condition _data.IsPopulated() || (_uri.IsPopulated() && IsBase64()) not fulfilled. ";
   const std::pair<const char*, const char*> rows[] = {{"data:image/png;base64,AQID", ""}, {"wood.png", kNoBytes}, {"", kNoBytes}};
-  DocumentHost host;
+  const DocumentHost host;
   for (const auto& [uri, message] : rows)
-    EXPECT_EQ(ErrorText(ReadUri(uri).SaveImageData(PathUrl("/tex/a.png"))), message) << uri;
-  EXPECT_TRUE(host.files.contents.empty());
+    EXPECT_EQ(ErrorText(ReadUri(uri).SaveImageData(PathUrl(host.folder / "a.png"))), message) << uri;
+  EXPECT_TRUE(host.folder.List().empty());
 }
 
 }  // namespace

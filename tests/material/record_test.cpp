@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/document/documenthost.h"
+#include "tests/document/documentload.h"
 #include "tests/document/records.h"
 #include "tests/support/rowname.h"
 

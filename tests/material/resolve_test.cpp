@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/document/documenthost.h"
+#include "tests/document/documentload.h"
 #include "tests/document/records.h"
 #include "tests/support/rowname.h"
 
@@ -84,16 +84,16 @@ TEST(MaterialReferences, AreSavedWhereThereIsAnImage)
                                 std::string(kTextures) + "}",
                               {1, 2, 3, 4});
   GltfMaterial& material = *data.materials.Find(0);
-  const Url url = PathUrl("/tex/x.png");
+  const Url url = PathUrl(host.folder / "x.png");
   EXPECT_EQ(ErrorText(material.baseColorTexture.SaveImageData(url)), "Illegal state: Condition IsInitialized() not fulfilled. ");
   EXPECT_EQ(ErrorText(material.occlusionTexture.SaveImageData(url)), "");
   EXPECT_EQ(ErrorText(material.normalTexture.SaveImageData(url)), kNoTexture);  // not resolved yet
   EXPECT_EQ(ErrorText(material.ResolveMaterial(&data)), kNoSource);
   EXPECT_EQ(ErrorText(material.emissiveTexture.SaveImageData(url)), "Illegal state: Condition IsValid() not fulfilled. ");
-  EXPECT_TRUE(host.files.contents.empty());
+  EXPECT_TRUE(host.folder.List().empty());
   ASSERT_EQ(ErrorText(data.images.Find(1)->CopyFromBufferView()), "");
   EXPECT_EQ(ErrorText(material.normalTexture.SaveImageData(url)), "");
-  EXPECT_EQ(host.files.contents["/tex/x.png"], (Bytes{1, 2, 3, 4}));
+  EXPECT_EQ(host.folder.Read("x.png"), "\x01\x02\x03\x04");
 }
 
 }  // namespace
