@@ -29,6 +29,14 @@ TEST(Error, EveryClassHasItsId)
   EXPECT_EQ(std::size(rows), static_cast<size_t>(ErrorClass::kOperationCancelled) + 1);
 }
 
+TEST(Error, MessageOutlivesTheTextItWasMadeFrom)
+{
+  char library[] = "message";  // stands for the texts of a library that is unloaded
+  const Error error = MAKE_ERROR(ErrorClass::kIo, String(library, 7));
+  library[0] = '?';
+  EXPECT_EQ(Text(error.GetMessage()), "message");
+}
+
 TEST(Error, WithoutMemoryItIsOutOfMemoryOrKeepsItsText)
 {
   const std::pair<ErrorClass, const char*> rows[] = {{ErrorClass::kOutOfMemory, "Out of memory. "}, {ErrorClass::kIo, "kept"}};

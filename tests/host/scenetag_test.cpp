@@ -35,6 +35,23 @@ TEST_F(SceneTag, CornersKeepTheirPrecisionUntilMoreIsAsked)
   EXPECT_EQ(tag->GetHandleW(false).Get(0).a.x, 0.1);
 }
 
+TEST_F(SceneTag, ColorsStartOpaqueAndPerPoint)
+{
+  HostPolygonObject* const mesh = AddMesh({{}, {}, {}, {}, {}}, {{}, {}});
+  auto* const tag = static_cast<HostVertexColorTag*>(mesh->MakeTag(kVertexColorTagType, 5));
+  EXPECT_TRUE(tag->IsPerPoint());
+  HostColorHandle handle = tag->GetHandleW();
+  EXPECT_EQ(handle.GetPoint(4)[2], 0);
+  EXPECT_EQ(handle.GetPoint(4)[3], 1);
+  handle.SetPoint(4, {0.25f, 0.5f, 0.75f});
+  EXPECT_TRUE(tag->SetPerPoint(true));
+  EXPECT_EQ(tag->GetHandleR().GetPoint(4)[2], 0.75f) << "staying changes nothing";
+  EXPECT_TRUE(tag->SetPerPoint(false));
+  EXPECT_EQ(tag->GetHandleR().count, 2) << "polygons";
+  EXPECT_EQ(tag->GetHandleR().GetCorner(1, 3)[0], 0);
+  EXPECT_EQ(tag->GetHandleR().GetCorner(1, 3)[3], 1);
+}
+
 TEST_F(SceneTag, CloneSharesBulkDataUntilOneWrites)
 {
   HostPolygonObject* const mesh = AddMesh({{1, 0, 0}, {2, 0, 0}}, {{0, 1, 1, 1}});
@@ -85,7 +102,10 @@ TEST_F(SceneTag, SelectionKeepsRangesApart)
     EXPECT_FALSE(selection.SelectRange(-3, -1));
     EXPECT_FALSE(selection.SelectRange(-1, 3));
     EXPECT_FALSE(selection.SelectRange(4, 3));
-    const BaseArray<SelectionRange>& ranges = selection.GetRanges();
+    HeadlessSelection copy;
+    EXPECT_TRUE(copy.SelectRange(100, 200));
+    EXPECT_TRUE(copy.CopyFrom(selection));
+    const BaseArray<SelectionRange>& ranges = copy.GetRanges();
     EXPECT_EQ(std::vector<SelectionRange>(ranges.begin(), ranges.end()), row.ranges);
     EXPECT_EQ(selection.GetCount(), row.count);
     for (const SelectionRange& range : row.ranges)
@@ -137,6 +157,7 @@ TEST_F(SceneTag, WeightsMayBeReadFromSeveralThreads)
   constexpr Int32 kCount = 20000;
   HostOwner<HostWeightTag> tag(static_cast<HostWeightTag*>(HostTag::Alloc(kWeightTagType)));
   tag->AddJoint(Add("joint"));
+  EXPECT_FALSE(tag->SetBindPose(Document())) << "on no object";
   for (const Int32 step : {7, 2, 1})  // each point three times, falling; the last one counts
     for (Int32 i = kCount; i-- > 0;)
       ASSERT_TRUE(tag->SetWeight(0, i, step * i));
@@ -150,6 +171,21 @@ TEST_F(SceneTag, WeightsMayBeReadFromSeveralThreads)
   read();
   other.join();
   EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(SceneTag, MorphsRefuseWhatHasNoPoints)
+{
+  HostPolygonObject* const mesh = AddMesh({{}}, {});
+  auto* const tag = static_cast<HostPoseMorphTag*>(mesh->MakeTag(kPoseMorphTagType));
+  HostMorph* const morph = tag->AddMorph();
+  EXPECT_FALSE(tag->StoreObject(morph, Document(), Add("null")));
+  EXPECT_FALSE(tag->StoreObject(morph, Document(), nullptr));
+  EXPECT_TRUE(tag->StoreObject(morph, Document(), mesh->Clone())) << "frees the clone";
+  mesh->GetPointsW()[0] = {3, 3, 3};
+  EXPECT_EQ(morph->GetPointNode()->GetPoints()[0], Vector());
+  EXPECT_EQ(tag->GetMorph(1), nullptr);
+  EXPECT_EQ(tag->GetMorph(-1), nullptr);
+  EXPECT_FALSE(tag->SetParameter(HostPoseMorphTagGetStrengthId(tag, 0), HostValue("much"_s)));
 }
 
 // Neighbours and phong normals.

@@ -263,7 +263,7 @@ TEST(JsonWriter, GivesTheText)
     {Data(std::numeric_limits<Float>::quiet_NaN()), "JSON has no number that is not finite."},
   };
   for (const auto& [value, expected] : rows)
-    EXPECT_EQ(Write(value), expected);
+    EXPECT_EQ(Write(Data(value)), expected);  // of a copy
   EXPECT_EQ(WriteJson(Data(kInfinity), false).GetError().GetClass(), ErrorClass::kIllegalArgument);
 }
 
