@@ -74,6 +74,8 @@ TEST_F(SceneHierarchy, WhatIsNotThereIsRefused)
   EXPECT_EQ(HostTag::Alloc(kVertexColorTagType, -1), nullptr);
   HostObject* const a = Add("a");
   EXPECT_FALSE(a->SetReference(a)) << "only instances have one";
+  EXPECT_TRUE(Add("i", nullptr, kInstanceObjectType)->SetReference(a));
+  EXPECT_TRUE(Add("j", nullptr, kSecondInstanceObjectType)->SetReference(a));
   a->SetVisibility(7, 3);
   EXPECT_EQ(a->GetVisibility(7), 0);
 }
@@ -94,6 +96,7 @@ TEST_F(SceneHierarchy, InsertingWhatStandsElsewhereIsCounted)
   EXPECT_FALSE(b->InsertTag(nullptr));
   EXPECT_EQ(first->GetNext(), last);
   EXPECT_EQ(tag->GetObject(), b);
+  EXPECT_EQ(tag->GetDocument(), Document());
   _insertedTwice = 2;
 }
 

@@ -35,7 +35,10 @@ TEST(SceneRoundTrip, TheShortestDocumentIsANewOne)
   const DocumentOwner read = Read(MakeText(""));
   ASSERT_TRUE(read);
   EXPECT_EQ(read->GetParameters().Find(kDocumentRateParameter)->GetInt(), 30);
+  EXPECT_EQ(read->GetParameters().Find(kDocumentStartParameter)->GetTime().GetSeconds(), 0);
+  EXPECT_EQ(read->GetParameters().Find(kDocumentEndParameter)->GetTime().GetSeconds(), 3);
   EXPECT_EQ(read->GetParameters().Find(kDocumentSecondEndParameter)->GetTime().GetSeconds(), 3);
+  EXPECT_EQ(read->GetRenderData()->Find(5008)->GetInt(), 1280);
   EXPECT_EQ(read->GetSettings().Find(kDocumentUnitSetting)->GetUnit(), (HostUnitScale{1, 3}));
   EXPECT_EQ(read->GetRenderData()->Find(5009)->GetInt(), 720);
   EXPECT_EQ(read->GetNodeSpace(), kStandardNodeSpace);
@@ -112,6 +115,9 @@ TEST(SceneRoundTrip, EverythingMeansWhatItSays)
   EXPECT_EQ(node.GetRecord()->space, "net.space"_s);
   EXPECT_TRUE(node.GetRecord()->data.parameters.Find("baseColorFactor"_s)->constant);
   EXPECT_FALSE(node.GetRecord()->data.parameters.Find("alphaMode"_s)->constant);
+  const HeadlessMaterial& classic = *node.GetNext();
+  EXPECT_EQ(classic.FindLayerShader(526336 + 12)->GetParameters().Find(1002)->GetString(), "b.png"_s);
+  EXPECT_EQ(classic.FindLayerShader(526336), nullptr);
   EXPECT_EQ(document->GetTakeData().GetTake(1)->GetOverride(0)->GetTarget(), square.GetLastChild());
 }
 
