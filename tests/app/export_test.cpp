@@ -109,6 +109,7 @@ TEST_P(AppExportOption, ReachesTheSaver)
 const OptionCase kOptionCases[] = {
   {"Normals", "exportNormals=false", "\"NORMAL\"", ""},
   {"Scale", "exportScale=50cm", "1.0,\n        0.0,\n        -1.0", "2.0,\n        0.0,\n        -2.0"},
+  {"ScaleAsFactor", "exportScale=0.5", "1.0,\n        0.0,\n        -1.0", "2.0,\n        0.0,\n        -2.0"},
   {"Mirror", "flipZ=false", "1.0,\n        0.0,\n        -1.0", "1.0,\n        0.0,\n        1.0"},
   {"Sharing", "shareMeshes=0", "", "\"mesh\": 1"},
 };

@@ -181,11 +181,12 @@ TEST_P(SavedBranches, StayForTheirContent)
 {
   const PruneRow& row = GetParam();
   const auto leaf = [&](const char* id) { return "{\"id\": " + std::string(id) + R"(, "name": "leaf", )" + row.leaf + "}"; };
-  const SavedFile file(SceneText(Objects(R"({"id": 1, "type": 5140, "name": "outer", "children": [
-      {"id": 2, "type": 5140, "name": "inner", "children": [)" +
-                                         leaf("3") + R"(]}, {"id": 4, "type": 5140, "name": "empty", "children": [
-      {"id": 5, "type": 5140, "name": "alsoEmpty"}]}, )" +
-                                         Triangle(6, "other") + "}]}, " + leaf("7"))),
+  const auto group = [](const char* id, const std::string& name, const std::string& children)
+  { return "{\"id\": " + std::string(id) + R"(, "type": 5140, "name": ")" + name + R"(", "children": [)" + children + "]}"; };
+  const std::string inner = group("2", "inner", leaf("3"));
+  const std::string empty = group("5", "empty", group("6", "alsoEmpty", ""));
+  const SavedFile file(SceneText(Objects(group("1", "outer", inner + ", " + Triangle(4, "other") + "}, " + empty) + ", " +
+                                         leaf("7"))),
                        {{kExportCamerasParameter, row.exportCameras}, {kExportSkinsParameter, row.exportSkins}});
   const std::string kept = "leaf" + std::string(row.mark ? row.mark : "");
   EXPECT_EQ(WriteOutline(file), row.mark ? kept + ", outer[inner[" + kept + "], other#1]" : "outer[other#1]");
@@ -238,6 +239,25 @@ TEST(SavedPoints, StayWhereTheyAreCounted)
     }
     EXPECT_EQ(counts, row.counts) << row.morphs << row.skins;
   }
+}
+
+// Copies lead to what they were made of by tags; one of that name that a scene brings along may lead to anything.
+TEST(SavedForeignTags, LeadNobodyAstray)
+{
+  TestHost host;
+  const HeadlessOwner<HeadlessDocument> document =
+    ReadScene(SceneText(Objects(R"({"id": 1, "type": 1019362, "name": "J"}, )" + Triangle(2, "T") +
+                                R"(, "tags": [{"id": 3, "type": 1019365, "joints": [1], "weights": [[[0,1.0]]]}]})")));
+  HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
+  ToHost(document.get())->InsertMaterial(material);
+  HostObject* const joint = ToHost(document->GetFirstObject());
+  HostTag* const tag = joint->MakeTag(kNodeBasedTagType);
+  tag->SetName("glTFAuxTag"_s);
+  tag->SetParameter(1000, HostValue::Link(material));
+  joint->MakeTag(kPhongTagType)->SetName("glTFAuxTag"_s);
+  const SaveFolder folder;
+  EXPECT_EQ(folder.Save(host, *document, {{kExportSkinsParameter, true}}).error, "");
+  EXPECT_EQ(SavedContent(folder.TakeBytes()).At("skins/0/joints"), "[1]");
 }
 
 // What a scene hook offers is copied, with links among the copies, and stands first.
