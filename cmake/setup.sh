@@ -38,7 +38,7 @@ install_packages()
   fi
   log=$(mktemp)
   status=0
-  { $sudo apt-get update && $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing; } \
+  { $sudo apt-get update; $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing; } \
     </dev/null >"$log" 2>&1 || status=1
   [ $status = 0 ] || say "cannot install $missing ($(grep '^E: ' "$log" | tail -n 1)); install them by hand"
   rm -f "$log"

@@ -1,5 +1,7 @@
 // The places of objects: child lists, the top level of a document, and the objects that a document keeps outside its hierarchy.
 
+#include <cassert>
+
 #include "host/scene/headlessdocument.h"
 
 namespace q7z
@@ -75,6 +77,7 @@ void HeadlessObject::Unlink() noexcept
   {
     case Place::kNowhere: return;
     case Place::kChild:
+      assert(_up);
       (_previous ? _previous->_next : _up->_down) = _next;
       (_next ? _next->_previous : _up->_lastChild) = _previous;
       break;

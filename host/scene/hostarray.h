@@ -97,7 +97,7 @@ private:
   Bool Unshare() noexcept
   {
     HostArray own;
-    if (!own.Create(GetCount()))
+    if (!own.Create(GetCount()) || !own._block)
       return false;
     std::memcpy(own._block->GetData(), _block->GetData(), static_cast<size_t>(_block->byteCount));
     std::swap(_block, own._block);
