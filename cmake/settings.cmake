@@ -48,6 +48,11 @@ if(Q7Z_COVERAGE)
   add_link_options(--coverage)
 endif()
 
+# What a source keeps to itself still is its own where several are compiled at once.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Wno-subobject-linkage)
+endif()
+
 # Warnings of everything that ships. GCC 12 sees overlaps in the joining of std::string that are not there, so -Wrestrict is off;
 # Clang finds a deprecated helper in that library's std::stable_sort.
 add_library(q7z_warnings INTERFACE)

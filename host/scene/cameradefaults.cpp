@@ -10,20 +10,6 @@ namespace q7z
 namespace
 {
 
-// Parameters of a camera.
-constexpr Int32 kZoom = 1000;
-constexpr Int32 kProjection = 1001;
-constexpr Int32 kHorizontalAngle = 1008;
-constexpr Int32 kVerticalAngle = 4600;
-constexpr Int32 kNearDistance = 1122;
-constexpr Int32 kNearEnabled = 1123;
-constexpr Int32 kFarDistance = 1128;
-constexpr Int32 kFarEnabled = 1129;
-
-// Parameters of the render data.
-constexpr Int32 kRenderWidth = 5008;
-constexpr Int32 kRenderHeight = 5009;
-
 constexpr Float kWideAspect = 16.0 / 9;
 constexpr Float kHalfWidthAtOne = 0.5;  // 53 degrees: a picture is as wide as it is far
 constexpr Float kNear = 1.0;            // host lengths
@@ -56,16 +42,18 @@ Bool FindCameraDefault(const HeadlessObject& object, const HostDescId& id, HostV
     return false;
   switch (id[0].id)
   {
-    case kProjection: value = HostValue(Int32{0}); return true;
-    case kZoom: value = HostValue(1.0); return true;
-    case kHorizontalAngle: value = HostValue(GetAngle(object, kVerticalAngle, GetAspect(object), kHalfWidthAtOne)); return true;
-    case kVerticalAngle:
-      value = HostValue(GetAngle(object, kHorizontalAngle, 1 / GetAspect(object), kHalfWidthAtOne / GetAspect(object)));
+    case kCameraProjection: value = HostValue(Int32{0}); return true;
+    case kCameraZoom: value = HostValue(1.0); return true;
+    case kCameraHorizontalAngle:
+      value = HostValue(GetAngle(object, kCameraVerticalAngle, GetAspect(object), kHalfWidthAtOne));
       return true;
-    case kNearEnabled:
-    case kFarEnabled: value = HostValue(false); return true;
-    case kNearDistance: value = HostValue(kNear); return true;
-    case kFarDistance: value = HostValue(kFar); return true;
+    case kCameraVerticalAngle:
+      value = HostValue(GetAngle(object, kCameraHorizontalAngle, 1 / GetAspect(object), kHalfWidthAtOne / GetAspect(object)));
+      return true;
+    case kCameraNearEnabled:
+    case kCameraFarEnabled: value = HostValue(false); return true;
+    case kCameraNearDistance: value = HostValue(kNear); return true;
+    case kCameraFarDistance: value = HostValue(kFar); return true;
     default: return false;
   }
 }

@@ -10,12 +10,7 @@ namespace q7z
 {
 
 namespace
-{
-
-constexpr Int32 kRenderWidth = 5008;
-constexpr Int32 kRenderHeight = 5009;
-
-}  // namespace
+{}  // namespace
 
 HeadlessLayer::~HeadlessLayer()
 {

@@ -12,20 +12,6 @@ namespace q7z
 namespace
 {
 
-// Parameters of a camera.
-constexpr Int32 kZoom = 1000;
-constexpr Int32 kProjection = 1001;
-constexpr Int32 kHorizontalAngle = 1008;
-constexpr Int32 kVerticalAngle = 4600;
-constexpr Int32 kNearDistance = 1122;
-constexpr Int32 kNearEnabled = 1123;
-constexpr Int32 kFarDistance = 1128;
-constexpr Int32 kFarEnabled = 1129;
-
-// Parameters of the render data.
-constexpr Int32 kRenderWidth = 5008;
-constexpr Int32 kRenderHeight = 5009;
-
 constexpr Int32 kPerspectiveProjection = 0;
 constexpr Int32 kOrthographicProjection = 1;
 
@@ -75,7 +61,7 @@ Bool IsExportableCamera(const HostObject* op) noexcept
 {
   if (!IsCameraObject(op))
     return false;
-  const Int32 projection = ReadParameter(op, kProjection).GetInt32();
+  const Int32 projection = ReadParameter(op, kCameraProjection).GetInt32();
   return projection == kPerspectiveProjection || projection == kOrthographicProjection;
 }
 
@@ -83,7 +69,7 @@ Result<GltfCameraOwner> CreateCameraFromHost(HostObject* op, const ExportOptions
 {
   CHECK_ARGUMENT(op);
   GltfCameraOwner camera;
-  if (ReadParameter(op, kProjection).GetInt32() == kPerspectiveProjection)
+  if (ReadParameter(op, kCameraProjection).GetInt32() == kPerspectiveProjection)
     camera.reset(new (std::nothrow) GltfPerspectiveCamera);
   else
     camera.reset(new (std::nothrow) GltfOrthographicCamera);
@@ -104,8 +90,8 @@ Result<void> WriteCameraToHost(const GltfCamera* camera, HostObject* op, HostDoc
 Result<void> GltfCamera::ReadFromHost(HostObject* op, const ExportOptions& options) noexcept
 {
   CHECK_ARGUMENT(op);
-  zfar = ReadLength(op, kFarEnabled, kFarDistance, options.exportScale, kNoFarPlane);
-  znear = ReadLength(op, kNearEnabled, kNearDistance, options.exportScale, 0.0);
+  zfar = ReadLength(op, kCameraFarEnabled, kCameraFarDistance, options.exportScale, kNoFarPlane);
+  znear = ReadLength(op, kCameraNearEnabled, kCameraNearDistance, options.exportScale, 0.0);
   return {};
 }
 
@@ -113,18 +99,18 @@ Result<void> GltfCamera::WriteToHost(HostObject* op, HostDocument* doc, const Im
 {
   CHECK_STATE(op);
   CHECK_STATE(doc);
-  RETURN_IF_ERROR(WriteParameter(op, kNearEnabled, true));
-  RETURN_IF_ERROR(WriteParameter(op, kNearDistance, znear * options.GetScale()));
-  RETURN_IF_ERROR(WriteParameter(op, kFarEnabled, true));
-  return WriteParameter(op, kFarDistance, zfar * options.GetScale());
+  RETURN_IF_ERROR(WriteParameter(op, kCameraNearEnabled, true));
+  RETURN_IF_ERROR(WriteParameter(op, kCameraNearDistance, znear * options.GetScale()));
+  RETURN_IF_ERROR(WriteParameter(op, kCameraFarEnabled, true));
+  return WriteParameter(op, kCameraFarDistance, zfar * options.GetScale());
 }
 
 Result<void> GltfPerspectiveCamera::ReadFromHost(HostObject* op, const ExportOptions& options) noexcept
 {
   RETURN_IF_ERROR(GltfCamera::ReadFromHost(op, options));
   type = "perspective"_s;
-  const Float hfov = ReadParameter(op, kHorizontalAngle).GetFloat();
-  const Float vfov = ReadParameter(op, kVerticalAngle).GetFloat();
+  const Float hfov = ReadParameter(op, kCameraHorizontalAngle).GetFloat();
+  const Float vfov = ReadParameter(op, kCameraVerticalAngle).GetFloat();
   second = vfov;
   first = std::tan(0.5 * hfov) / std::tan(0.5 * vfov);
   if (znear <= 0.0)
@@ -136,11 +122,11 @@ Result<void> GltfPerspectiveCamera::WriteToHost(HostObject* op, HostDocument* do
 {
   CHECK_STATE(op);
   CHECK_STATE(doc);
-  RETURN_IF_ERROR(WriteParameter(op, kProjection, kPerspectiveProjection));
+  RETURN_IF_ERROR(WriteParameter(op, kCameraProjection, kPerspectiveProjection));
   RETURN_IF_ERROR(GltfCamera::WriteToHost(op, doc, options));
   const Float hfov = 2 * std::atan(first * std::tan(second * 0.5));
-  RETURN_IF_ERROR(WriteParameter(op, kHorizontalAngle, hfov));
-  return WriteParameter(op, kVerticalAngle, second);
+  RETURN_IF_ERROR(WriteParameter(op, kCameraHorizontalAngle, hfov));
+  return WriteParameter(op, kCameraVerticalAngle, second);
 }
 
 Result<void> GltfOrthographicCamera::ReadFromHost(HostObject* op, const ExportOptions& options) noexcept
@@ -150,7 +136,7 @@ Result<void> GltfOrthographicCamera::ReadFromHost(HostObject* op, const ExportOp
   HostDocument* const doc = op->GetDocument();
   CHECK_STATE(doc);
   ASSIGN_OR_RETURN(const RenderSize size, ReadRenderSize(doc));
-  const Float zoom = ReadParameter(op, kZoom).GetFloat(0.0);  // 0 is divided by like any other
+  const Float zoom = ReadParameter(op, kCameraZoom).GetFloat(0.0);  // 0 is divided by like any other
   first = (kExportWidth / size.width) * size.width * (1.0 / zoom) * options.exportScale;
   second = (kExportWidth / size.width) * size.height * (1.0 / zoom) * options.exportScale;
   return {};
@@ -160,11 +146,11 @@ Result<void> GltfOrthographicCamera::WriteToHost(HostObject* op, HostDocument* d
 {
   CHECK_STATE(op);
   CHECK_STATE(doc);
-  RETURN_IF_ERROR(WriteParameter(op, kProjection, kOrthographicProjection));
+  RETURN_IF_ERROR(WriteParameter(op, kCameraProjection, kOrthographicProjection));
   RETURN_IF_ERROR(GltfCamera::WriteToHost(op, doc, options));
   ASSIGN_OR_RETURN(const RenderSize size, ReadRenderSize(doc));
   const Float zoom = std::min(size.width / first, size.height / second) * 0.5 / options.GetScale();
-  return WriteParameter(op, kZoom, zoom);
+  return WriteParameter(op, kCameraZoom, zoom);
 }
 
 }  // namespace q7z

@@ -49,6 +49,20 @@ inline constexpr Int32 kComponentY = 1001;
 inline constexpr Int32 kComponentZ = 1002;
 inline constexpr Int32 kPointTrackParameter = 100004812;
 
+// Parameters of a camera: angles in radians, distances in host lengths.
+inline constexpr Int32 kCameraZoom = 1000;
+inline constexpr Int32 kCameraProjection = 1001;
+inline constexpr Int32 kCameraHorizontalAngle = 1008;
+inline constexpr Int32 kCameraNearDistance = 1122;
+inline constexpr Int32 kCameraNearEnabled = 1123;
+inline constexpr Int32 kCameraFarDistance = 1128;
+inline constexpr Int32 kCameraFarEnabled = 1129;
+inline constexpr Int32 kCameraVerticalAngle = 4600;
+
+// Parameters of the render data: pixels.
+inline constexpr Int32 kRenderWidth = 5008;
+inline constexpr Int32 kRenderHeight = 5009;
+
 // Document parameters.
 inline constexpr Int32 kDocumentRateParameter = 1001;
 inline constexpr Int32 kDocumentStartParameter = 1002;
