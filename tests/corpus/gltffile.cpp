@@ -11,16 +11,6 @@ namespace q7z::test
 namespace
 {
 
-std::string ReadBytes(const std::string& path)
-{
-  std::ifstream file(path, std::ios::binary);
-  if (!file)
-    throw std::runtime_error("cannot read " + path);
-  std::stringstream bytes;
-  bytes << file.rdbuf();
-  return bytes.str();
-}
-
 std::string DecodeBase64(std::string_view text)
 {
   static constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -90,6 +80,16 @@ size_t GetWidth(const std::string& type)
 }
 
 }  // namespace
+
+std::string ReadBytes(const std::string& path)
+{
+  std::ifstream file(path, std::ios::binary);
+  if (!file)
+    throw std::runtime_error("cannot read " + path);
+  std::stringstream bytes;
+  bytes << file.rdbuf();
+  return bytes.str();
+}
 
 simdjson::simdjson_result<Json> GetMember(Json object, const char* name)
 {

@@ -21,6 +21,9 @@ std::vector<double> GetNumbers(Json object, const char* name);
 /// The elements of an array; none when it is missing.
 std::vector<Json> GetElements(Json object, const char* name);
 
+/// The whole of a file; throws when it cannot be read.
+std::string ReadBytes(const std::string& path);
+
 class GltfFile
 {
 public:

@@ -9,6 +9,7 @@
 #include "tests/app/process.h"
 #include "tests/support/gltfbuilders.h"
 #include "tests/support/rowname.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
@@ -168,7 +169,7 @@ class Hostile : public testing::TestWithParam<HostileRow>
 TEST_P(Hostile, TakesMemoryByItsSizeAlone)
 {
   const HostileRow& row = GetParam();
-  const TempFolder folder;
+  const TestFolder folder;
   int64_t bytes = 0;
   {
     const std::string text = row.make();

@@ -267,7 +267,7 @@ protected:
     return save.path;
   }
 
-  TempFolder _folder;
+  TestFolder _folder;
   std::string _path;
 };
 
@@ -367,7 +367,7 @@ TEST(MotionClips, NameEveryFileThatMoves)
     const std::string path = std::string(assets) + "/" + name;
     if (!line.starts_with("valid/") || line.find("\tnone\t") == std::string::npos || !std::filesystem::exists(path))
       continue;
-    const std::string bytes = ReadWhole(path);
+    const std::string bytes = ReadBytes(path);
     const bool moves = bytes.find("\"animations\"") != std::string::npos || bytes.find("\"skins\"") != std::string::npos ||
                        bytes.find("\"targets\"") != std::string::npos;
     EXPECT_EQ(moves, files.contains(name) || IsUnread(name)) << name;

@@ -83,7 +83,7 @@ std::string ToText(const Bytes& bytes)
 }
 
 /// With the buffers that it names; images are not looked at.
-std::string WriteOneAnimation(const std::string& path, int animation, const TempFolder& folder)
+std::string WriteOneAnimation(const std::string& path, int animation, const TestFolder& folder)
 {
   const GltfFile file(path);
   if (GetElements(file.GetRoot(), "animations").size() < 2)
@@ -95,7 +95,7 @@ std::string WriteOneAnimation(const std::string& path, int animation, const Temp
       fs::copy_file(fs::path(path).parent_path() / uri, folder / uri);
   }
   const std::string text = ReplaceAnimations(file, static_cast<size_t>(animation));
-  const std::string bytes = ReadWhole(path);
+  const std::string bytes = ReadBytes(path);
   if (!bytes.starts_with("glTF"))
     return folder.Write("clip.gltf", text);
   std::uint32_t jsonLength = 0;
@@ -105,7 +105,7 @@ std::string WriteOneAnimation(const std::string& path, int animation, const Temp
 
 /// A tower of three squares: the lower joint holds the lowest, the upper one the highest, both the one between. The target twists
 /// it; it bends, its weight rises and falls.
-std::string WriteMorphsOnJoints(const TempFolder& folder)
+std::string WriteMorphsOnJoints(const TestFolder& folder)
 {
   GltfJson json;
   const int positions =
@@ -163,7 +163,7 @@ bool IsUnread(const std::string& file)
   return std::find(std::begin(kUnread), std::end(kUnread), file) != std::end(kUnread);
 }
 
-std::string WriteClip(const Clip& clip, const TempFolder& folder)
+std::string WriteClip(const Clip& clip, const TestFolder& folder)
 {
   if (clip.file == kMadeHere)
     return WriteMorphsOnJoints(folder);

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/app/process.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
@@ -28,6 +28,6 @@ std::vector<Clip> ListClips();
 bool IsUnread(const std::string& file);
 
 /// @return the path of a file with the one animation; empty when the folder of assets is not there or has no such file.
-std::string WriteClip(const Clip& clip, const TempFolder& folder);
+std::string WriteClip(const Clip& clip, const TestFolder& folder);
 
 }  // namespace q7z::test

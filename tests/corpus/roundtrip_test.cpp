@@ -15,8 +15,9 @@
 #include "host/headlesshost.h"
 #include "host/scene/headlesstag.h"
 #include "plugin/document/gltfexportoptions.h"
-#include "tests/app/process.h"
+#include "tests/corpus/gltffile.h"
 #include "tests/corpus/worldtriangles.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
@@ -53,7 +54,7 @@ std::string NameAsset(const testing::TestParamInfo<Asset>& info)
 /// What stands behind the JSON of a .glb file; empty when nothing does.
 std::string ReadBinaryChunk(const std::string& path)
 {
-  const std::string bytes = ReadWhole(path);
+  const std::string bytes = ReadBytes(path);
   std::uint32_t jsonLength = 0;
   if (bytes.size() >= 20)
     std::memcpy(&jsonLength, bytes.data() + 12, 4);
@@ -211,7 +212,7 @@ protected:
   std::string _input;
   std::string _inputWarnings;
   std::string _savedWarnings;  // of loading what was saved
-  TempFolder _folder;
+  TestFolder _folder;
   std::unique_ptr<HeadlessHost> _host;
   int _loads = 0;
 };
