@@ -163,6 +163,17 @@ TEST_F(Skin, DeformersActFromTheMeshAndTheGroupsAroundIt)
   ExpectNear(Deform(), _bent);  // once
 }
 
+TEST_F(Skin, WithoutABindPoseNothingMoves)
+{
+  HeadlessPolygonObject& mesh = AddPoints({{1, 2, 3}});
+  auto& tag = static_cast<HeadlessWeightTag&>(*HeadlessTag::Create(kWeightTagType));
+  tag.InsertInto(&mesh);
+  ASSERT_EQ(tag.AddJoint(&_upper), 0);
+  ASSERT_TRUE(tag.SetWeight(0, 0, 1));
+  AddDeformer(&mesh);
+  EXPECT_EQ(PointsOf(*MakeCopy(mesh)), (Points{{1, 2, 3}}));
+}
+
 TEST_F(Skin, GlobalMatricesOfDeepJointsAreWorkedOutOnce)
 {
   // A chain of joints, all of which carry the mesh: each goes up by 1 from the one before.

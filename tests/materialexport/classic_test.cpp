@@ -78,6 +78,9 @@ const FactorCase kFactorCases[] = {
   {"Transparent",
    Classic(Channel(2), R"("2400": {"vector": [0.5, 0.25, 0]}, "2401": 0.5)"),
    {{kColor, "[1.0,1.0,1.0,0.75]"}, {"alphaMode", "\"BLEND\""}}},
+  {"TransparencyOfBlack",
+   Classic(Channel(2), R"("2400": {"vector": [0, 0, 0]}, "2401": 1.0)"),
+   {{kColor, "[1.0,1.0,1.0,1.0]"}, {"alphaMode", "\"OPAQUE\""}}},
   // As the brightness says, though no file should hold it.
   {"MoreThanTransparent",
    Classic(Channel(2), R"("2400": {"vector": [1, 1, 1]}, "2401": 1.5)"),
@@ -94,6 +97,7 @@ const FactorCase kFactorCases[] = {
 
   // Occlusion.
   {"OcclusionByDefault", Classic(Channel(12, "o.png")), {{"occlusionTexture", "{\"index\":0,\"strength\":0.0}"}}},
+
   // Reflectance.
   {"Reflectance",
    Classic(Channel(3), R"("1065": {"vector": [1, 1, 1]}, "1066": 0.5, "1032": 0.5, "1036": 1.0)", ", \"shaders\": {}"),
