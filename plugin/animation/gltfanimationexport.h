@@ -65,7 +65,7 @@ protected:
 };
 
 /// What an object has under its animated transform.
-struct BaseTransform
+struct FixedTransform
 {
   HostMatrix matrix;
   Vector scale;
@@ -107,7 +107,7 @@ private:
                          const TangentList& tangents, const KeyRange& range) noexcept final;
 
   /// The value of a key under the fixed transform of its object.
-  virtual Vector Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept = 0;
+  virtual Vector Convert(const FixedTransform& base, Bool flipZ, const Vector& value) const noexcept = 0;
   /// By which values and tangents are multiplied as they are written.
   virtual Float GetFactor(const ExportOptions& options) const noexcept = 0;
 };
@@ -118,7 +118,7 @@ public:
   TranslationSamplerWriter() noexcept : VectorSamplerWriter("translation"_s, "VEC3"_s, kPositionParameter, 0.0) {}
 
 private:
-  Vector Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept override;
+  Vector Convert(const FixedTransform& base, Bool flipZ, const Vector& value) const noexcept override;
   Float GetFactor(const ExportOptions& options) const noexcept override { return options.exportScale; }
 };
 
@@ -128,7 +128,7 @@ public:
   ScaleSamplerWriter() noexcept : VectorSamplerWriter("scale"_s, "VEC3"_s, kScaleParameter, 1.0) {}
 
 private:
-  Vector Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept override;
+  Vector Convert(const FixedTransform& base, Bool flipZ, const Vector& value) const noexcept override;
   Float GetFactor(const ExportOptions&) const noexcept override { return 1.0; }
 };
 

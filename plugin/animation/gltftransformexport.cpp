@@ -181,7 +181,7 @@ Result<Bool> VectorSamplerWriter::ReadKeys(const CurveList& curves, HostObject* 
                                            Keyframes& keyframes, TangentList& tangents) noexcept
 {
   RETURN_IF_ERROR(CheckCurves(curves, keyframes));
-  const BaseTransform base{HostObjectGetBaseMatrix(op), HostObjectGetBaseScale(op)};
+  const FixedTransform base{HostObjectGetBaseMatrix(op), HostObjectGetBaseScale(op)};
   ASSIGN_OR_RETURN(const Bool hasTangents, ReadTangents(curves, tangents));
   const Int32 keyCount = curves[Dim::X]->GetKeyCount();
   RETURN_IF_ERROR(keyframes.Reserve(keyCount, Dim::COUNT));
@@ -221,13 +221,13 @@ Result<void> VectorSamplerWriter::WriteKeys(GltfBuffer& buffer, const ExportOpti
   return WriteValues(buffer, values, elementCount);
 }
 
-Vector TranslationSamplerWriter::Convert(const BaseTransform& base, Bool flipZ, const Vector& value) const noexcept
+Vector TranslationSamplerWriter::Convert(const FixedTransform& base, Bool flipZ, const Vector& value) const noexcept
 {
   const Vector p = base.matrix * value;
   return {p.x, p.y, flipZ ? -p.z : p.z};
 }
 
-Vector ScaleSamplerWriter::Convert(const BaseTransform& base, Bool, const Vector& value) const noexcept
+Vector ScaleSamplerWriter::Convert(const FixedTransform& base, Bool, const Vector& value) const noexcept
 {
   return {value.x * base.scale.x, value.y * base.scale.y, value.z * base.scale.z};
 }
