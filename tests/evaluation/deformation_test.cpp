@@ -249,6 +249,13 @@ TEST_F(Morphs, MoveFromTheBaseThatMorph0Keeps)
   EXPECT_EQ(Deform(), (Points{{0, 2, 0}, {1, 0, 0}}));
 }
 
+TEST_F(Morphs, MoveFromTheObjectWithoutABaseThatFits)
+{
+  AddMorph(0, {{9, 9, 9}});
+  AddMorph(1, {{0, 3, 0}, {1, 0, 0}});
+  EXPECT_EQ(Deform(), (Points{{0, 3, 0}, {1, 0, 0}}));
+}
+
 TEST_F(Morphs, ThatDoNotFitLeaveThePointsShared)
 {
   AddMorph(0, {{0, 0, 0}, {1, 0, 0}});

@@ -322,6 +322,7 @@ const PrecedenceRow kPrecedenceRows[] = {
   {"ValueOverTrack", kPositionX, HostValue(20.0), false, 20},
   {"VectorOverTrack", HostDescId(kPositionParameter), HostValue(Vector{25, 0, 0}), false, 25},
   {"TrackOverValue", kPositionX, HostValue(20.0), true, 30},
+  {"ValueOfAnotherComponent", kPositionY, HostValue(20.0), false, 10},
   {"ValueOfAnotherKind", HostDescId(kRotationParameter), HostValue(Vector{0, 0, 0}), true, 30},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, TakePrecedence, testing::ValuesIn(kPrecedenceRows), RowName());

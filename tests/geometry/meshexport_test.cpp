@@ -362,6 +362,8 @@ TEST_P(Influences, KeepTheStrongest)
 
 const InfluenceRow kInfluences[] = {
   {"LargestFourOfFive", {0.5, 0.125, 2, 0.25, 1}, "2 4 0 3", "2 1 0.5 0.25"},
+  {"SmallestLastIsDropped", {1, 0.5, 0.5, 0.25, 0.125}, "0 1 2 3", "1 0.5 0.5 0.25"},
+  {"EqualToTheLastGoesBehind", {1, 0.5, 0.5}, "0 1 2 0", "1 0.5 0.5 0"},
   {"EqualToTheFirstGoesInFront", {1, 0.5, 1}, "2 0 1 0", "1 1 0.5 0"},
   {"EqualInTheMiddleGoesBeforeTheFirstOfItsKind", {1, 0.5, 0.25, 0.5}, "0 3 1 2", "1 0.5 0.5 0.25"},
   {"ZerosCount", {0, 0, 0, 0, 0}, "4 3 2 1", "0 0 0 0"},

@@ -127,6 +127,14 @@ TEST_F(VertexDataTest, ManyCopiesOfOnePointAreFound)
   EXPECT_EQ(AddAll(_data, {{1, {-0.0f, -0.0f, 1}, {5, -0.0f, -0.0f}, {-0.0f, 0, 0, 1}}}), std::vector<Int32>{8});
 }
 
+TEST_F(VertexDataTest, ManyCopiesOfTwoPointsStayApart)
+{
+  for (int number = 0; number < 50; ++number)
+    AddAll(_data, {NumberedCorner(number), {2, kUp, {static_cast<Float32>(number), 0, 0}, {}}});
+  // Two points of the four hold the first number each; the copies take turns.
+  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUp, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
+}
+
 constexpr const char* kEarly = "Illegal state: Condition _isInitialized not fulfilled. ";
 
 TEST(VertexData, RefusesWhatIsOutsideOrTooEarly)

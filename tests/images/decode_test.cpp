@@ -118,6 +118,14 @@ struct RefusedRow
 };
 
 const RefusedRow kRefused[] = {
+  {"Nothing", {}, "it is neither a PNG nor a JPEG image"},
+  {"PngTooWide", PngBuilder({65501, 1}).Rows({0, 1}).Build(), "its header claims 65501 x 1 pixels, more than the limit"},
+  {"PngWrapping", PngBuilder({0xFFFFFFFF, 0xFFFFFFFF}).Build(),
+   "its header claims 4294967295 x 4294967295 pixels, more than the limit"},
+  {"PngOtherFirstChunk", WithByte(kOnePixel, 12, 'J'), "the PNG header is broken"},
+  {"PngLongHeader", WithByte(kOnePixel, 11, 14), "the PNG header is broken"},
+  {"PngColorType", PngBuilder({1, 1, 8, 5}).Rows({0, 1}).Build(), "the PNG header is broken"},
+  {"PngNoDepth", PngBuilder({1, 1, 0, 0}).Rows({0, 1}).Build(), "the PNG header is broken"},
   {"AnotherFormat", BytesOf("GIF89a.............."), "it is neither a PNG nor a JPEG image"},
   {"PngHuge", PngBuilder({60000, 60000}).Rows({0, 1}).Build(), "its header claims 60000 x 60000 pixels, more than the limit"},
   {"PngEmpty", PngBuilder({0, 1}).Rows({0}).Build(), "its header claims 0 x 1 pixels, more than the limit"},

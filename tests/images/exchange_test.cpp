@@ -149,6 +149,7 @@ struct ResizeRow
 // Of a picture of 4 × 2 pixels.
 const ResizeRow kResizes[] = {
   {"Keep", {0, 1, 1}, "4 x 2"},
+  {"KeepWhateverTheSizeSays", {0, -5, 0}, "4 x 2"},
   {"ShrinkNeverGrows", {1, 100, 100}, "4 x 2"},
   {"ShrinkByWidth", {1, 2, 100}, "2 x 1"},
   {"ShrinkByHeight", {1, 100, 1}, "2 x 1"},
@@ -178,6 +179,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ResizedTexture, testing::ValuesIn(kResizes), RowN
 TEST_F(Exchange, RefusesSizesThatNoImageHas)
 {
   const std::string path = Write("in/a.png", kPicture);
+  EXPECT_EQ(SaveTexture(path, {2, 0, 5}), "Textures cannot have 0 x 5 pixels.");
   EXPECT_EQ(SaveTexture(path, {1, 5, -1}), "Textures cannot have 5 x -1 pixels.");
   EXPECT_EQ(SaveTexture(path, {2, 60000, 60000}), "Textures cannot have 60000 x 60000 pixels.");
 }

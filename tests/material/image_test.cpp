@@ -63,6 +63,7 @@ TEST_P(ImageSource, FillsTheBytesOrTellsWhyNot)
 
 const SourceRow kImageSourceRows[] = {
   {"Png", "data:image/png;base64,AQID", "", {1, 2, 3}},
+  {"Jpeg", "data:image/jpeg;base64,AQI=", "", {1, 2}},
   {"BrokenDataUri", "data:image/png;base64,A*ID", "The base64 text is broken at byte 1.", {}},
   {"OtherDataUri", "data:image/webp;base64,AQID", kWrongScheme, {}},
   {"PercentCodes", "a%20b.png", "", {4}},
@@ -145,6 +146,8 @@ TEST_P(ImageView, IsCopiedWholeOrNotAtAll)
 const ViewRow kImageViewRows[] = {
   {"Part", R"({"buffer":0,"byteOffset":2,"byteLength":3})", true, {2, 3, 4}},
   {"StrideCountsForNothing", R"({"buffer":0,"byteLength":2,"byteStride":64})", true, {0, 1}},
+  {"OneTooFar", R"({"buffer":0,"byteOffset":6,"byteLength":3})", false, {}},
+  {"NegativeLength", R"({"buffer":0,"byteLength":-4})", false, {}},
   {"OneTooLong", R"({"buffer":0,"byteLength":9})", false, {}},
   {"NegativeOffset", R"({"buffer":0,"byteOffset":-1,"byteLength":4})", false, {}},
   {"HugeOffset", R"({"buffer":0,"byteOffset":9223372036854775807,"byteLength":8})", false, {}},

@@ -53,6 +53,8 @@ const MaterialRow kMaterialRows[] = {
    "double, 'Wood'"},
   {"EmissionLosesItsFraction", R"({"emissiveFactor":[0.5,1.9,2]})",
    "base 1 1 1 1 none, metal 1, rough 1 none, normal 1 none, occlusion 1 none, emissive 0 1 2 none, OPAQUE 0.5, ''"},
+  {"AnyAlphaMode", R"({"alphaMode":"glass"})",
+   "base 1 1 1 1 none, metal 1, rough 1 none, normal 1 none, occlusion 1 none, emissive 0 0 0 none, glass 0.5, ''"},
   {"ScaleOfAnIndexLessReference", R"({"normalTexture":{"index":-1,"scale":3}})",
    "base 1 1 1 1 none, metal 1, rough 1 none, normal 3 -1:0, occlusion 1 none, emissive 0 0 0 none, OPAQUE 0.5, ''"},
   {"NumbersOfTheWrongKind",

@@ -41,6 +41,8 @@ const NameRow kNameRows[] = {
   {"Wildcards", "a*?\"<>|b", "a______b_baseColorTexture.png"},
   {"Device", "con", "_on_baseColorTexture.png"},
   {"DeviceWithExtension", "NUL.wood", "_UL.wood_baseColorTexture.png"},
+  {"DeviceWithBlank", "Aux .x", "_ux .x_baseColorTexture.png"},
+  {"NoPort", "COMX", "COMX_baseColorTexture.png"},
   {"Port", "lpt1", "_pt1_baseColorTexture.png"},
   {"NoDevice", "Console", "Console_baseColorTexture.png"},
   {"OverlongName", Repeat("a", 300), Repeat("a", 200) + "_baseColorTexture.png"},

@@ -105,6 +105,17 @@ TEST_F(NodeMaterials, ShareImagesWithEachOther)
   EXPECT_EQ(_sessions.encoded.size(), 2u) << "each is encoded once";
 }
 
+// Occlusion, roughness and metallic often lie in one image.
+TEST_F(NodeMaterials, ShareImagesAmongTheirTextures)
+{
+  _exchange.records["M0"] = {.textures = {{"occlusionTexture", &_blue}, {"metallicRoughnessTexture", &_blue}}};
+  ASSERT_EQ(SaveNodes(), "");
+  EXPECT_EQ(Count("images"), 1);
+  EXPECT_EQ(Image(0), "png 2x1 all 0,0,200");
+  EXPECT_EQ(At("textures"), R"([{"sampler":0,"source":0},{"sampler":1,"source":0}])");
+  EXPECT_EQ(_sessions.encoded.size(), 1u);
+}
+
 TEST_F(NodeMaterials, WithoutTexturesHaveFactorsAlone)
 {
   _parameters = {{kExportTexturesParameter, HostValue(false)}};

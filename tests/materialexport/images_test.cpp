@@ -190,6 +190,15 @@ TEST_F(MaterialTags, WithoutAMaterialHideTheParents)
   EXPECT_EQ(At("meshes/0/primitives/0/material"), "-");
 }
 
+TEST_F(MaterialTags, AreLookedUpThroughAllParents)
+{
+  ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "2") +
+                        R"(], "children": [{"id": 5, "type": 5140, "name": "q", "children": [{"id": 6, )" + kTriangle + "}]}]}"),
+            "");
+  EXPECT_EQ(At("materials/0/name"), "\"two\"");
+  EXPECT_EQ(At("meshes/0/primitives/0/material"), "0");
+}
+
 TEST_F(MaterialTags, OfTheObjectComeBeforeThoseOfParents)
 {
   ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "2") + R"(], "children": [{"id": 5, )" +
