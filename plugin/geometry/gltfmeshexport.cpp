@@ -48,8 +48,8 @@ Result<void> CollectMeshData(MeshData& record, GltfBuffer& buffer, HostPolygonOb
   CHECK_STATE(positions);
   record.name = op->GetName();
   VertexData vertexData;
-  RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount()));
   MarkAttributes(record, op, settings);
+  RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount(), record.polygonColors.isUsed));
   BaseArray<Int32> indices;
   RETURN_IF_ERROR(SplitVertices(record, indices, op, vertexData, settings.exportMorphs, isTarget));
   RETURN_IF_ERROR(WriteVertices(record, buffer, vertexData, init_positions, indices, settings, isTarget));

@@ -51,7 +51,8 @@ struct MeshExportData : MeshData
 
 /// Fills record from op and appends its bytes to buffer; offsets in views count from the buffer's first byte.
 /// @param positions  the host points to write, as many as op has: its own, or those of a target.
-/// @param init_positions  the written positions, three 64-bit floats a vertex: filled by a mesh, wanted by its targets.
+/// @param init_positions  the written positions, three 64-bit floats a vertex: filled by a mesh that may have targets, wanted by
+///   these.
 Result<void> CollectMeshData(MeshData& record, GltfBuffer& buffer, HostPolygonObject* op, HostDocument* doc,
                              const Vector* positions, BaseArray<Vector>& init_positions, const ExportOptions& settings,
                              Bool isTarget) noexcept;

@@ -17,7 +17,7 @@ Result<void> SplitVertices(const MeshData& record, BaseArray<Int32>& indices, Ho
 
 /// Appends the indices and the interleaved vertices; of a target the distances to the mesh's written positions alone. Uses the
 /// positions of vertex_data up.
-Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, VertexData& vertex_data, BaseArray<Vector>& init_positions,
+Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data, BaseArray<Vector>& init_positions,
                            const BaseArray<Int32>& indices, const ExportOptions& settings, Bool isTarget) noexcept;
 
 /// Appends the joints and weights of a weight tag that has joints. The record's vertexPoints are there.

@@ -89,21 +89,21 @@ UInt32 LayOutVertex(MeshData& record, Bool isTarget) noexcept
 class VertexWriter
 {
 public:
-  /// @param positions  of the vertices; they become the written ones.
   /// @param base  the written positions of a target's mesh, or null.
-  VertexWriter(MeshData& record, const VertexData& vertex_data, BaseArray<Vector>& positions, const Vector* base,
+  /// @param written  room for the written positions, or null.
+  VertexWriter(MeshData& record, const VertexData& vertex_data, const Vector* base, Vector* written,
                const ExportOptions& settings) noexcept
       : _record(record),
         _vertices(vertex_data),
-        _positions(positions),
         _base(base),
+        _written(written),
         _scale(settings.exportScale),
         _flipZ(settings.flipZ)
   {}
 
   Result<void> Write(Byte* room, UInt32 stride) noexcept
   {
-    const Int count = _positions.GetCount();
+    const Int count = _vertices.GetVertexCount();
     for (Int first = 0; first < count; first += kBlockVertices)
     {
       const Int end = std::min(first + kBlockVertices, count);
@@ -119,8 +119,9 @@ public:
 private:
   void WriteVertex(Int i, Byte*& target) noexcept
   {
-    Vector& position = _positions[i];
-    position = MirrorPosition(position) * _scale;
+    const Vector position = MirrorPosition(_vertices.GetPositions()[i]) * _scale;
+    if (_written)
+      _written[i] = position;
     WritePosition(_base ? position - _base[i] : position, target);
     if (_base)
       return;
@@ -156,15 +157,15 @@ private:
 
   MeshData& _record;
   const VertexData& _vertices;
-  BaseArray<Vector>& _positions;
   const Vector* const _base;
+  Vector* const _written;
   const Float _scale;
   const Bool _flipZ;
 };
 
 }  // namespace
 
-Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, VertexData& vertex_data, BaseArray<Vector>& init_positions,
+Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data, BaseArray<Vector>& init_positions,
                            const BaseArray<Int32>& indices, const ExportOptions& settings, Bool isTarget) noexcept
 {
   CHECK_ARGUMENT((init_positions.GetCount() == 0 && !isTarget) ||
@@ -182,12 +183,12 @@ Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, VertexData& ver
   record.vertexView.AddByteOffset(buffer.GetBytes().GetCount());
   record.vertexView.AddByteLength(vertexBytes);
   ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(vertexBytes));
-  BaseArray<Vector> positions = vertex_data.TakePositions();
-  const Vector* const base = isTarget ? init_positions.GetFirst() : nullptr;
-  RETURN_IF_ERROR(VertexWriter(record, vertex_data, positions, base, settings).Write(room, stride));
-  if (!isTarget)
-    init_positions = std::move(positions);
-  return {};
+  if (isTarget)
+    return VertexWriter(record, vertex_data, init_positions.GetFirst(), nullptr, settings).Write(room, stride);
+  // Without morphs there is no target to want them.
+  if (settings.exportMorphs)
+    RETURN_IF_ERROR(init_positions.ResizeForOverwrite(vertexCount));
+  return VertexWriter(record, vertex_data, nullptr, init_positions.GetFirst(), settings).Write(room, stride);
 }
 
 }  // namespace q7z

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <numeric>
 
 #include "framework/hashmap.h"
 
@@ -16,6 +17,11 @@ Bool HasNaN(const Vector32& v) noexcept
   return v.x != v.x || v.y != v.y || v.z != v.z;
 }
 
+Bool HasNaN(const VertexColor& c) noexcept
+{
+  return c.r != c.r || c.g != c.g || c.b != c.b || c.a != c.a;
+}
+
 /// Two numbers as one word. Adding 0 turns -0, which equals 0, into it.
 UInt PackPair(Float32 first, Float32 second) noexcept
 {
@@ -24,24 +30,46 @@ UInt PackPair(Float32 first, Float32 second) noexcept
 
 }  // namespace
 
-Result<void> VertexData::Init(const Vector* positions, Int32 vertices_count) noexcept
+Result<void> VertexPositions::Init(const Vector* points, Int32 pointCount) noexcept
+{
+  RETURN_IF_ERROR(_sources.ResizeForOverwrite(pointCount));
+  std::iota(_sources.begin(), _sources.end(), 0);
+  _points = points;
+  _pointCount = pointCount;
+  return {};
+}
+
+Result<void> VertexPositions::AppendElsewhere(const Vector& position) noexcept
+{
+  RETURN_IF_ERROR(_others.Append(position));
+  return _sources.Append(static_cast<Int32>(_pointCount + _others.GetCount() - 1));
+}
+
+BaseArray<Int32> VertexPositions::TakePoints() noexcept
+{
+  if (_others.IsPopulated())
+  {
+    for (Int32& source : _sources)
+      source = source < _pointCount ? source : kNone;
+  }
+  return std::move(_sources);
+}
+
+Result<void> VertexData::Init(const Vector* positions, Int32 vertices_count, Bool hasColors) noexcept
 {
   CHECK_STATE(positions);
   CHECK_STATE(vertices_count > 0);
+  _hasColors = hasColors;
   RETURN_IF_ERROR(_isProcessed.Resize(vertices_count));
   RETURN_IF_ERROR(_copyCounts.Resize(vertices_count));
   RETURN_IF_ERROR(Reserve(vertices_count));
+  RETURN_IF_ERROR(_positions.Init(positions, vertices_count));
   RETURN_IF_ERROR(_normals.Resize(vertices_count));
   RETURN_IF_ERROR(_uvs.Resize(vertices_count));
-  RETURN_IF_ERROR(_polygonColors.ResizeForOverwrite(vertices_count));
-  RETURN_IF_ERROR(_positions.ResizeForOverwrite(vertices_count));
-  RETURN_IF_ERROR(_hostPoints.ResizeForOverwrite(vertices_count));
+  RETURN_IF_ERROR(_polygonColors.ResizeForOverwrite(hasColors ? vertices_count : 0));
   RETURN_IF_ERROR(_older.ResizeForOverwrite(vertices_count));
-  std::copy_n(positions, vertices_count, _positions.begin());
-  std::fill_n(_polygonColors.begin(), vertices_count, VertexColor());
+  std::fill(_polygonColors.begin(), _polygonColors.end(), VertexColor());
   std::fill_n(_older.begin(), vertices_count, kNone);
-  for (Int32 i = 0; i < vertices_count; ++i)
-    _hostPoints[i] = i;
   _vertexCount = vertices_count;
   _isInitialized = true;
   return {};
@@ -66,7 +94,8 @@ Result<Int32> VertexData::AddVertexData(Int32 vertex_index, const Vector32& norm
     return AddCopy(key);
   _normals[vertex_index] = normal;
   _uvs[vertex_index] = uv;
-  _polygonColors[vertex_index] = color;
+  if (_hasColors)
+    _polygonColors[vertex_index] = color;
   _isProcessed[vertex_index] = 1;
   return vertex_index;
 }
@@ -76,8 +105,7 @@ Result<void> VertexData::Reserve(Int vertexCount) noexcept
   RETURN_IF_ERROR(_positions.Reserve(vertexCount));
   RETURN_IF_ERROR(_normals.Reserve(vertexCount));
   RETURN_IF_ERROR(_uvs.Reserve(vertexCount));
-  RETURN_IF_ERROR(_polygonColors.Reserve(vertexCount));
-  RETURN_IF_ERROR(_hostPoints.Reserve(vertexCount));
+  RETURN_IF_ERROR(_polygonColors.Reserve(_hasColors ? vertexCount : 0));
   RETURN_IF_ERROR(_older.Reserve(vertexCount));
   _capacity = std::max(_capacity, vertexCount);
   return {};
@@ -91,14 +119,14 @@ Result<void> VertexData::MakeRoom() noexcept
   return _vertexCount < _capacity ? Result<void>() : Reserve(_capacity + _capacity / 2 + 8);
 }
 
-Int32 VertexData::Append(const Vector& position, const Key& key) noexcept
+/// What a vertex has beside its position.
+Int32 VertexData::AppendValues(const Key& key) noexcept
 {
   // Room for all of it was made before.
-  DropError(_positions.Append(position));
   DropError(_normals.Append(key.normal));
   DropError(_uvs.Append(key.uv));
-  DropError(_polygonColors.Append(key.color));
-  DropError(_hostPoints.Append(key.point));
+  if (_hasColors)
+    DropError(_polygonColors.Append(key.color));
   DropError(_older.Append(kNone));
   return _vertexCount++;
 }
@@ -108,22 +136,22 @@ Result<Int32> VertexData::AddVertex(const Vector& position, const Vector32& norm
 {
   CHECK_STATE(_isInitialized);
   RETURN_IF_ERROR(MakeRoom());
-  return Append(position, {kNone, normal, uv, color});
+  RETURN_IF_ERROR(_positions.AppendElsewhere(position));
+  return AppendValues({kNone, normal, uv, color});
 }
 
 /// One more vertex of a point. A key with a NaN is found by nothing and enters no list.
 Result<Int32> VertexData::AddCopy(const Key& key) noexcept
 {
   RETURN_IF_ERROR(MakeRoom());
-  const Bool isLost =
-    HasNaN(key.normal) || HasNaN(key.uv) || HasNaN({key.color.r, key.color.g, key.color.b}) || key.color.a != key.color.a;
-  if (isLost)
-    return Append(_positions[key.point], key);
-
+  const Bool isLost = HasNaN(key.normal) || HasNaN(key.uv) || (_hasColors && HasNaN(key.color));
   const Byte count = _copyCounts[key.point];
-  if (count >= kLongestWalk)
+  if (!isLost && count >= kLongestWalk)
     RETURN_IF_ERROR(MakeSlots(kLongestWalk + 1));
-  const Int32 vertex = Append(_positions[key.point], key);
+  DropError(_positions.AppendAtPoint(key.point));  // room was made
+  const Int32 vertex = AppendValues(key);
+  if (isLost)
+    return vertex;
   _older[vertex] = _older[key.point];
   _older[key.point] = vertex;
   if (count <= kLongestWalk)
@@ -150,7 +178,7 @@ Int32 VertexData::FindInSlots(const Key& key) const noexcept
   const UInt32 mask = static_cast<UInt32>(_slots.GetCount() - 1);
   for (UInt32 slot = GetHash(key) & mask; _slots[slot] != kNone; slot = (slot + 1) & mask)
   {
-    if (_hostPoints[_slots[slot]] == key.point && HasValues(_slots[slot], key))
+    if (_positions.GetPoint(_slots[slot]) == key.point && HasValues(_slots[slot], key))
       return _slots[slot];
   }
   return kNone;
@@ -162,7 +190,7 @@ void VertexData::EnterCopy(Int32 vertex) noexcept
   const Key key = GetKey(vertex);
   const UInt32 mask = static_cast<UInt32>(_slots.GetCount() - 1);
   UInt32 slot = GetHash(key) & mask;
-  while (_slots[slot] != kNone && !(_hostPoints[_slots[slot]] == key.point && HasValues(_slots[slot], key)))
+  while (_slots[slot] != kNone && !(_positions.GetPoint(_slots[slot]) == key.point && HasValues(_slots[slot], key)))
     slot = (slot + 1) & mask;
   _slotsInUse += _slots[slot] == kNone;
   _slots[slot] = vertex;
@@ -225,16 +253,10 @@ Result<VertexColor> VertexData::GetPolygonColor(Int32 vertex_index) const noexce
   return _polygonColors[vertex_index];
 }
 
-BaseArray<Vector> VertexData::TakePositions() noexcept
-{
-  _isInitialized = false;
-  return std::move(_positions);
-}
-
 BaseArray<Int32> VertexData::TakeHostPoints() noexcept
 {
   _isInitialized = false;
-  return std::move(_hostPoints);
+  return _positions.TakePoints();
 }
 
 }  // namespace q7z

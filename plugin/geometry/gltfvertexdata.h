@@ -19,13 +19,46 @@ struct VertexColor
   friend constexpr Bool operator==(const VertexColor&, const VertexColor&) noexcept = default;
 };
 
-class VertexData
+/// Where vertices are. Most are at a host point, and the points lie in the host, so that a vertex keeps no more than its number.
+class VertexPositions
 {
 public:
   static constexpr Int32 kNone = -1;
 
+  /// One vertex for each of the points, which outlive the list.
+  Result<void> Init(const Vector* points, Int32 pointCount) noexcept;
+  Result<void> Reserve(Int vertexCount) noexcept { return _sources.Reserve(vertexCount); }
+
+  Result<void> AppendAtPoint(Int32 point) noexcept { return _sources.Append(point); }
+  Result<void> AppendElsewhere(const Vector& position) noexcept;
+
+  Int GetCount() const noexcept { return _sources.GetCount(); }
+  const Vector& operator[](Int vertex) const noexcept
+  {
+    const Int32 source = _sources[vertex];
+    return source < _pointCount ? _points[source] : _others[source - _pointCount];
+  }
+  /// kNone for a vertex elsewhere.
+  Int32 GetPoint(Int vertex) const noexcept { return _sources[vertex] < _pointCount ? _sources[vertex] : kNone; }
+  /// The points of all vertices. For the end.
+  BaseArray<Int32> TakePoints() noexcept;
+
+private:
+  const Vector* _points = nullptr;  // not owned
+  Int32 _pointCount = 0;
+  BaseArray<Int32> _sources;  // for each vertex its point, or the point count and its place in _others
+  BaseArray<Vector> _others;
+};
+
+class VertexData
+{
+public:
+  static constexpr Int32 kNone = VertexPositions::kNone;
+
   /// The host points are the first vertices, in their order, with a zero normal and UV and the colour (0, 0, 0, 1). Asked once.
-  Result<void> Init(const Vector* positions, Int32 vertices_count) noexcept;
+  /// @param positions  of the host points; they outlive the data.
+  /// @param hasColors  false for a mesh without colours: those that are given count for nothing, and none are kept.
+  Result<void> Init(const Vector* positions, Int32 vertices_count, Bool hasColors = true) noexcept;
 
   /// Room for so many vertices in all.
   Result<void> Reserve(Int vertexCount) noexcept;
@@ -58,14 +91,12 @@ public:
   Result<VertexColor> GetPolygonColor(Int32 vertex_index) const noexcept;
 
   // All vertices at once.
-  const BaseArray<Vector>& GetPositions() const noexcept { return _positions; }
+  const VertexPositions& GetPositions() const noexcept { return _positions; }
   const BaseArray<Vector32>& GetNormals() const noexcept { return _normals; }
   const BaseArray<Vector32>& GetUVs() const noexcept { return _uvs; }
   const BaseArray<VertexColor>& GetPolygonColors() const noexcept { return _polygonColors; }
 
-  // For the end, as nothing else can be asked then.
-  BaseArray<Vector> TakePositions() noexcept;
-  /// For each vertex the host point that it came from, kNone for none.
+  /// For each vertex the host point that it came from, kNone for none. For the end, as nothing else can be asked then.
   BaseArray<Int32> TakeHostPoints() noexcept;
 
 private:
@@ -81,11 +112,11 @@ private:
   };
   Key GetKey(Int32 vertex) const noexcept
   {
-    return {_hostPoints[vertex], _normals[vertex], _uvs[vertex], _polygonColors[vertex]};
+    return {_positions.GetPoint(vertex), _normals[vertex], _uvs[vertex], _hasColors ? _polygonColors[vertex] : VertexColor()};
   }
   Bool HasValues(Int32 vertex, const Key& key) const noexcept
   {
-    return _normals[vertex] == key.normal && _uvs[vertex] == key.uv && _polygonColors[vertex] == key.color;
+    return _normals[vertex] == key.normal && _uvs[vertex] == key.uv && (!_hasColors || _polygonColors[vertex] == key.color);
   }
   static UInt32 GetHash(const Key& key) noexcept;
 
@@ -96,19 +127,19 @@ private:
   void EnterCopiesOf(Int32 point) noexcept;
   Result<void> MakeSlots(Int count) noexcept;
   Result<void> MakeRoom() noexcept;
-  Int32 Append(const Vector& position, const Key& key) noexcept;
+  Int32 AppendValues(const Key& key) noexcept;
 
   Bool _isInitialized = false;
+  Bool _hasColors = true;
   Int32 _vertexCount = 0;
   Int _capacity = 0;  // vertices for which every array has room
 
   // For each vertex.
-  BaseArray<Vector> _positions;
+  VertexPositions _positions;
   BaseArray<Vector32> _normals;
   BaseArray<Vector32> _uvs;
-  BaseArray<VertexColor> _polygonColors;
-  BaseArray<Int32> _hostPoints;  // the point that it came from
-  BaseArray<Int32> _older;       // the next older copy of the same point, of a point its newest one; kNone ends
+  BaseArray<VertexColor> _polygonColors;  // empty without _hasColors
+  BaseArray<Int32> _older;                // the next older copy of the same point, of a point its newest one; kNone ends
 
   // For each host point.
   BaseArray<Byte> _isProcessed;  // 0 or 1: whether a corner has given it its values

@@ -419,6 +419,7 @@ TEST_F(MeshExport, CornersOutsideAreRefused)
 
 TEST_F(MeshExport, MissingPartsAreRefused)
 {
+  _options.exportMorphs = true;
   HostPolygonObject* const op = Make();
   const Vector* const points = op->GetPointsR();
   CollectedMesh mesh;

@@ -97,6 +97,15 @@ TEST_F(VertexDataTest, CopyHasThePositionOfItsPointAndItsOwnValues)
   EXPECT_EQ(_data.TakeHostPoints()[4], 1);
 }
 
+TEST(VertexData, ColorsCountForNothingWhereNoneAreKept)
+{
+  VertexData data;
+  ASSERT_EQ(ErrorText(data.Init(kPoints, 4, false)), "no error");
+  const std::vector<Corner> corners = {{1, kUp, {}, {1, 0, 0, 1}}, {1, kUp, {}, {kNaN, 0, 0, 1}}, {1, kUp, {0, 0, 1}}};
+  EXPECT_EQ(AddAll(data, corners), (std::vector<Int32>{1, 1, 4}));
+  EXPECT_EQ(data.GetPolygonColors().GetCount(), 0);
+}
+
 TEST_F(VertexDataTest, AddedVertexBelongsToNoPoint)
 {
   EXPECT_EQ(_data.AddVertex({5, 6, 7}, kUp, {}, {}).GetValue(), 4);
