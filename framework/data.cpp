@@ -23,8 +23,6 @@ struct DataBlock
   Int count = 0;
   Int capacity = 0;
   DataArena* arena = nullptr;  // where the block lies; null for memory of its own
-  Int byteCount = 0;           // of the whole block
-  UInt32* index = nullptr;     // the members' numbers, sorted by key; null for a small dictionary
 
   template <typename T>
   T* GetElements() noexcept
@@ -40,6 +38,8 @@ namespace
 
 using detail::DataBlock;
 
+// A new dictionary's room. Nodes are the most of a large document: name, mesh or children, translation, rotation, scale.
+constexpr Int kFirstMembers = 6;
 // Up to here a dictionary is searched from end to end.
 constexpr Int kSmallDictionary = 16;
 constexpr Int kMostMembers = Int(1) << 32;  // of a dictionary with an index
@@ -47,31 +47,43 @@ constexpr Int kMostMembers = Int(1) << 32;  // of a dictionary with an index
 constexpr Int kLargestRequest = Int(1) << 46;
 constexpr Int kLargestChunk = Int(1) << 20;
 
+template <typename T>
 Int GetIndexCount(Int capacity) noexcept
 {
-  return capacity <= kSmallDictionary ? 0 : capacity;
+  return std::is_same_v<T, DataMember> && capacity > kSmallDictionary ? capacity : 0;
 }
 
-/// A block with room for capacity elements and, after them, an index of indexCount numbers.
+/// The bytes of a block with room for capacity elements and, for members of a large dictionary, the index behind them.
 template <typename T>
-DataBlock* AllocateBlock(Int capacity, Int indexCount, DataArena* arena) noexcept
+Int GetByteCount(Int capacity) noexcept
+{
+  return static_cast<Int>(sizeof(DataBlock) + static_cast<size_t>(capacity) * sizeof(T) +
+                          static_cast<size_t>(GetIndexCount<T>(capacity)) * sizeof(UInt32));
+}
+
+/// The members' numbers, sorted by key; null for a small dictionary.
+UInt32* GetIndex(DataBlock& dictionary) noexcept
+{
+  const Int capacity = dictionary.capacity;
+  return GetIndexCount<DataMember>(capacity) ? reinterpret_cast<UInt32*>(dictionary.GetElements<DataMember>() + capacity)
+                                             : nullptr;
+}
+
+template <typename T>
+DataBlock* AllocateBlock(Int capacity, DataArena* arena) noexcept
 {
   static_assert(sizeof(DataBlock) % alignof(T) == 0);
-  if (indexCount > kMostMembers)
+  if (GetIndexCount<T>(capacity) > kMostMembers)
     return nullptr;
-  const Int byteCount = static_cast<Int>(sizeof(DataBlock) + static_cast<size_t>(capacity) * sizeof(T) +
-                                         static_cast<size_t>(indexCount) * sizeof(UInt32));
+  const Int byteCount = GetByteCount<T>(capacity);
   void* const memory = arena ? arena->Allocate(byteCount) : AllocateMemory(byteCount);
   if (!memory)
     return nullptr;
   DataBlock* const block = ::new (memory) DataBlock;
   block->capacity = capacity;
   block->arena = arena;
-  block->byteCount = byteCount;
   if (arena)
     arena->AddReference();
-  if (indexCount)
-    block->index = reinterpret_cast<UInt32*>(block->GetElements<T>() + capacity);
   return block;
 }
 
@@ -85,7 +97,7 @@ void ReleaseBlock(DataBlock* block) noexcept
   if (arena)
     arena->Release();
   else
-    FreeMemory(block, block->byteCount);
+    FreeMemory(block, GetByteCount<T>(block->capacity));
 }
 
 void AddReference(DataBlock* block) noexcept
@@ -104,7 +116,8 @@ Bool IsBefore(const DataKey& a, const DataKey& b) noexcept
 UInt32* FindPlace(DataBlock& block, const DataKey& key) noexcept
 {
   const DataMember* const members = block.GetElements<DataMember>();
-  return std::lower_bound(block.index, block.index + block.count, key,
+  UInt32* const index = GetIndex(block);
+  return std::lower_bound(index, index + block.count, key,
                           [&](UInt32 member, const DataKey& wanted) { return IsBefore(members[member].key, wanted); });
 }
 
@@ -113,10 +126,10 @@ DataMember* FindMember(DataBlock* block, const DataKey& key) noexcept
   if (!block)
     return nullptr;
   DataMember* const members = block->GetElements<DataMember>();
-  if (block->index)
+  if (const UInt32* const index = GetIndex(*block))
   {
     const UInt32* const place = FindPlace(*block, key);
-    return place != block->index + block->count && members[*place].key == key ? members + *place : nullptr;
+    return place != index + block->count && members[*place].key == key ? members + *place : nullptr;
   }
   for (Int i = 0; i < block->count; ++i)
   {
@@ -129,10 +142,10 @@ DataMember* FindMember(DataBlock* block, const DataKey& key) noexcept
 /// Puts a member at the end of a block that has room for it and does not hold its key.
 void AppendMember(DataBlock& block, DataMember&& member) noexcept
 {
-  if (block.index)
+  if (UInt32* const index = GetIndex(block))
   {
     UInt32* const place = FindPlace(block, member.key);
-    std::copy_backward(place, block.index + block.count, block.index + block.count + 1);
+    std::copy_backward(place, index + block.count, index + block.count + 1);
     *place = static_cast<UInt32>(block.count);
   }
   ::new (block.GetElements<DataMember>() + block.count) DataMember(std::move(member));
@@ -166,26 +179,27 @@ Int MergeRepeated(UInt32* index, DataMember* members, Int count) noexcept
 /// Moves members into an empty block that has an index, in the time of sorting them.
 void FillIndexed(DataBlock& block, DataMember* members, Int count) noexcept
 {
-  SortIndex(block.index, members, count);
-  const Int merged = MergeRepeated(block.index, members, count);
-  std::sort(block.index, block.index + merged);
+  UInt32* const index = GetIndex(block);
+  SortIndex(index, members, count);
+  const Int merged = MergeRepeated(index, members, count);
+  std::sort(index, index + merged);
   DataMember* const target = block.GetElements<DataMember>();
   for (Int i = 0; i < merged; ++i)
-    ::new (target + i) DataMember(std::move(members[block.index[i]]));
+    ::new (target + i) DataMember(std::move(members[index[i]]));
   block.count = merged;
-  SortIndex(block.index, target, merged);
+  SortIndex(index, target, merged);
 }
 
 /// A copy of block with room for capacity members.
 DataBlock* CopyDictionary(DataBlock* block, Int capacity) noexcept
 {
-  DataBlock* const copy = AllocateBlock<DataMember>(capacity, GetIndexCount(capacity), nullptr);
+  DataBlock* const copy = AllocateBlock<DataMember>(capacity, nullptr);
   if (!copy || !block)
     return copy;
   std::uninitialized_copy_n(block->GetElements<DataMember>(), block->count, copy->GetElements<DataMember>());
   copy->count = block->count;
-  if (copy->index)
-    SortIndex(copy->index, copy->GetElements<DataMember>(), copy->count);
+  if (UInt32* const index = GetIndex(*copy))
+    SortIndex(index, copy->GetElements<DataMember>(), copy->count);
   return copy;
 }
 
@@ -308,10 +322,10 @@ Result<DataDictionary> DataDictionary::Create(DataMember* members, Int count, Da
   DataDictionary dictionary;
   if (count == 0)
     return dictionary;
-  dictionary._block = AllocateBlock<DataMember>(count, GetIndexCount(count), arena);
+  dictionary._block = AllocateBlock<DataMember>(count, arena);
   if (!dictionary._block)
     return Error::OutOfMemory();
-  if (dictionary._block->index)
+  if (GetIndex(*dictionary._block))
   {
     FillIndexed(*dictionary._block, members, count);
     return dictionary;
@@ -345,7 +359,7 @@ Result<void> DataDictionary::Set(const DataKey& key, Data value) noexcept
   const Bool isShared = _block && _block->references.load(std::memory_order_acquire) > 1;
   if (!_block || isShared || (!found && count == _block->capacity))
   {
-    DataBlock* const copy = CopyDictionary(_block, found ? count : count + count / 2 + 4);
+    DataBlock* const copy = CopyDictionary(_block, found ? count : count + count / 2 + kFirstMembers);
     if (!copy)
       return Error::OutOfMemory();
     old._block = std::exchange(_block, copy);
@@ -376,8 +390,8 @@ Bool DataDictionary::Erase(const DataKey& key) noexcept
   std::move(erased + 1, end, erased);
   std::destroy_at(end - 1);
   --_block->count;
-  if (_block->index)
-    SortIndex(_block->index, first, _block->count);
+  if (UInt32* const index = GetIndex(*_block))
+    SortIndex(index, first, _block->count);
   return true;
 }
 
@@ -464,7 +478,7 @@ Result<Data> Data::CreateArray(Data* elements, Int count, DataArena* arena) noex
   array._kind = DataKind::kArray;
   if (count == 0)
     return array;
-  array._block = AllocateBlock<Data>(count, 0, arena);
+  array._block = AllocateBlock<Data>(count, arena);
   if (!array._block)
     return Error::OutOfMemory();
   for (Int i = 0; i < count; ++i)

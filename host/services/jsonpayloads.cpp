@@ -17,6 +17,8 @@ constexpr std::string_view kUriStart = "\"data:";
 constexpr std::string_view kEncodingMark = ";base64,";
 // Stands for a payload, followed by its number. No base64 text holds it.
 constexpr char kPayloadMark = '#';
+// A mark with its number is no longer than this, and much shorter than what it stands for.
+constexpr size_t kLongestMark = 24;
 
 constexpr size_t kBlock = 64;
 
@@ -81,24 +83,37 @@ JsonPayloads::Payload JsonPayloads::Find(std::string_view text, size_t from) con
   return {};
 }
 
-JsonPayloads::JsonPayloads(std::string_view text)
+JsonPayloads::JsonPayloads(std::string_view text) : _text(text)
 {
-  size_t kept = 0;
-  for (Payload payload = Find(text, 0); !payload.string.empty(); payload = Find(text, kept))
+  for (Payload payload = Find(text, 0); !payload.string.empty();)
   {
-    const size_t start = static_cast<size_t>(payload.string.data() - text.data());
-    _text.append(text.substr(kept, start + payload.prefixLength - kept));
-    _text += kPayloadMark + std::to_string(_payloads.size());
-    kept = start + payload.string.size();
     _payloads.push_back(payload);
+    payload = Find(text, static_cast<size_t>(payload.string.data() - text.data()) + payload.string.size());
   }
-  if (!_payloads.empty())
-    _text.append(text.substr(kept));
+}
+
+std::string JsonPayloads::MakeShortenedText(size_t spareByteCount) const
+{
+  size_t byteCount = _text.size() + spareByteCount;
+  for (const Payload& payload : _payloads)
+    byteCount -= payload.string.size() - payload.prefixLength - kLongestMark;
+  std::string shortened;
+  shortened.reserve(byteCount);
+  size_t kept = 0;
+  for (size_t i = 0; i < _payloads.size(); ++i)
+  {
+    const Payload& payload = _payloads[i];
+    const size_t start = static_cast<size_t>(payload.string.data() - _text.data());
+    shortened.append(_text.substr(kept, start + payload.prefixLength - kept)).append(1, kPayloadMark).append(std::to_string(i));
+    kept = start + payload.string.size();
+  }
+  shortened.append(_text.substr(kept));
+  return shortened;
 }
 
 std::string_view JsonPayloads::FindOriginal(std::string_view parsed) noexcept
 {
-  if (_payloads.empty() || parsed.size() > kLongestPrefix + 24)
+  if (_payloads.empty() || parsed.size() > kLongestPrefix + kLongestMark)
     return {};
   const size_t mark = parsed.rfind(kPayloadMark);
   if (mark == std::string_view::npos || !parsed.substr(0, mark).ends_with(kEncodingMark))

@@ -20,8 +20,8 @@ public:
 
   /// Whether there are any; if not, text is parsed as it is.
   Bool IsPopulated() const noexcept { return !_payloads.empty(); }
-  /// The text with a short mark in the place of each payload.
-  const std::string& GetShortenedText() const noexcept { return _text; }
+  /// The text with a short mark in the place of each payload, with room for spare bytes behind it. Throws bad_alloc.
+  std::string MakeShortenedText(size_t spareByteCount) const;
 
   /// @return the string of the original text that a parsed string stands for; empty when it stands for itself.
   std::string_view FindOriginal(std::string_view parsed) noexcept;
@@ -39,8 +39,8 @@ private:
 
   Payload Find(std::string_view text, size_t from) const noexcept;
 
-  std::string _text;
-  std::vector<Payload> _payloads;
+  std::string_view _text;
+  std::vector<Payload> _payloads;  // in the order of the text
   size_t _foundCount = 0;
   Bool _foundTwice = false;
 };

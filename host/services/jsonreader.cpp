@@ -279,7 +279,7 @@ Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noex
     JsonPayloads payloads(whole);
     if (!payloads.IsPopulated())
       return ParseText(whole, block, nullptr);
-    std::string shortened = payloads.GetShortenedText();
+    std::string shortened = payloads.MakeShortenedText(static_cast<size_t>(kJsonPadding));
     const size_t length = shortened.size();
     shortened.append(static_cast<size_t>(kJsonPadding), '\0');
     Result<Data> parsed = ParseText(std::string_view(shortened).substr(0, length), block, &payloads);
