@@ -1,7 +1,6 @@
 #include "framework/hosttime.h"
 
 #include <cmath>
-#include <numeric>
 
 namespace q7z
 {
@@ -30,6 +29,17 @@ HostTime ReduceLarge(Float ticks, Float magnitude) noexcept
   return {numerator / a, denominator / a};
 }
 
+/// The common divisor is made of the primes of 1000.
+HostTime ReduceSmall(Int32 ticks) noexcept
+{
+  Int32 denominator = 1000;
+  for (; denominator % 2 == 0 && ticks % 2 == 0; denominator /= 2)
+    ticks /= 2;
+  for (; denominator % 5 == 0 && ticks % 5 == 0; denominator /= 5)
+    ticks /= 5;
+  return {static_cast<Float>(ticks), static_cast<Float>(denominator)};
+}
+
 }  // namespace
 
 Float HostTime::GetSeconds() const noexcept
@@ -55,8 +65,7 @@ HostTime HostTimeFromSeconds(Float seconds) noexcept
     return {0, 1};
   if (magnitude >= kLargestInteger)
     return ReduceLarge(ticks, magnitude);
-  const Float divisor = static_cast<Float>(std::gcd(static_cast<Int>(magnitude), Int(1000)));
-  return {ticks / divisor, kTicksPerSecond / divisor};
+  return ReduceSmall(static_cast<Int32>(ticks));
 }
 
 Int32 FrameOfHostTime(const HostTime& time, Float framesPerSecond) noexcept

@@ -120,7 +120,7 @@ public:
       if (entry.morph)
         entry.morph->SetPoints(std::move(entry.points));
       else
-        entry.key->SetPoints(std::move(entry.points));
+        entry.key->SetPoints(std::move(entry.points));  // has points already, so takes no memory
     }
     RenumberSelection(_object.GetPolygonSelection());
     for (HeadlessTag* tag = _object.GetFirstTag(); tag; tag = tag->GetNext())

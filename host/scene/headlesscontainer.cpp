@@ -81,18 +81,26 @@ Bool MakeLink(const HostValue& value, WeakLink& link) noexcept
 
 HeadlessContainer::~HeadlessContainer() = default;
 
+/// @return false without memory.
+Bool HeadlessContainer::ReserveEntries(Int count) noexcept
+{
+  if (!_entries)
+    _entries.reset(new (std::nothrow) BaseArray<Entry>);
+  return _entries && !_entries->Reserve(count).HasError();
+}
+
 Int HeadlessContainer::FindPlace(const HostDescId& id) const noexcept
 {
+  if (!_entries)
+    return 0;
   const auto isBefore = [](const Entry& entry, const HostDescId& wanted) { return entry.id < wanted; };
-  return std::lower_bound(_entries.begin(), _entries.end(), id, isBefore) - _entries.begin();
+  return std::lower_bound(_entries->begin(), _entries->end(), id, isBefore) - _entries->begin();
 }
 
 HeadlessContainer::Entry* HeadlessContainer::FindEntry(const HostDescId& id) const noexcept
 {
   const Int place = FindPlace(id);
-  if (place >= _entries.GetCount() || !(_entries[place].id == id))
-    return nullptr;
-  return const_cast<Entry*>(&_entries[place]);
+  return place < GetEntryCount() && (*_entries)[place].id == id ? &(*_entries)[place] : nullptr;
 }
 
 const HostValue* HeadlessContainer::Find(const HostDescId& id) const noexcept
@@ -115,16 +123,17 @@ HeadlessContainer::Entry* HeadlessContainer::FindOrAddEntry(const HostDescId& id
 {
   if (Entry* const found = FindEntry(id))
     return found;
-  const Int count = _entries.GetCount();
+  const Int count = GetEntryCount();
   // Most tables stay small: they grow by one entry at first.
-  if (count == _entries.GetCapacity() && _entries.Reserve(count + 1 + (count < 4 ? 0 : count / 2)).HasError())
+  const Bool isFull = !_entries || count == _entries->GetCapacity();
+  if (isFull && !ReserveEntries(count + 1 + (count < 4 ? 0 : count / 2)))
     return nullptr;
   const Int place = FindPlace(id);
   Entry entry;
   entry.id = WithoutDataTypes(id);
-  DropError(_entries.Append(std::move(entry)));  // there is room
-  std::rotate(_entries.begin() + place, _entries.end() - 1, _entries.end());
-  return &_entries[place];
+  DropError(_entries->Append(std::move(entry)));  // there is room
+  std::rotate(_entries->begin() + place, _entries->end() - 1, _entries->end());
+  return &(*_entries)[place];
 }
 
 Bool HeadlessContainer::SetSmallInt(const HostDescId& id, const HostValue& value) noexcept
@@ -169,7 +178,7 @@ void HeadlessContainer::Erase(const HostDescId& id) noexcept
   if (HasSmallInt() && id.GetDepth() == 1 && id[0].id == _smallIntId)
     _smallIntSlot = -1;
   if (Entry* const entry = FindEntry(id))
-    _entries.Erase(entry - _entries.begin());
+    _entries->Erase(entry - _entries->begin());
 }
 
 HeadlessContainer* HeadlessContainer::GetContainer(Int32 id, Bool create) noexcept
@@ -200,7 +209,7 @@ HeadlessContainer::EntryView HeadlessContainer::GetEntry(Int index) const noexce
       return {HostDescId(_smallIntId), &GetSmallInt(_smallIntSlot), nullptr};
     index -= index > place ? 1 : 0;
   }
-  const Entry& entry = _entries[index];
+  const Entry& entry = (*_entries)[index];
   if (entry.container)
     return {entry.id, nullptr, entry.container.get()};
   return {entry.id, Find(entry.id), nullptr};
@@ -209,10 +218,12 @@ HeadlessContainer::EntryView HeadlessContainer::GetEntry(Int index) const noexce
 Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
 {
   Clear();
-  if (_entries.Reserve(other._entries.GetCount()).HasError())
+  const Int count = other.GetEntryCount();
+  if (count > 0 && !ReserveEntries(count))
     return false;
-  for (const Entry& source : other._entries)
+  for (Int i = 0; i < count; ++i)
   {
+    const Entry& source = (*other._entries)[i];
     Entry entry;
     entry.id = source.id;
     entry.value = source.value;
@@ -224,7 +235,7 @@ Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
       Clear();
       return false;
     }
-    DropError(_entries.Append(std::move(entry)));  // there is room
+    DropError(_entries->Append(std::move(entry)));  // there is room
   }
   _smallIntId = other._smallIntId;
   _smallIntSlot = other._smallIntSlot;
@@ -233,7 +244,7 @@ Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
 
 void HeadlessContainer::Clear() noexcept
 {
-  _entries.Reset();
+  _entries.reset();
   _smallIntSlot = -1;
 }
 

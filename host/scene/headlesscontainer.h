@@ -4,7 +4,8 @@
 // settings container in one: HostContainer reaches the entries of single-level ids, parameters may have two or three levels.
 // Texts are copied on their way in; links are weak.
 //
-// One small whole number is kept in the container itself, so that a node with one such parameter costs no memory for it.
+// One small whole number is kept in the container itself, so that a node with one such parameter costs no memory for it. Every key
+// of every curve has a container: an empty one is two words.
 
 #include <memory>
 
@@ -33,7 +34,7 @@ public:
   /// The container under id, made when create is set (in the place of a value). Null when there is none or without memory.
   HeadlessContainer* GetContainer(Int32 id, Bool create) noexcept;
 
-  Int GetCount() const noexcept { return _entries.GetCount() + (HasSmallInt() ? 1 : 0); }
+  Int GetCount() const noexcept { return GetEntryCount() + (HasSmallInt() ? 1 : 0); }
   Bool IsEmpty() const noexcept { return GetCount() == 0; }
   /// The index-th entry in the order of the ids. Exactly one of value and container is set. The levels of the id have ids alone.
   struct EntryView
@@ -52,8 +53,9 @@ public:
   template <typename Visit>
   void VisitLinks(Visit&& visit) noexcept
   {
-    for (Entry& entry : _entries)
+    for (Int i = 0; i < GetEntryCount(); ++i)
     {
+      Entry& entry = (*_entries)[i];
       if (entry.container)
         entry.container->VisitLinks(visit);
       else if (entry.value.GetKind() == HostValueKind::kLink)
@@ -71,14 +73,16 @@ private:
   };
 
   Bool HasSmallInt() const noexcept { return _smallIntSlot >= 0; }
+  Int GetEntryCount() const noexcept { return _entries ? _entries->GetCount() : 0; }
+  Bool ReserveEntries(Int count) noexcept;
   Int FindPlace(const HostDescId& id) const noexcept;
   Entry* FindEntry(const HostDescId& id) const noexcept;
   Entry* FindOrAddEntry(const HostDescId& id) noexcept;
   Bool SetSmallInt(const HostDescId& id, const HostValue& value) noexcept;
 
-  BaseArray<Entry> _entries;  // sorted by id
-  Int32 _smallIntId = 0;      // single-level
-  Int32 _smallIntSlot = -1;   // into the shared table of small numbers; -1 for none
+  std::unique_ptr<BaseArray<Entry>> _entries;  // sorted by id; null until there is one
+  Int32 _smallIntId = 0;                       // single-level
+  Int32 _smallIntSlot = -1;                    // into the shared table of small numbers; -1 for none
 };
 
 }  // namespace q7z

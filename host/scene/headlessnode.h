@@ -76,7 +76,7 @@ public:
   static void Free(HeadlessNode* node) noexcept;
 
 protected:
-  HeadlessNode(NodeKind kind, Int32 type) noexcept : _kind(kind), _type(type) {}
+  HeadlessNode(NodeKind kind, Int32 type) noexcept : _type(type), _kind(kind) {}
 
   enum class ParameterAnswer
   {
@@ -97,9 +97,10 @@ protected:
   Bool CopyParametersFrom(const HeadlessNode& other) noexcept { return _parameters.CopyFrom(other._parameters); }
 
 private:
-  NodeKind _kind;
-  Int32 _type;
+  // The smallest stands last, so that members of derived classes can share its word.
   HeadlessContainer _parameters;
+  Int32 _type;
+  NodeKind _kind;
 };
 
 /// Whether a value is a number: Bool, Int or Float.

@@ -15,44 +15,61 @@ void HeadlessKey::Destroy() noexcept
   CountMistake(GetSceneDiagnostics().freedWhileInserted);
 }
 
-HeadlessKey::Tangents* HeadlessKey::FindOrMakeTangents() noexcept
+HeadlessKey::Details* HeadlessKey::FindOrMakeDetails() noexcept
 {
-  if (!_tangents)
-    _tangents.reset(new (std::nothrow) Tangents);
-  return _tangents.get();
+  if (!_details)
+    _details.reset(new (std::nothrow) Details);
+  return _details.get();
 }
 
 Bool HeadlessKey::SetLeftTangent(const HostTime& time, Float value) noexcept
 {
-  Tangents* const tangents = FindOrMakeTangents();
-  if (tangents)
-    tangents->left = {time, value, true};
-  return tangents != nullptr;
+  Details* const details = FindOrMakeDetails();
+  if (details)
+    details->left = {time, value, true};
+  return details != nullptr;
 }
 
 Bool HeadlessKey::SetRightTangent(const HostTime& time, Float value) noexcept
 {
-  Tangents* const tangents = FindOrMakeTangents();
-  if (tangents)
-    tangents->right = {time, value, true};
-  return tangents != nullptr;
+  Details* const details = FindOrMakeDetails();
+  if (details)
+    details->right = {time, value, true};
+  return details != nullptr;
+}
+
+const HostArray<Vector>& HeadlessKey::GetPoints() const noexcept
+{
+  static const HostArray<Vector> none;
+  return _details ? _details->points : none;
+}
+
+Bool HeadlessKey::SetPoints(HostArray<Vector> points) noexcept
+{
+  if (!_details && points.IsEmpty())
+    return true;
+  Details* const details = FindOrMakeDetails();
+  if (details)
+    details->points = std::move(points);
+  return details != nullptr;
 }
 
 Bool HeadlessKey::CopyFrom(const HeadlessKey& other) noexcept
 {
-  if (other._tangents && !FindOrMakeTangents())
+  if (other._details && !FindOrMakeDetails())
     return false;
-  if (other._tangents)
-    *_tangents = *other._tangents;
+  if (other._details)
+    *_details = *other._details;
   else
-    _tangents.reset();
+    _details.reset();
   _value = other._value;
-  _points = other._points;
-  _rotationMode = other._rotationMode;
-  _auxiliaryMode = other._auxiliaryMode;
   _interpolation = other._interpolation;
   _hasRotationMode = other._hasRotationMode;
+  _rotationFirst = other._rotationFirst;
+  _rotationSecond = other._rotationSecond;
+  _rotationMode = other._rotationMode;
   _hasAuxiliaryMode = other._hasAuxiliaryMode;
+  _auxiliaryMode = other._auxiliaryMode;
   return CopyParametersFrom(other);
 }
 
@@ -125,7 +142,7 @@ Int HeadlessCurve::FindPlace(const HostTime& time, Bool& stands) const noexcept
 HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
 {
   constexpr Int kFirstChunk = 4;
-  constexpr Int kLargestChunk = 256;
+  constexpr Int kLargestChunk = 16;  // more would stand empty in most curves
   const Int count = GetKeyCount();
   if (_keys.Append(nullptr).HasError())
     return nullptr;
@@ -251,7 +268,7 @@ HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcep
   const CurveSegment segment = MakeSegment(left, right);
   const SplitCurveSegment parts = SplitSegment(segment, SolveSegmentTime(segment, time.GetSeconds()));
   // All memory first: a segment that is half changed has another shape.
-  if (!left.FindOrMakeTangents() || !right.FindOrMakeTangents())
+  if (!left.FindOrMakeDetails() || !right.FindOrMakeDetails())
     return nullptr;
   HeadlessKey spare(time);
   if (!SetLeft(spare, MakeTangent(parts.left.points[3], parts.left.points[2])))
@@ -259,7 +276,7 @@ HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcep
   HeadlessKey* const key = InsertKey(place, time);
   if (!key)
     return nullptr;
-  key->_tangents = std::move(spare._tangents);
+  key->_details = std::move(spare._details);
   key->SetValue(parts.left.points[3].value);
   key->SetInterpolation(InterpolationMode::Spline);
   return SetRight(*key, MakeTangent(parts.right.points[0], parts.right.points[1])) &&
@@ -279,8 +296,8 @@ HeadlessKey* HeadlessCurve::ExtendOutside(Int place, const HostTime& time) noexc
   HeadlessKey& nearest = *_keys[place == 0 ? 1 : place - 1];
   key->SetValue(nearest.GetValue());
   key->SetInterpolation(nearest.GetInterpolation());
-  if (nearest._tangents)
-    (place == 0 ? nearest._tangents->left : nearest._tangents->right) = KeyTangent();
+  if (nearest._details)
+    (place == 0 ? nearest._details->left : nearest._details->right) = KeyTangent();
   return key;
 }
 

@@ -40,17 +40,19 @@ public:
   InterpolationMode GetInterpolation() const noexcept { return _interpolation; }
   void SetInterpolation(InterpolationMode mode) noexcept { _interpolation = mode; }
 
-  KeyTangent GetLeftTangent() const noexcept { return _tangents ? _tangents->left : KeyTangent(); }
-  KeyTangent GetRightTangent() const noexcept { return _tangents ? _tangents->right : KeyTangent(); }
+  KeyTangent GetLeftTangent() const noexcept { return _details ? _details->left : KeyTangent(); }
+  KeyTangent GetRightTangent() const noexcept { return _details ? _details->right : KeyTangent(); }
   /// @return false without memory.
   Bool SetLeftTangent(const HostTime& time, Float value) noexcept;
   Bool SetRightTangent(const HostTime& time, Float value) noexcept;
 
   Bool HasRotationMode() const noexcept { return _hasRotationMode; }
-  const KeyRotationMode& GetRotationMode() const noexcept { return _rotationMode; }
+  KeyRotationMode GetRotationMode() const noexcept { return {_rotationMode, _rotationFirst, _rotationSecond}; }
   void SetRotationMode(const KeyRotationMode& mode) noexcept
   {
-    _rotationMode = mode;
+    _rotationMode = mode.mode;
+    _rotationFirst = mode.first;
+    _rotationSecond = mode.second;
     _hasRotationMode = true;
   }
   Bool HasAuxiliaryMode() const noexcept { return _hasAuxiliaryMode; }
@@ -62,8 +64,9 @@ public:
   }
 
   /// The points that a key of a point track stores; empty for others.
-  const HostArray<Vector>& GetPoints() const noexcept { return _points; }
-  void SetPoints(HostArray<Vector> points) noexcept { _points = std::move(points); }
+  const HostArray<Vector>& GetPoints() const noexcept;
+  /// @return false without memory.
+  Bool SetPoints(HostArray<Vector> points) noexcept;
 
   /// Everything but the time. @return false without memory.
   Bool CopyFrom(const HeadlessKey& other) noexcept;
@@ -73,22 +76,26 @@ protected:
 
 private:
   friend class HeadlessCurve;
-  struct Tangents
+  /// What most keys are without.
+  struct Details
   {
     KeyTangent left;
     KeyTangent right;
+    HostArray<Vector> points;
   };
-  Tangents* FindOrMakeTangents() noexcept;
+  Details* FindOrMakeDetails() noexcept;
 
+  // Keys come by the million: no word is wasted.
+  InterpolationMode _interpolation : 8 = InterpolationMode::Linear;
+  Bool _hasRotationMode : 1 = false;
+  Bool _rotationFirst : 1 = false;
+  Bool _rotationSecond : 1 = false;
+  Bool _hasAuxiliaryMode : 1 = false;
+  Int32 _rotationMode = 0;
+  Int32 _auxiliaryMode = 0;
   HostTime _time;
   Float _value = 0;
-  std::unique_ptr<Tangents> _tangents;  // null until one is set
-  HostArray<Vector> _points;
-  KeyRotationMode _rotationMode;
-  Int32 _auxiliaryMode = 0;
-  InterpolationMode _interpolation = InterpolationMode::Linear;
-  Bool _hasRotationMode = false;
-  Bool _hasAuxiliaryMode = false;
+  std::unique_ptr<Details> _details;  // null until one is set
 };
 
 class HeadlessCurve

@@ -124,7 +124,7 @@ Result<void> SceneReader::ReadKeyContent(const JsonNode& node, HeadlessKey& key)
   HostArray<Vector> points;
   if (const JsonNode* const array = node.Find("points"))
     RETURN_IF_ERROR(ReadPoints(*array, points));
-  key.SetPoints(std::move(points));
+  CHECK_MEMORY(key.SetPoints(std::move(points)));
   return {};
 }
 

@@ -297,6 +297,10 @@ public:
 private:
   void SetTangents(const KeyList& keys, Int i, HostKey* key, HostKey* prevKey) const noexcept;
 
+  // What the host makes of this number and of the modes is its own.
+  static constexpr HostDescId kKeyParameter = HostDescLevel{915, kIntegerDataType};
+
+  HostValue _keySetting = Int32(1);
   HostCurve* _curve;  // null for a track without one, whose keys are left out
   Bool _isRotation;
   int _component;
@@ -316,8 +320,7 @@ Result<void> KeyWriter::WriteKey(const KeyList& keys, Int i, const HostTime& tim
   if (index <= _lastIndex)
     RETURN_IF_ERROR(_budget->TakeMoves(_curve->GetKeyCount() - 1 - index));
   _lastIndex = index;
-  // What the host makes of the number 915 and of the modes is its own.
-  if (!key->SetParameter(HostDescLevel{915, kIntegerDataType}, Int32(1), 128))
+  if (!key->SetParameter(kKeyParameter, _keySetting, 128))
     return Error::OutOfMemory();
   HostKeySetAuxiliaryMode(key, _curve, 4);
   const KeyRecord& record = keys.records[i];
