@@ -3,11 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <map>
 
 #include "app/exitcode.h"
 #include "app/options.h"
+#include "host/platform/platform.h"
 
 namespace q7z::app
 {
@@ -128,10 +128,16 @@ int FailUsage(const std::string& message)
 }
 
 /// Whether two names, neither of them "-", lead to one file. What does not exist yet is told by its name alone.
-bool IsSameFile(const std::string& a, const std::string& b)
+bool AreOneFile(const std::string& a, const std::string& b)
 {
-  std::error_code error;
-  return !a.empty() && a != "-" && b != "-" && (a == b || std::filesystem::equivalent(a, b, error));
+  return !a.empty() && a != "-" && b != "-" && (a == b || IsSameFile(a, b));
+}
+
+void TakePaths(Arguments& arguments)
+{
+  for (std::string* const path :
+       {&arguments.input, &arguments.output, &arguments.texFolder, &arguments.reportFile, &arguments.pluginPath})
+    *path = TakePath(*path);
 }
 
 std::optional<int> CheckOptions(const OptionTable& table, const std::vector<std::string>& texts,
@@ -189,7 +195,7 @@ std::optional<int> CheckTexts(const RawTexts& raw, Arguments& arguments)
     return FailUsage("inspect writes to stdout itself; give --report a file");
   if (arguments.verb == Verb::kHash && arguments.reportFile == "-")
     return FailUsage("hash writes to stdout itself; give --report a file");
-  if (IsSameFile(arguments.reportFile, arguments.input) || IsSameFile(arguments.reportFile, arguments.output))
+  if (AreOneFile(arguments.reportFile, arguments.input) || AreOneFile(arguments.reportFile, arguments.output))
     return FailUsage("the report would replace \"" + arguments.reportFile + "\"; give it a file of its own");
   return std::nullopt;
 }
@@ -201,6 +207,7 @@ std::optional<int> ParseArguments(int argc, char** argv, Arguments& arguments)
   CLI::App app("Loads and saves glTF files through the io_gltf plug-in, without the big host.", "q7z");
   app.set_version_flag("--version", "q7z " Q7Z_VERSION);
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // a path may begin with a slash there, too
   app.footer("Exit codes: 0 done, 1 file refused, 2 wrong usage, 3 no access, 4 out of memory or over a limit,\n"
              "5 warnings under --strict, 130 and 143 interrupted.");
   RawTexts raw;
@@ -218,6 +225,7 @@ std::optional<int> ParseArguments(int argc, char** argv, Arguments& arguments)
       return FailUsage("there is no verb \"" + std::string(argv[1]) + "\"; try q7z --help");
     return FailUsage(std::string(error.what()) + "; try q7z --help");
   }
+  TakePaths(arguments);
   return CheckTexts(raw, arguments);
 }
 

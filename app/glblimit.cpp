@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <optional>
 
+#include "host/platform/platform.h"
 #include "host/scene/headlessobject.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
 #include "host/services/headlessjson.h"
-#include "host/services/platform.h"
 
 namespace q7z::app
 {

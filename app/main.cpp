@@ -7,14 +7,16 @@
 #include "app/arguments.h"
 #include "app/exitcode.h"
 #include "app/run.h"
+#include "host/platform/process.h"
 
 int main(int argc, char** argv)
 {
   using namespace q7z::app;
   try
   {
+    q7z::PlatformProcess process(argc, argv);
     Arguments arguments;
-    if (const std::optional<int> code = ParseArguments(argc, argv, arguments))
+    if (const std::optional<int> code = ParseArguments(process.GetArgumentCount(), process.GetArguments(), arguments))
       return *code;
     return Run(arguments);
   }

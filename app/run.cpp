@@ -10,6 +10,7 @@
 #include "app/options.h"
 #include "app/session.h"
 #include "framework/check.h"
+#include "host/platform/process.h"
 #include "host/scenefile/inspect.h"
 #include "host/scenefile/scenefile.h"
 #include "host/services/wholefile.h"
@@ -76,8 +77,8 @@ int ShowTree(Session& session)
 {
   RunSink sink(stdout);
   const std::string imageFolder = session.GetImageFolder();
-  const TreeSettings settings{.isUtf8 = IsUtf8Locale(std::getenv("LC_ALL"), std::getenv("LC_CTYPE"), std::getenv("LANG")),
-                              .imageFolder = imageFolder};
+  const bool isUtf8 = kIsAlwaysUtf8 || IsUtf8Locale(std::getenv("LC_ALL"), std::getenv("LC_CTYPE"), std::getenv("LANG"));
+  const TreeSettings settings{.isUtf8 = isUtf8, .imageFolder = imageFolder};
   const int code = Judge(session, PrintTree(session.GetDocument(), settings, sink));
   return code ? code : FlushStdout(session);
 }

@@ -1,17 +1,15 @@
 #include "app/session.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include "app/exitcode.h"
+#include "host/platform/platform.h"
+#include "host/platform/process.h"
 #include "host/scenefile/scenefile.h"
 #include "host/services/filereading.h"
-#include "host/services/platform.h"
 
 namespace q7z::app
 {
@@ -25,12 +23,12 @@ constexpr const char* kGray = "\x1b[90m";
 /// The library beside the program, or where it is installed.
 std::string FindPlugin()
 {
-  std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  const std::filesystem::path beside = program / "io_gltf.so";
-  const std::filesystem::path installed = program.parent_path() / "lib" / "q7z" / "io_gltf.so";
-  return std::filesystem::exists(installed, error) && !std::filesystem::exists(beside, error) ? installed.string()
-                                                                                              : beside.string();
+  const std::string program = GetProgramFolder();
+  const std::string name = std::string("io_gltf") + kLibrarySuffix;
+  std::string beside = program + "/" + name;
+  std::string installed = GetFolderOf(program) + "/lib/q7z/" + name;
+  const auto isThere = [](const std::string& path) { return GetFileSystemType(path) != HostFileSystemType::kNone; };
+  return isThere(installed) && !isThere(beside) ? installed : beside;
 }
 
 int64_t CountOf(const HeadlessObject& object, Int32 type, Int32 (HeadlessPolygonObject::*count)() const)
@@ -52,7 +50,7 @@ public:
   ~ImageFolderGuard()
   {
     if (!_path.empty())
-      rmdir(_path.c_str());  // refused when something is in it
+      RemoveEmptyFolder(_path);
   }
 
 private:
@@ -63,14 +61,13 @@ private:
 
 std::string GetFolder(const std::string& path)
 {
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : slash == 0 ? "/" : path.substr(0, slash);
+  return path.find('/') == std::string::npos ? "" : GetFolderOf(path);
 }
 
 Session::Session(const Arguments& arguments)
     : _arguments(arguments),
       _color(UseColor(arguments.color)),
-      _bar(!arguments.quiet && Applies(arguments.progress, isatty(STDERR_FILENO))),
+      _bar(!arguments.quiet && Applies(arguments.progress, IsTerminal(stderr))),
       _job([this](double overall, const std::string& stage) { _bar.Show(overall, stage); }),
       _interrupts(_job)
 {
@@ -150,8 +147,9 @@ std::string Session::GetImageFolder() const
 void Session::WarnOfLostImages()
 {
   const std::string& temporary = _host->GetTemporaryFolder();
-  std::error_code error;
-  if (_arguments.output.empty() || temporary.empty() || std::filesystem::is_empty(temporary + "/tex", error) || error)
+  const std::string images = temporary + "/tex";
+  if (_arguments.output.empty() || temporary.empty() || GetFileSystemType(images) != HostFileSystemType::kFolder ||
+      IsEmptyFolder(images))
     return;
   const std::string text = "the images that \"" + _arguments.input + "\" holds itself are not kept; --tex DIR keeps them";
   _report.issues.push_back({"IMAGES_NOT_KEPT", Severity::kWarning, text});
@@ -177,10 +175,9 @@ int Session::CheckInput(const std::string& stdinName)
     return Fail(kNoAccess, name + " is a folder; give a file");
   if (type == HostFileSystemType::kOther)
     return Fail(kNoAccess, name + " is no plain file; use - to read from stdin");
-  if (type == HostFileSystemType::kNone || access(_path.c_str(), R_OK) != 0)
-    return Fail(kNoAccess, "cannot read " + name + ": " + std::strerror(errno));
-  std::error_code error;
-  if (!_arguments.output.empty() && _arguments.output != "-" && std::filesystem::equivalent(_path, _arguments.output, error))
+  if (type == HostFileSystemType::kNone || !IsReadable(_path))
+    return Fail(kNoAccess, "cannot read " + name + ": " + GetSystemReason());
+  if (!_arguments.output.empty() && _arguments.output != "-" && IsSameFile(_path, _arguments.output))
     return Fail(kUsage, "the output " + name + " is the input itself; give another name");
   return kDone;
 }

@@ -5,13 +5,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include "app/exitcode.h"
 #include "app/glblimit.h"
 #include "app/options.h"
 #include "app/session.h"
-#include "host/services/platform.h"
+#include "host/platform/platform.h"
 #include "host/services/wholefile.h"
 
 namespace q7z::app
@@ -33,9 +32,8 @@ public:
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
   ~TemporaryFolder()
   {
-    std::error_code error;
     if (!_path.empty())
-      std::filesystem::remove_all(_path, error);
+      RemoveTree(_path);
   }
   const std::string& GetPath() const { return _path; }
 
@@ -102,8 +100,7 @@ int Session::SaveOutput()
   WholeFile file;
   if (const std::string failure = file.Open(_arguments.output); !failure.empty())
     return Fail(kNoAccess, failure);
-  const std::string& beside = file.GetTemporaryName();
-  if (const int code = beside.empty() ? SaveThrough(file.GetStream()) : SaveInto(beside))
+  if (const int code = file.IsDevice() ? SaveThrough(file.GetStream()) : SaveInto(file.HandOver()))
     return code;
   const std::string failure = file.Commit();
   return failure.empty() ? kDone : Fail(kNoAccess, failure);

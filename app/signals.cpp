@@ -1,9 +1,9 @@
 #include "app/signals.h"
 
-#include <unistd.h>
-
 #include <atomic>
-#include <csignal>
+#include <cstdlib>
+
+#include "host/platform/process.h"
 
 namespace q7z::app
 {
@@ -12,13 +12,12 @@ namespace
 {
 
 std::atomic<HeadlessJob*> g_job{nullptr};
-volatile std::sig_atomic_t g_signal = 0;
+std::atomic<int> g_signal{0};
 
 extern "C" void OnInterrupt(int signal)
 {
-  if (g_signal != 0)
-    _exit(128 + signal);
-  g_signal = signal;
+  if (g_signal.exchange(signal) != 0)
+    std::_Exit(128 + signal);
   if (HeadlessJob* const job = g_job.load(std::memory_order_relaxed))
     job->Cancel();
 }
@@ -28,11 +27,7 @@ extern "C" void OnInterrupt(int signal)
 InterruptGuard::InterruptGuard(HeadlessJob& job)
 {
   g_job.store(&job, std::memory_order_relaxed);
-  struct sigaction action = {};
-  action.sa_handler = OnInterrupt;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  CatchInterrupts(OnInterrupt);
 }
 
 InterruptGuard::~InterruptGuard()

@@ -18,6 +18,7 @@ public:
 
   /// The signal that came, 0 for none.
   static int GetSignal();
+  static bool IsInterrupted() { return GetSignal() != 0; }
 };
 
 }  // namespace q7z::app

@@ -1,11 +1,11 @@
 #include "app/terminal.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+
+#include "host/platform/process.h"
 
 namespace q7z::app
 {
@@ -67,9 +67,7 @@ bool UseColor(When when)
   if (when != When::kAuto)
     return when == When::kAlways;
   const char* const noColor = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  const bool isDumb = !terminal || std::string_view(terminal) == "dumb";
-  return !(noColor && *noColor) && !isDumb && isatty(STDERR_FILENO);
+  return !(noColor && *noColor) && TakesEscapes(stderr);
 }
 
 std::string Escape(std::string_view text)

@@ -3,10 +3,7 @@
 #include <new>
 
 #include "framework/memory.h"
-
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
+#include "host/platform/platform.h"
 
 namespace q7z
 {
@@ -16,9 +13,6 @@ namespace
 
 std::atomic<MappedArrayGuard> g_guard{nullptr};
 
-#if defined(__linux__)
-
-constexpr Int kLargePageBytes = Int(2) << 20;
 constexpr Int kMaximumBytes = Int(1) << 46;
 
 Bool IsGranted(Int byteCount) noexcept
@@ -27,42 +21,19 @@ Bool IsGranted(Int byteCount) noexcept
   return !guard || guard(byteCount);
 }
 
-/// Fresh zeros, aligned for large pages: more than is needed is mapped, and what sticks out goes back.
-void* MapLargePages(Int byteCount) noexcept
-{
-  const size_t size = static_cast<size_t>(byteCount);
-  const size_t page = static_cast<size_t>(kLargePageBytes);
-  void* const mapped = mmap(nullptr, size + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (mapped == MAP_FAILED)
-    return nullptr;
-  Byte* const begin = static_cast<Byte*>(mapped);
-  const size_t lead = (page - reinterpret_cast<size_t>(begin) % page) % page;
-  if (lead > 0)
-    munmap(begin, lead);
-  if (lead < page)
-    munmap(begin + lead + size, page - lead);
-  madvise(begin + lead, size, MADV_HUGEPAGE);  // a hint; without it the block is merely slower to fill
-  return begin + lead;
-}
-
 ArrayBlock* AllocateMapped(Int byteCount) noexcept
 {
   if (byteCount > kMaximumBytes)
     return nullptr;
-  const Int wanted = byteCount + static_cast<Int>(sizeof(ArrayBlock));
-  const Int rounded = (wanted + kLargePageBytes - 1) / kLargePageBytes * kLargePageBytes;
-  if (!IsGranted(rounded))
-    return nullptr;
-  void* const memory = MapLargePages(rounded);
+  const Int mappedByteCount = byteCount + static_cast<Int>(sizeof(ArrayBlock));
+  void* const memory = IsGranted(mappedByteCount) ? MapZeros(mappedByteCount) : nullptr;
   if (!memory)
     return nullptr;
   ArrayBlock* const block = ::new (memory) ArrayBlock;
   block->byteCount = byteCount;
-  block->mappedByteCount = rounded;
+  block->mappedByteCount = mappedByteCount;
   return block;
 }
-
-#endif
 
 ArrayBlock* AllocatePlain(Int byteCount) noexcept
 {
@@ -80,23 +51,15 @@ ArrayBlock* AllocatePlain(Int byteCount) noexcept
 
 ArrayBlock* AllocateArrayBlock(Int byteCount) noexcept
 {
-#if defined(__linux__)
-  if (byteCount >= kMappedArrayBytes)
-    return AllocateMapped(byteCount);
-#endif
-  return AllocatePlain(byteCount);
+  return byteCount >= kMappedArrayBytes ? AllocateMapped(byteCount) : AllocatePlain(byteCount);
 }
 
 void FreeArrayBlock(ArrayBlock* block) noexcept
 {
-#if defined(__linux__)
   if (block->mappedByteCount > 0)
-  {
-    munmap(block, static_cast<size_t>(block->mappedByteCount));
-    return;
-  }
-#endif
-  FreeMemory(block, block->byteCount + static_cast<Int>(sizeof(ArrayBlock)));
+    UnmapZeros(block, block->mappedByteCount);
+  else
+    FreeMemory(block, block->byteCount + static_cast<Int>(sizeof(ArrayBlock)));
 }
 
 void SetMappedArrayGuard(MappedArrayGuard guard) noexcept

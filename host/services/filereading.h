@@ -7,7 +7,7 @@
 
 #include "framework/result.h"
 #include "framework/string.h"
-#include "host/services/platform.h"
+#include "host/platform/platform.h"
 
 namespace q7z
 {

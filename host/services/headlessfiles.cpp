@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <filesystem>
 #include <new>
 
 #include "framework/check.h"
@@ -251,17 +250,8 @@ Bool HeadlessFileTable::Exists(const HostFilename& name) noexcept
 
 HeadlessUrlService::~HeadlessUrlService()
 {
-  if (_temporaryFolder.empty())
-    return;
-  try
-  {
-    std::error_code error;
-    std::filesystem::remove_all(_temporaryFolder, error);
-  }
-  catch (...)
-  {
-    return;  // without memory it stays for the system's own cleaning
-  }
+  if (!_temporaryFolder.empty())
+    RemoveTree(_temporaryFolder);
 }
 
 std::string HeadlessUrlService::GetTexFolder() const
@@ -306,9 +296,7 @@ Result<void> HeadlessUrlService::CreateFolder(const Url& url) noexcept
   try
   {
     const std::string path = ToStd(url.GetPath());
-    std::error_code error;
-    std::filesystem::create_directories(path, error);
-    return error ? MakeIoError("cannot make the folder \"" + path + "\": " + error.message()) : Result<void>();
+    return MakeFolders(path) ? Result<void>() : MakeIoError("cannot make the folder \"" + path + "\": " + GetSystemReason());
   }
   catch (...)
   {

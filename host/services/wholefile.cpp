@@ -1,6 +1,6 @@
 #include "host/services/wholefile.h"
 
-#include "host/services/platform.h"
+#include "host/platform/platform.h"
 
 namespace q7z
 {
@@ -21,17 +21,22 @@ std::string WholeFile::Open(const std::string& target)
   if (type == HostFileSystemType::kFolder)
     return Describe("it is a folder");
   std::string temporary;
-  _stream =
-    type == HostFileSystemType::kOther ? std::fopen(_target.c_str(), "wb") : OpenTemporaryStream(GetFolderOf(_target), temporary);
+  _stream = type == HostFileSystemType::kOther ? OpenDeviceStream(_target) : OpenTemporaryStream(GetFolderOf(_target), temporary);
   if (!_stream)
     return Describe(GetSystemReason());
   _temporary = std::move(temporary);
   return "";
 }
 
+const std::string& WholeFile::HandOver() noexcept
+{
+  CloseStream();  // nothing was written to it
+  return _temporary;
+}
+
 std::string WholeFile::Commit()
 {
-  if (!_stream)
+  if (!_stream && _temporary.empty())
     return "nothing was written";
   if (_temporary.empty())
   {
@@ -39,7 +44,8 @@ std::string WholeFile::Commit()
     const std::string reason = sent ? "" : GetSystemReason();
     return CloseStream() && sent ? "" : Describe(sent ? GetSystemReason() : reason);
   }
-  if (SyncStream(_stream) && CloseStream() && ReplaceFile(_temporary, _target))
+  const bool isSynced = _stream ? SyncStream(_stream) && CloseStream() : SyncFile(_temporary);
+  if (isSynced && PutInPlace(_temporary, _target))
   {
     _temporary.clear();
     return "";

@@ -23,8 +23,11 @@ public:
   std::string Open(const std::string& target);
   /// The stream to write to; null until Open has succeeded.
   std::FILE* GetStream() const noexcept { return _stream; }
-  /// The file that Commit puts in the target's place, for who writes it by name; empty for a target that is written to as it is.
-  const std::string& GetTemporaryName() const noexcept { return _temporary; }
+  /// Whether the target is written to as it is, since it cannot be replaced.
+  bool IsDevice() const noexcept { return _temporary.empty(); }
+  /// The file that Commit puts in the target's place, for who writes it by name. The stream is closed first, since not every system
+  /// lets a file go that is open. Not for a device.
+  const std::string& HandOver() noexcept;
   /// Puts the file in the target's place. @return an empty text, or why that failed.
   std::string Commit();
   /// The reason alone of the last failure, without what could not be written.

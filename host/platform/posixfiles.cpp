@@ -1,7 +1,8 @@
-// The operating system by POSIX.
+// Files, folders and libraries by POSIX.
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,9 +12,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
-#include "host/services/platform.h"
+#include "host/platform/platform.h"
 
 namespace q7z
 {
@@ -39,9 +41,21 @@ int GetOpenFlags(PlatformOpen mode) noexcept
   return kCommon | O_RDONLY;
 }
 
+int ToDescriptor(std::intptr_t handle) noexcept
+{
+  return static_cast<int>(handle);
+}
+
 size_t GetCallSize(Int rest) noexcept
 {
   return static_cast<size_t>(rest < kLargestCall ? rest : kLargestCall);
+}
+
+constexpr size_t kLargePageBytes = size_t(2) << 20;
+
+size_t RoundToLargePages(Int byteCount) noexcept
+{
+  return (static_cast<size_t>(byteCount) + kLargePageBytes - 1) / kLargePageBytes * kLargePageBytes;
 }
 
 /// A name in folder that is likely to be free.
@@ -61,9 +75,10 @@ Bool PlatformFile::Open(const char* path, PlatformOpen mode) noexcept
     errno = EBUSY;
     return false;
   }
-  _handle = open(path, GetOpenFlags(mode), kNewFileRights);
+  const int descriptor = open(path, GetOpenFlags(mode), kNewFileRights);
+  _handle = descriptor;
   struct stat status = {};
-  if (!IsOpen() || fstat(_handle, &status) != 0)
+  if (!IsOpen() || fstat(descriptor, &status) != 0)
   {
     Close();
     return false;
@@ -76,7 +91,7 @@ Bool PlatformFile::Open(const char* path, PlatformOpen mode) noexcept
   }
   _length = status.st_size;
   if (mode == PlatformOpen::kRead)
-    posix_fadvise(_handle, 0, 0, POSIX_FADV_SEQUENTIAL);  // a hint
+    posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);  // a hint
   return true;
 }
 
@@ -85,7 +100,8 @@ Int PlatformFile::ReadAt(Int position, void* target, Int byteCount) noexcept
   Int done = 0;
   while (done < byteCount)
   {
-    const ssize_t count = pread(_handle, static_cast<Byte*>(target) + done, GetCallSize(byteCount - done), position + done);
+    const ssize_t count =
+      pread(ToDescriptor(_handle), static_cast<Byte*>(target) + done, GetCallSize(byteCount - done), position + done);
     if (count < 0 && errno == EINTR)
       continue;
     if (count < 0)
@@ -103,7 +119,7 @@ Bool PlatformFile::WriteAt(Int position, const void* source, Int byteCount) noex
   while (done < byteCount)
   {
     const ssize_t count =
-      pwrite(_handle, static_cast<const Byte*>(source) + done, GetCallSize(byteCount - done), position + done);
+      pwrite(ToDescriptor(_handle), static_cast<const Byte*>(source) + done, GetCallSize(byteCount - done), position + done);
     if (count < 0 && errno == EINTR)
       continue;
     if (count <= 0)
@@ -119,14 +135,19 @@ Bool PlatformFile::Close() noexcept
 {
   if (!IsOpen())
     return true;
-  const int result = close(_handle);
-  _handle = -1;
+  const int result = close(ToDescriptor(_handle));
+  _handle = kNoHandle;
   return result == 0;
 }
 
 std::string GetSystemReason()
 {
   return std::strerror(errno);
+}
+
+std::string TakePath(const std::string& text)
+{
+  return text;
 }
 
 HostFileSystemType GetFileSystemType(const std::string& path)
@@ -137,6 +158,19 @@ HostFileSystemType GetFileSystemType(const std::string& path)
   if (S_ISREG(status.st_mode))
     return HostFileSystemType::kFile;
   return S_ISDIR(status.st_mode) ? HostFileSystemType::kFolder : HostFileSystemType::kOther;
+}
+
+bool IsReadable(const std::string& path)
+{
+  return access(path.c_str(), R_OK) == 0;
+}
+
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+  struct stat first = {};
+  struct stat second = {};
+  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
 }
 
 std::string ResolvePath(const std::string& path)
@@ -170,12 +204,28 @@ std::FILE* OpenTemporaryStream(const std::string& folder, std::string& name)
   return stream;
 }
 
+std::FILE* OpenDeviceStream(const std::string& path)
+{
+  return std::fopen(path.c_str(), "wb");
+}
+
 bool SyncStream(std::FILE* stream) noexcept
 {
   return std::fflush(stream) == 0 && !std::ferror(stream) && fsync(fileno(stream)) == 0;
 }
 
-bool ReplaceFile(const std::string& source, const std::string& target) noexcept
+bool SyncFile(const std::string& path) noexcept
+{
+  const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  const bool isSynced = descriptor >= 0 && fsync(descriptor) == 0;
+  const int reason = errno;
+  if (descriptor >= 0)
+    close(descriptor);
+  errno = reason;
+  return isSynced;
+}
+
+bool PutInPlace(const std::string& source, const std::string& target) noexcept
 {
   struct stat old = {};
   if (stat(target.c_str(), &old) == 0)
@@ -194,6 +244,41 @@ std::string MakeTemporaryFolder()
   std::string folder = std::string(parent && *parent ? parent : "/tmp") + "/q7z-XXXXXX";
   return mkdtemp(folder.data()) ? folder : "";
 }
+
+bool MakeFolders(const std::string& path)
+{
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error)
+    errno = error.value();
+  return !error;
+}
+
+bool IsEmptyFolder(const std::string& path)
+{
+  std::error_code error;
+  return std::filesystem::is_directory(path, error) && std::filesystem::is_empty(path, error) && !error;
+}
+
+void RemoveEmptyFolder(const std::string& path) noexcept
+{
+  rmdir(path.c_str());
+}
+
+void RemoveTree(const std::string& path) noexcept
+{
+  try
+  {
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+  }
+  catch (...)
+  {
+    return;  // without memory it stays for the system's own cleaning
+  }
+}
+
+const char* const kLibrarySuffix = ".so";
 
 PlatformLibrary::~PlatformLibrary()
 {
@@ -215,6 +300,28 @@ std::string PlatformLibrary::Load(const std::string& path)
 void* PlatformLibrary::Find(const char* name) const noexcept
 {
   return _library ? dlsym(_library, name) : nullptr;
+}
+
+void* MapZeros(Int byteCount) noexcept
+{
+  // Aligned for large pages: more than is needed is mapped, and what sticks out goes back.
+  const size_t size = RoundToLargePages(byteCount);
+  void* const mapped = mmap(nullptr, size + kLargePageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED)
+    return nullptr;
+  Byte* const begin = static_cast<Byte*>(mapped);
+  const size_t lead = (kLargePageBytes - reinterpret_cast<size_t>(begin) % kLargePageBytes) % kLargePageBytes;
+  if (lead > 0)
+    munmap(begin, lead);
+  if (lead < kLargePageBytes)
+    munmap(begin + lead + size, kLargePageBytes - lead);
+  madvise(begin + lead, size, MADV_HUGEPAGE);  // a hint; without it the block is merely slower to fill
+  return begin + lead;
+}
+
+void UnmapZeros(void* memory, Int byteCount) noexcept
+{
+  munmap(memory, RoundToLargePages(byteCount));
 }
 
 }  // namespace q7z
