@@ -36,14 +36,8 @@ const std::string& WholeFile::HandOver() noexcept
 
 std::string WholeFile::Commit()
 {
-  if (!_stream && _temporary.empty())
-    return "nothing was written";
   if (_temporary.empty())
-  {
-    const bool sent = std::fflush(_stream) == 0 && !std::ferror(_stream);
-    const std::string reason = sent ? "" : GetSystemReason();
-    return CloseStream() && sent ? "" : Describe(sent ? GetSystemReason() : reason);
-  }
+    return _stream ? FinishDevice(_stream) : "nothing was written";
   const bool isSynced = _stream ? SyncStream(_stream) && CloseStream() : SyncFile(_temporary);
   if (isSynced && PutInPlace(_temporary, _target))
   {
@@ -53,6 +47,13 @@ std::string WholeFile::Commit()
   const std::string reason = GetSystemReason();
   Discard();
   return Describe(reason);
+}
+
+std::string WholeFile::FinishDevice(std::FILE* stream)
+{
+  const bool sent = std::fflush(stream) == 0 && !std::ferror(stream);
+  const std::string reason = sent ? "" : GetSystemReason();
+  return CloseStream() && sent ? "" : Describe(sent ? GetSystemReason() : reason);
 }
 
 void WholeFile::Discard() noexcept

@@ -34,6 +34,7 @@ public:
   const std::string& GetReason() const noexcept { return _reason; }
 
 private:
+  std::string FinishDevice(std::FILE* stream);
   void Discard() noexcept;
   bool CloseStream() noexcept;
   std::string Describe(const std::string& reason);
