@@ -3,6 +3,8 @@
 #include <cmath>
 #include <utility>
 
+#include "framework/trigonometry.h"
+
 namespace q7z
 {
 
@@ -18,22 +20,22 @@ constexpr Float kOrderPoleLimit = 1e-14;
 // The host's rotations about one axis. Their rows are told; a HostMatrix holds columns.
 HostMatrix Rx(Float angle) noexcept
 {
-  const Float c = std::cos(angle);
-  const Float s = std::sin(angle);
+  const Float c = Cos(angle);
+  const Float s = Sin(angle);
   return {{}, {1, 0, 0}, {0, c, -s}, {0, s, c}};
 }
 
 HostMatrix Ry(Float angle) noexcept
 {
-  const Float c = std::cos(angle);
-  const Float s = std::sin(angle);
+  const Float c = Cos(angle);
+  const Float s = Sin(angle);
   return {{}, {c, 0, s}, {0, 1, 0}, {-s, 0, c}};
 }
 
 HostMatrix Rz(Float angle) noexcept
 {
-  const Float c = std::cos(angle);
-  const Float s = std::sin(angle);
+  const Float c = Cos(angle);
+  const Float s = Sin(angle);
   return {{}, {c, -s, 0}, {s, c, 0}, {0, 0, 1}};
 }
 
@@ -46,7 +48,7 @@ Vector Normalize(const Vector& axis) noexcept
 /// acos with everything beyond the ends held at them.
 Float ClampedAcos(Float value) noexcept
 {
-  return value >= 1 ? 0 : value <= -1 ? kPi : std::acos(value);
+  return value >= 1 ? 0 : value <= -1 ? kPi : Acos(value);
 }
 
 /// Angles of a matrix whose pitch is at a pole: all turning about the vertical goes to the bank.
@@ -131,12 +133,12 @@ Vector MatrixToAngles(const HostMatrix& matrix, RotationOrder, Bool normalized) 
     return AnglesAtPole(m);
 
   const Float u = m.axisZ.x / t;
-  const Float a = u >= 1 ? kHalfPi : u <= -1 ? -kHalfPi : std::asin(u);
+  const Float a = u >= 1 ? kHalfPi : u <= -1 ? -kHalfPi : Asin(u);
   Float heading = m.axisZ.z > 0 ? -a : a + kPi;
   if (heading < 0)
     heading += kTwoPi;
-  const Float pitch = std::atan(m.axisZ.y / t);
-  const Float bank = ClampedAcos(m.axisX.x * std::cos(heading) + m.axisX.z * std::sin(heading));
+  const Float pitch = Atan(m.axisZ.y / t);
+  const Float bank = ClampedAcos(m.axisX.x * Cos(heading) + m.axisX.z * Sin(heading));
   return {heading, pitch, m.axisX.y > 0 ? kTwoPi - bank : bank};
 }
 
@@ -153,15 +155,15 @@ Vector MatrixToAnglesInOrder(const HostMatrix& matrix, RotationOrder order) noex
   const int k = axisOrder.axes[2];
   // Signs of the product R_i * R_j * R_k of turns in the host's sense; its component (i, k) holds the middle angle alone.
   const Float sign = (j - i + 3) % 3 == 1 ? -1 : 1;
-  const Float cosine = std::hypot(at(i, i), at(i, j));
-  const Float middle = std::atan2(sign * at(i, k), cosine);
+  const Float cosine = Hypot(at(i, i), at(i, j));
+  const Float middle = Atan2(sign * at(i, k), cosine);
   // At a pole the first and the last angle turn about one axis; all of it goes to the last.
-  const Float first = cosine > kOrderPoleLimit ? std::atan2(-sign * at(j, k), at(k, k)) : 0;
+  const Float first = cosine > kOrderPoleLimit ? Atan2(-sign * at(j, k), at(k, k)) : 0;
   // With the first turn taken off, row j is that of the last turn alone. So near a pole, where the first angle is uncertain, the
   // last makes up for its error.
-  const Float c = std::cos(first);
-  const Float s = sign * std::sin(first);
-  const Float last = std::atan2(sign * (c * at(j, i) + s * at(k, i)), c * at(j, j) + s * at(k, j));
+  const Float c = Cos(first);
+  const Float s = sign * Sin(first);
+  const Float last = Atan2(sign * (c * at(j, i) + s * at(k, i)), c * at(j, j) + s * at(k, j));
   Vector angles;
   angles[axisOrder.angles[0]] = first;
   angles[axisOrder.angles[1]] = middle;
@@ -173,12 +175,12 @@ Vector4 AnglesToQuaternion(const Vector& angles, Bool flipZ) noexcept
 {
   const Float a0 = flipZ ? -angles.x : angles.x;
   const Float a1 = flipZ ? -angles.y : angles.y;
-  const Float c0 = std::cos(a0 / 2);
-  const Float s0 = std::sin(a0 / 2);
-  const Float c1 = std::cos(a1 / 2);
-  const Float s1 = std::sin(a1 / 2);
-  const Float c2 = std::cos(angles.z / 2);
-  const Float s2 = std::sin(angles.z / 2);
+  const Float c0 = Cos(a0 / 2);
+  const Float s0 = Sin(a0 / 2);
+  const Float c1 = Cos(a1 / 2);
+  const Float s1 = Sin(a1 / 2);
+  const Float c2 = Cos(angles.z / 2);
+  const Float s2 = Sin(angles.z / 2);
   const Float w = c2 * c0 * c1 - s2 * s0 * s1;
   const Float x = c2 * c0 * s1 - s2 * c1 * s0;
   const Float y = c2 * c1 * s0 + s2 * c0 * s1;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "framework/trigonometry.h"
 #include "host/scene/headlessdocument.h"
 
 namespace q7z
@@ -30,7 +31,7 @@ Float GetAspect(const HeadlessObject& object) noexcept
 Float GetAngle(const HeadlessObject& object, Int32 otherAngle, Float factor, Float halfTangent) noexcept
 {
   const HostValue* const other = object.GetParameters().Find(otherAngle);
-  return 2 * std::atan(other ? std::tan(other->GetFloat() / 2) * factor : halfTangent);
+  return 2 * Atan(other ? Tan(other->GetFloat() / 2) * factor : halfTangent);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "framework/trigonometry.h"
+
 namespace q7z
 {
 
@@ -41,11 +43,11 @@ Vector4 Turn(const Vector4& from, const Vector4& to, Float place) noexcept
   const Vector4 near = to * (cosine < 0 ? -1.0 : 1.0);
   const Vector4 gap = near + from * -1.0;
   // Half of the angle from the chord, which is exact where the angle is small.
-  const Float angle = 2 * std::asin(std::fmin(std::sqrt(Dot(gap, gap)) / 2, 1.0));
-  const Float sine = std::sin(angle);
+  const Float angle = 2 * Asin(std::fmin(std::sqrt(Dot(gap, gap)) / 2, 1.0));
+  const Float sine = Sin(angle);
   const Bool isStraight = angle < kSmallAngle;
-  const Vector4 turned = from * (isStraight ? 1 - place : std::sin((1 - place) * angle) / sine) +
-                         near * (isStraight ? place : std::sin(place * angle) / sine);
+  const Vector4 turned =
+    from * (isStraight ? 1 - place : Sin((1 - place) * angle) / sine) + near * (isStraight ? place : Sin(place * angle) / sine);
   return turned * (1 / std::sqrt(Dot(turned, turned)));
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "framework/trigonometry.h"
 #include "host/scene/headlessneighbor.h"
 #include "host/scene/headlessobject.h"
 
@@ -39,7 +40,7 @@ public:
         _pointCount(object.GetPointCount()),
         _polygonCount(object.GetPolygonCount()),
         _settings(settings),
-        _leastCosine(std::cos(std::clamp(settings.angleRadians, 0.0, kHalfTurn)) - kTolerance)
+        _leastCosine(Cos(std::clamp(settings.angleRadians, 0.0, kHalfTurn)) - kTolerance)
   {}
 
   Bool Init() noexcept

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "framework/check.h"
+#include "framework/trigonometry.h"
 #include "plugin/document/gltfdata.h"
 #include "plugin/module/diagnostics.h"
 #include "plugin/module/hostdocument.h"
@@ -225,7 +226,7 @@ T Interpolate(const String& interpolation, const KeyframeOf<T>& a, const Keyfram
   if (interpolation != kSplineInterpolation)
     return T{};
   const Float s2 = s * s;
-  const Float s3 = std::pow(s, 3.0);
+  const Float s3 = Cube(s);
   return a.value * (1 + (2 * s3 - 3 * s2)) + a.outTangent * (dt * (s + (s3 - 2 * s2))) + b.value * (3 * s2 - 2 * s3) +
          b.inTangent * (dt * (s3 - s2));
 }

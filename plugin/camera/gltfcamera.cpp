@@ -5,6 +5,7 @@
 #include <new>
 
 #include "framework/check.h"
+#include "framework/trigonometry.h"
 
 namespace q7z
 {
@@ -112,7 +113,7 @@ Result<void> GltfPerspectiveCamera::ReadFromHost(HostObject* op, const ExportOpt
   const Float hfov = ReadParameter(op, kCameraHorizontalAngle).GetFloat();
   const Float vfov = ReadParameter(op, kCameraVerticalAngle).GetFloat();
   second = vfov;
-  first = std::tan(0.5 * hfov) / std::tan(0.5 * vfov);
+  first = Tan(0.5 * hfov) / Tan(0.5 * vfov);
   if (znear <= 0.0)
     znear = kSmallestPerspectiveNear;
   return {};
@@ -124,7 +125,7 @@ Result<void> GltfPerspectiveCamera::WriteToHost(HostObject* op, HostDocument* do
   CHECK_STATE(doc);
   RETURN_IF_ERROR(WriteParameter(op, kCameraProjection, kPerspectiveProjection));
   RETURN_IF_ERROR(GltfCamera::WriteToHost(op, doc, options));
-  const Float hfov = 2 * std::atan(first * std::tan(second * 0.5));
+  const Float hfov = 2 * Atan(first * Tan(second * 0.5));
   RETURN_IF_ERROR(WriteParameter(op, kCameraHorizontalAngle, hfov));
   return WriteParameter(op, kCameraVerticalAngle, second);
 }
