@@ -23,6 +23,7 @@ namespace
 // What the system reads or writes in one call.
 constexpr Int kLargestCall = Int(1) << 30;
 constexpr int kTemporaryNameTries = 100;
+constexpr size_t kLongestPath = 1 << 15;  // that a name can be told in
 // As files are shared on other systems: who reads or writes one does not keep others from it.
 constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
@@ -280,15 +281,10 @@ std::string ResolvePath(const std::string& path)
   const OwnedHandle handle(name.empty() ? INVALID_HANDLE_VALUE : OpenToAsk(name));
   if (!handle.IsOpen())
     return "";
-  std::wstring resolved(MAX_PATH, L'\0');
-  for (;;)
-  {
-    const DWORD length = GetFinalPathNameByHandleW(handle.Get(), resolved.data(), static_cast<DWORD>(resolved.size()), 0);
-    const bool fits = length < resolved.size();
-    resolved.resize(length);
-    if (fits)
-      return FromSystemPath(resolved);
-  }
+  // Not every version counts alike what a longer one would need.
+  std::wstring resolved(kLongestPath, L'\0');
+  const DWORD length = GetFinalPathNameByHandleW(handle.Get(), resolved.data(), static_cast<DWORD>(kLongestPath), 0);
+  return length < kLongestPath ? FromSystemPath(resolved.substr(0, length)) : "";
 }
 
 std::string GetFolderOf(const std::string& path)
@@ -360,6 +356,8 @@ bool PutInPlace(const std::string& source, const std::string& target) noexcept
   {
     const std::wstring from = ToSystemPath(source);
     const std::wstring to = ToSystemPath(target);
+    if (from.empty() || to.empty())
+      return false;
     return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) || KeepReason();
   }
   catch (...)

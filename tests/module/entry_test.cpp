@@ -1,7 +1,5 @@
 // The entry of the built module: every message, in and out of order, against a host that records; and configuration variables.
 
-#include <unistd.h>
-
 #include <memory>
 
 #include <gmock/gmock.h>
@@ -65,6 +63,7 @@ TEST_P(ModuleAttach, AnswersByVersionAndPath)
 
 INSTANTIATE_TEST_SUITE_P(Rows, ModuleAttach, testing::ValuesIn(kAttachCases), RowName());
 
+#ifndef _WIN32  // a DLL takes its memory past the test's operator new
 TEST_F(ModuleEntry, StaysAttachedWithoutMemoryForItsPath)
 {
   FailAllocation(1);
@@ -73,6 +72,7 @@ TEST_F(ModuleEntry, StaysAttachedWithoutMemoryForItsPath)
   EXPECT_EQ(module.Send(kStartMessage), 1);
   EXPECT_EQ(module.Send(kEndMessage), 1);
 }
+#endif
 
 TEST_F(ModuleEntry, SecondAttachOnlyCountsAndTheLastEndDetaches)
 {
@@ -239,7 +239,7 @@ TEST_P(ModuleTables, AttachGoesOnWithoutOne)
   EXPECT_THAT(line.file, HasSubstr("operatingsystem"));
   EXPECT_EQ(line.line, 135);
   for (const char* name : kTableNames)
-    EXPECT_THAT(line.text, testing::ContainsRegex("(^| )" + std::string(name) + "( |$)"));
+    EXPECT_THAT(" " + line.text + " ", HasSubstr(" " + std::string(name) + " "));
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryTable, ModuleTables, testing::Range(0, kHostTableCount),

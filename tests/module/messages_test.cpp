@@ -12,6 +12,7 @@
 #include <string>
 
 #include "framework/types.h"
+#include "host/platform/platform.h"
 
 namespace q7z::test
 {
@@ -330,7 +331,7 @@ const std::string& ModuleBytes()
 {
   static const std::string bytes = []
   {
-    const std::filesystem::path path = std::filesystem::path(Q7Z_TEST_BIN_DIR) / "io_gltf.so";
+    const std::filesystem::path path = std::filesystem::path(Q7Z_TEST_BIN_DIR) / (std::string("io_gltf") + kLibrarySuffix);
     std::string content(std::filesystem::file_size(path), '\0');
     std::ifstream(path, std::ios::binary).read(content.data(), static_cast<std::streamsize>(content.size()));
     return content;

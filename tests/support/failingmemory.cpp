@@ -34,11 +34,31 @@ void* Request(std::size_t size) noexcept
   return IsRefused(size) ? nullptr : std::malloc(size ? size : 1);
 }
 
+#ifdef _WIN32
+void* AllocateAligned(std::size_t alignment, std::size_t size) noexcept
+{
+  return _aligned_malloc(size, alignment);
+}
+void FreeAligned(void* block) noexcept
+{
+  _aligned_free(block);
+}
+#else
+void* AllocateAligned(std::size_t alignment, std::size_t size) noexcept
+{
+  return std::aligned_alloc(alignment, size);
+}
+void FreeAligned(void* block) noexcept
+{
+  std::free(block);
+}
+#endif
+
 void* RequestAligned(std::size_t size, std::align_val_t alignment) noexcept
 {
   const std::size_t bytes = static_cast<std::size_t>(alignment);
   const std::size_t rounded = size == 0 ? bytes : (size + bytes - 1) / bytes * bytes;
-  return rounded < size || IsRefused(size) ? nullptr : std::aligned_alloc(bytes, rounded);
+  return rounded < size || IsRefused(size) ? nullptr : AllocateAligned(bytes, rounded);
 }
 
 void* ThrowIfNull(void* block)
@@ -133,8 +153,9 @@ void* __wrap__ZnamSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val
 
 #else
 
-// The replaced functions of the language. All blocks come from malloc or aligned_alloc, so one free serves them all.
+// The replaced functions of the language.
 
+using q7z::test::FreeAligned;
 using q7z::test::Request;
 using q7z::test::RequestAligned;
 using q7z::test::ThrowIfNull;
@@ -198,27 +219,27 @@ void operator delete[](void* block, const std::nothrow_t&) noexcept
 }
 void operator delete(void* block, std::align_val_t) noexcept
 {
-  std::free(block);
+  FreeAligned(block);
 }
 void operator delete[](void* block, std::align_val_t) noexcept
 {
-  std::free(block);
+  FreeAligned(block);
 }
 void operator delete(void* block, std::size_t, std::align_val_t) noexcept
 {
-  std::free(block);
+  FreeAligned(block);
 }
 void operator delete[](void* block, std::size_t, std::align_val_t) noexcept
 {
-  std::free(block);
+  FreeAligned(block);
 }
 void operator delete(void* block, std::align_val_t, const std::nothrow_t&) noexcept
 {
-  std::free(block);
+  FreeAligned(block);
 }
 void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noexcept
 {
-  std::free(block);
+  FreeAligned(block);
 }
 
 #endif

@@ -2,11 +2,8 @@
 
 // TestFolder: a folder of its own for a test, which goes with all that is in it.
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,22 +12,20 @@
 #include <string_view>
 #include <vector>
 
+#include "host/platform/platform.h"
+
 namespace q7z::test
 {
 
 class TestFolder
 {
 public:
-  TestFolder() : _path("/tmp/q7z-test-XXXXXX")
+  TestFolder() : _path(MakeTemporaryFolder())
   {
-    if (!mkdtemp(_path.data()))
+    if (_path.empty())
       throw std::runtime_error("no temporary folder");
   }
-  ~TestFolder()
-  {
-    std::error_code error;
-    std::filesystem::remove_all(_path, error);
-  }
+  ~TestFolder() { RemoveTree(_path); }
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
 
@@ -62,7 +57,7 @@ public:
   {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(_path))
-      names.push_back(entry.path().filename());
+      names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
   }

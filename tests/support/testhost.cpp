@@ -1,7 +1,5 @@
 #include "tests/support/testhost.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -71,7 +69,8 @@ int TestHost::WarningCount() const
 void LoadOnce(const std::uint8_t* data, std::size_t size, const char* suffix)
 {
   static const std::unique_ptr<HeadlessHost> host = MakeHost(0, nullptr);
-  static const std::string path = "/tmp/q7z-fuzz-" + std::to_string(getpid()) + "." + suffix;
+  static const TestFolder folder;
+  static const std::string path = folder / (std::string("file.") + suffix);
   std::FILE* const file = std::fopen(path.c_str(), "wb");
   if (!file)
     std::abort();
@@ -83,7 +82,6 @@ void LoadOnce(const std::uint8_t* data, std::size_t size, const char* suffix)
   request.path = path;
   host->Load(request, *document, job);
   document.reset();
-  unlink(path.c_str());
 }
 
 }  // namespace q7z::test
