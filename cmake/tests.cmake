@@ -21,7 +21,7 @@ function(q7z_add_test name)
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gmock GTest::gtest GTest::gtest_main q7z::test_warnings)
-  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests" UNITY_BUILD OFF)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
   target_compile_definitions(${name} PRIVATE
     Q7Z_TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}" Q7Z_TEST_BIN_DIR="${Q7Z_BIN_DIR}"
     Q7Z_TEST_TEMP_DIR="${PROJECT_BINARY_DIR}/tests/temp")

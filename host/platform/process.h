@@ -29,7 +29,7 @@ public:
 private:
   std::vector<std::string> _texts;
   std::vector<char*> _pointers;
-  UInt32 _consoleCodePage = 0;  // to be set again at the end; 0 for none
+  [[maybe_unused]] UInt32 _consoleCodePage = 0;  // on Windows: to be set again at the end; 0 for none
 };
 
 /// The folder in which the program lies; empty when that cannot be told.

@@ -16,11 +16,6 @@ namespace q7z::test
 namespace
 {
 
-std::string ToText(const Bytes& bytes)
-{
-  return std::string(bytes.begin(), bytes.end());
-}
-
 std::string MakeGlb()
 {
   return ToText(GlbBuilder().PaddedJson(kGoodFile).File());

@@ -31,11 +31,6 @@ constexpr bool kMeasures = true;
 /// What a run may take whatever it loads: the program, its libraries, and the list of nodes that grows until it is too long.
 constexpr int64_t kProgramKilobytes = 128 * 1024;
 
-std::string ToText(const Bytes& bytes)
-{
-  return std::string(bytes.begin(), bytes.end());
-}
-
 /// A triangle whose accessor of points is as given.
 std::string MakeTriangle(const std::string& pointAccessor, const std::string& indexAccessor = "", const std::string& view = "")
 {

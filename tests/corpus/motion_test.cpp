@@ -382,11 +382,11 @@ std::vector<Clip> ListClipsOf(Takes takes)
   return clips;
 }
 
-const std::vector<Clip> kChangedClips = ListClipsOf([](Change change) { return change != Change::kNone; });
+const std::vector<Clip> kClipsThatChange = ListClipsOf([](Change change) { return change != Change::kNone; });
 const std::vector<Clip> kSplineClips = ListClipsOf([](Change change) { return change == Change::kSplines; });
 
 INSTANTIATE_TEST_SUITE_P(Clips, Motion, testing::ValuesIn(ListClips()), NameClip);
-INSTANTIATE_TEST_SUITE_P(Clips, ChangedMotion, testing::ValuesIn(kChangedClips), NameClip);
+INSTANTIATE_TEST_SUITE_P(Clips, ChangedMotion, testing::ValuesIn(kClipsThatChange), NameClip);
 INSTANTIATE_TEST_SUITE_P(Clips, SplineMotion, testing::ValuesIn(kSplineClips), NameClip);
 
 }  // namespace

@@ -77,11 +77,6 @@ std::string ReplaceAnimations(const GltfFile& file, size_t animation)
   return text + "}";
 }
 
-std::string ToText(const Bytes& bytes)
-{
-  return {bytes.begin(), bytes.end()};
-}
-
 /// With the buffers that it names; images are not looked at.
 std::string WriteOneAnimation(const std::string& path, int animation, const TestFolder& folder)
 {

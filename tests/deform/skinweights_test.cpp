@@ -150,7 +150,7 @@ TEST_F(SkinWeights, JointsStandInTheSkinsOrder)
   EXPECT_EQ(WriteWeights(), "0: p0 0.5; 1: p1 1; 2: p2 1; 3: p0 0.5");
 }
 
-struct RefusedCase
+struct RefusedWeights
 {
   const char* name;
   std::function<std::string(GltfJson&)> makePrimitives;
@@ -167,7 +167,7 @@ std::string MakeWith(GltfJson& file, const std::vector<std::string>& attributes)
   return MakePrimitive(file, {}, more);
 }
 
-const RefusedCase kRefusedCases[] = {
+const RefusedWeights kRefusedWeights[] = {
   {"PrimitiveWithoutJoints", [](GltfJson& file) { return MakePrimitive(file, {kAllOnFirst}) + "," + MakePrimitive(file, {}); },
    "baseAccessors._skinJointsAccessors.IsPopulated()"},
   {"MoreJointsThanWeights", [](GltfJson& file) { return MakeWith(file, {"JOINTS_0", "JOINTS_1", "WEIGHTS_0"}); },
@@ -181,7 +181,7 @@ const RefusedCase kRefusedCases[] = {
    R"("scenes":[{"nodes":[0,1]}],"skins":[{}],"nodes":[{"name":"A","mesh":0,"skin":0},{"name":"J"}])"},
 };
 
-class RefusedSkins : public SkinWeights, public testing::WithParamInterface<RefusedCase>
+class RefusedSkins : public SkinWeights, public testing::WithParamInterface<RefusedWeights>
 {};
 
 TEST_P(RefusedSkins, LeaveTheNodeOut)
@@ -193,7 +193,7 @@ TEST_P(RefusedSkins, LeaveTheNodeOut)
   EXPECT_TRUE(WasSaid(Condition(GetParam().condition)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, RefusedSkins, testing::ValuesIn(kRefusedCases), RowName());
+INSTANTIATE_TEST_SUITE_P(Rows, RefusedSkins, testing::ValuesIn(kRefusedWeights), RowName());
 
 // What the points become by the format's own rule: joint * inverse bind matrix * point, whatever the mesh's node does.
 TEST_F(SkinWeights, BoundSkinDeformsAsTheFormatSays)

@@ -200,7 +200,7 @@ TEST_P(ViewElement, LiesAtItsPlace)
   EXPECT_EQ(elements[stride * row.idx], row.firstByte);
 }
 
-constexpr const char* kView = R"({"buffer":0,"byteLength":16})";
+constexpr const char* kSixteenBytes = R"({"buffer":0,"byteLength":16})";
 
 const ElementRow kElements[] = {
   {"Packed", R"({"buffer":0,"byteLength":16})", 0, 4, 2, 8, ""},
@@ -225,12 +225,12 @@ const ElementRow kElements[] = {
    kBeyondDeclared},
   {"LargestIndex", R"({"buffer":0,"byteLength":9223372036854775807})", 0, 1, INT64_MAX, -1, kBeyondView},
   {"NegativeViewLength", R"({"buffer":0,"byteLength":-9223372036854775808})", 0, 4, 0, -1, kBeyondView},
-  {"DeclaredShorterThanPresent", kView, 0, 4, 2, -1, kBeyondDeclared, 11},
-  {"PresentOneShort", kView, 0, 4, 3, -1, kBeyondPresent, 16, 15},
-  {"NothingPresent", kView, 0, 4, 0, -1, kBeyondPresent, 16, 0},
-  {"LargestDeclared", kView, 1, 16, 0, -1, kBeyondPresent, INT64_MAX},
-  {"LargestDeclaredAndOffset", kView, INT64_MAX - 8, 4, 0, -1, kBeyondPresent, INT64_MAX},
-  {"SmallestDeclared", kView, 0, 1, 0, -1, kBeyondDeclared, INT64_MIN},
+  {"DeclaredShorterThanPresent", kSixteenBytes, 0, 4, 2, -1, kBeyondDeclared, 11},
+  {"PresentOneShort", kSixteenBytes, 0, 4, 3, -1, kBeyondPresent, 16, 15},
+  {"NothingPresent", kSixteenBytes, 0, 4, 0, -1, kBeyondPresent, 16, 0},
+  {"LargestDeclared", kSixteenBytes, 1, 16, 0, -1, kBeyondPresent, INT64_MAX},
+  {"LargestDeclaredAndOffset", kSixteenBytes, INT64_MAX - 8, 4, 0, -1, kBeyondPresent, INT64_MAX},
+  {"SmallestDeclared", kSixteenBytes, 0, 1, 0, -1, kBeyondDeclared, INT64_MIN},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, ViewElement, testing::ValuesIn(kElements), RowName());
 

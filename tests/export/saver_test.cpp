@@ -18,7 +18,7 @@ namespace q7z::test
 namespace
 {
 
-constexpr const char* kTriangle =
+constexpr const char* kSavedTriangle =
   R"("objects": [{"id": 1, "type": 5100, "name": "T", "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2]}])";
 
 class Saver : public testing::Test
@@ -106,7 +106,7 @@ TEST_F(Saver, AnswersTheSuffixOfTheChosenForm)
 
 TEST_F(Saver, WritesNothingWithoutItsFlag)
 {
-  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kTriangle));
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kSavedTriangle));
   SaveRequest request;
   request.path = "/tmp/q7z-never-written.gltf";
   request.flags = 2;
@@ -119,7 +119,7 @@ TEST_F(Saver, TellsWhyAFileCannotBeWritten)
 {
   for (const int format : {kGltfFormat, kGlbFormat})
   {
-    const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kTriangle));
+    const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kSavedTriangle));
     SaveRequest request;
     request.path = "/tmp/q7z-no-such-folder/a.gltf";
     request.parameters = {{kFileFormatParameter, HostValue(format)}};
@@ -173,13 +173,13 @@ TEST_P(SaverBinary, HasItsChunks)
 const BinaryCase kBinaryCases[] = {
   {"NothingToSave", R"("name": "nothing")", 0},
   // Three indices of two bytes, two blanks, three positions.
-  {"OneTriangle", kTriangle, 6 + 2 + 36},
+  {"OneTriangle", kSavedTriangle, 6 + 2 + 36},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, SaverBinary, testing::ValuesIn(kBinaryCases), RowName());
 
 TEST_F(Saver, RunsOnAThreadAndStopsWhenAsked)
 {
-  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kTriangle));
+  const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kSavedTriangle));
   HeadlessJob job;
   SaveRequest request;
   request.path = "/tmp/q7z-cancelled.gltf";

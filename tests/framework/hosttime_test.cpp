@@ -5,14 +5,12 @@
 #include <limits>
 
 #include "framework/hosttime.h"
+#include "tests/framework/nonfinite.h"
 
 namespace q7z::test
 {
 namespace
 {
-
-constexpr Float kInfinity = std::numeric_limits<Float>::infinity();
-constexpr Float kNan = std::numeric_limits<Float>::quiet_NaN();
 
 struct SecondsCase
 {

@@ -18,14 +18,14 @@ namespace
 {
 
 const Vector kPoints[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}};
-const Vector32 kUp = {0, 0, 1};
+const Vector32 kUpward = {0, 0, 1};
 const Float32 kNaN = std::numeric_limits<Float32>::quiet_NaN();
 
 /// What a corner has.
 struct Corner
 {
   Int32 point = 0;
-  Vector32 normal = kUp;
+  Vector32 normal = kUpward;
   Vector32 uv;
   VertexColor color;
 };
@@ -44,7 +44,7 @@ std::vector<Int32> AddAll(VertexData& data, const std::vector<Corner>& corners, 
 /// A point of many corners, all different.
 Corner NumberedCorner(int number)
 {
-  return {1, kUp, {static_cast<Float32>(number), 0, 0}, {}};
+  return {1, kUpward, {static_cast<Float32>(number), 0, 0}, {}};
 }
 
 class VertexDataTest : public testing::Test
@@ -75,8 +75,8 @@ TEST_P(VertexSharing, GivesEachCornerItsVertex)
 }
 
 const SharingRow kSharing[] = {
-  {"ThirdUvComponentCounts", {{1}, {1, kUp, {0, 0, 1}}}, false, {1, 4}, 5},
-  {"AnotherAlpha", {{1}, {1, kUp, {}, {0, 0, 0, 0.5f}}}, false, {1, 4}, 5},
+  {"ThirdUvComponentCounts", {{1}, {1, kUpward, {0, 0, 1}}}, false, {1, 4}, 5},
+  {"AnotherAlpha", {{1}, {1, kUpward, {}, {0, 0, 0, 0.5f}}}, false, {1, 4}, 5},
   {"CopiesAreShared", {{1}, {1, {1, 0, 0}}, {1, {0, 1, 0}}, {1, {1, 0, 0}}, {1}}, false, {1, 4, 5, 4, 1}, 6},
   {"EqualValuesOfOtherPoints", {{0}, {1}, {0, {1, 0, 0}}, {1, {1, 0, 0}}}, false, {0, 1, 4, 5}, 6},
   {"WithoutLookup", {{0}, {1}, {2}, {2}, {1}, {3}}, true, {0, 1, 2, 4, 5, 3}, 6},
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, VertexSharing, testing::ValuesIn(kSharing), RowNa
 
 TEST_F(VertexDataTest, CopyHasThePositionOfItsPointAndItsOwnValues)
 {
-  AddAll(_data, {{1, kUp, {7, 8, 9}, {1, 2, 3, 4}}, {1, {1, 0, 0}, {4, 5, 6}, {5, 6, 7, 8}}});
+  AddAll(_data, {{1, kUpward, {7, 8, 9}, {1, 2, 3, 4}}, {1, {1, 0, 0}, {4, 5, 6}, {5, 6, 7, 8}}});
   EXPECT_EQ(_data.GetUV(1).GetValue(), (Vector32{7, 8, 9}));
   EXPECT_EQ(_data.GetPosition(4).GetValue(), (Vector{1, 0, 0}));
   EXPECT_EQ(_data.GetNormal(4).GetValue(), (Vector32{1, 0, 0}));
@@ -101,14 +101,16 @@ TEST(VertexData, ColorsCountForNothingWhereNoneAreKept)
 {
   VertexData data;
   ASSERT_EQ(ErrorText(data.Init(kPoints, 4, false)), "no error");
-  const std::vector<Corner> corners = {{1, kUp, {}, {1, 0, 0, 1}}, {1, kUp, {}, {kNaN, 0, 0, 1}}, {1, kUp, {0, 0, 1}}};
+  const std::vector<Corner> corners = {{1, kUpward, {}, {1, 0, 0, 1}},
+                                       {1, kUpward, {}, {kNaN, 0, 0, 1}},
+                                       {1, kUpward, {0, 0, 1}}};
   EXPECT_EQ(AddAll(data, corners), (std::vector<Int32>{1, 1, 4}));
   EXPECT_EQ(data.GetPolygonColors().GetCount(), 0);
 }
 
 TEST_F(VertexDataTest, AddedVertexBelongsToNoPoint)
 {
-  EXPECT_EQ(_data.AddVertex({5, 6, 7}, kUp, {}, {}).GetValue(), 4);
+  EXPECT_EQ(_data.AddVertex({5, 6, 7}, kUpward, {}, {}).GetValue(), 4);
   EXPECT_EQ(_data.GetPosition(4).GetValue(), (Vector{5, 6, 7}));
   EXPECT_EQ(AddAll(_data, {{4}}), std::vector<Int32>{-1});
   EXPECT_EQ(_data.TakeHostPoints()[4], -1);
@@ -139,9 +141,9 @@ TEST_F(VertexDataTest, ManyCopiesOfOnePointAreFound)
 TEST_F(VertexDataTest, ManyCopiesOfTwoPointsStayApart)
 {
   for (int number = 0; number < 50; ++number)
-    AddAll(_data, {NumberedCorner(number), {2, kUp, {static_cast<Float32>(number), 0, 0}, {}}});
+    AddAll(_data, {NumberedCorner(number), {2, kUpward, {static_cast<Float32>(number), 0, 0}, {}}});
   // Two points of the four hold the first number each; the copies take turns.
-  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUp, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
+  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUpward, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
 }
 
 constexpr const char* kEarly = "Illegal state: Condition _isInitialized not fulfilled. ";

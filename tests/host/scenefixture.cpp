@@ -94,9 +94,4 @@ String Text(const std::string& text)
   return String::Create(text).GetValue();
 }
 
-std::string Text(const String& text)
-{
-  return std::string(text.GetView());
-}
-
 }  // namespace q7z::test

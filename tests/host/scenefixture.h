@@ -12,6 +12,7 @@
 #include "plugin/module/hostmaterial.h"
 #include "plugin/module/hostpolygon.h"
 #include "plugin/module/hosttrack.h"
+#include "tests/host/servicesupport.h"
 
 namespace q7z::test
 {
@@ -60,6 +61,5 @@ private:
 };
 
 String Text(const std::string& text);
-std::string Text(const String& text);
 
 }  // namespace q7z::test

@@ -20,6 +20,11 @@ inline Bytes ToBytes(std::string_view text)
   return Bytes(text.begin(), text.end());
 }
 
+inline std::string ToText(const Bytes& bytes)
+{
+  return std::string(bytes.begin(), bytes.end());
+}
+
 /// Standard base64 with padding.
 inline std::string EncodeBase64(const Bytes& bytes)
 {
