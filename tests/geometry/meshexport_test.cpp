@@ -93,7 +93,8 @@ struct CollectedMesh
 std::string WriteBound(const Result<Data>& bound)
 {
   std::string text;
-  for (const Data& value : bound.GetValue().GetArray().GetValue())
+  const Result<DataArrayView> values = bound.GetValue().GetArray();
+  for (const Data& value : values.GetValue())
     text += std::to_string(Int(value.GetFloat().GetValue())) + " ";
   return text;
 }
