@@ -5,6 +5,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "host/services/base64.h"
+
 namespace q7z::test
 {
 
@@ -13,35 +15,8 @@ namespace
 
 std::string DecodeBase64(std::string_view text)
 {
-  static constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string bytes;
-  unsigned collected = 0;
-  int bits = 0;
-  for (const char c : text)
-  {
-    const size_t digit = kDigits.find(c);
-    if (digit == std::string_view::npos)
-      break;  // the padding
-    collected = collected << 6 | static_cast<unsigned>(digit);
-    bits += 6;
-    if (bits < 8)
-      continue;
-    bits -= 8;
-    bytes.push_back(static_cast<char>(collected >> bits & 255));
-  }
-  return bytes;
-}
-
-std::string DecodePercents(const std::string& text)
-{
-  std::string decoded;
-  for (size_t i = 0; i < text.size(); ++i)
-  {
-    const bool isEscape = text[i] == '%' && i + 2 < text.size();
-    decoded.push_back(isEscape ? static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16)) : text[i]);
-    i += isEscape ? 2 : 0;
-  }
-  return decoded;
+  const Result<BaseArray<Byte>> bytes = HeadlessBase64Decoder().Decode(String(text.data(), static_cast<Int>(text.size())));
+  return std::string(bytes.GetValue().begin(), bytes.GetValue().end());
 }
 
 template <typename T>
@@ -150,8 +125,7 @@ GltfFile::GltfFile(const std::string& path)
 
 std::string GltfFile::ReadUri(const std::string& uri, const std::string& folder) const
 {
-  return uri.starts_with("data:") ? DecodeBase64(std::string_view(uri).substr(uri.find(',') + 1))
-                                  : ReadBytes(folder + DecodePercents(uri));
+  return uri.starts_with("data:") ? DecodeBase64(std::string_view(uri).substr(uri.find(',') + 1)) : ReadBytes(folder + uri);
 }
 
 std::vector<double> GltfFile::ReadComponents(Json view, size_t offset, int componentType, size_t width, size_t count) const
@@ -179,24 +153,9 @@ std::vector<double> GltfFile::ReadAccessor(int index) const
   const auto count = static_cast<size_t>(GetNumber(accessor, "count", 0));
   const size_t width = GetWidth(GetText(accessor, "type"));
   const int type = GetIndex(accessor, "componentType");
-  const auto read = [&](Json place, int componentType, size_t elementWidth, size_t elementCount)
-  {
-    return ReadComponents(views.at(static_cast<size_t>(GetIndex(place, "bufferView"))),
-                          static_cast<size_t>(GetNumber(place, "byteOffset", 0)), componentType, elementWidth, elementCount);
-  };
-  std::vector<double> numbers(count * width);
-  if (GetIndex(accessor, "bufferView") >= 0)
-    numbers = read(accessor, type, width, count);
-  Json sparse;
-  if (GetMember(accessor, "sparse").get(sparse) == simdjson::SUCCESS)
-  {
-    const auto sparseCount = static_cast<size_t>(GetNumber(sparse, "count", 0));
-    const Json indices = sparse["indices"];
-    const std::vector<double> places = read(indices, GetIndex(indices, "componentType"), 1, sparseCount);
-    const std::vector<double> values = read(sparse["values"], type, width, sparseCount);
-    for (size_t i = 0; i < sparseCount * width; ++i)
-      numbers.at(static_cast<size_t>(places[i / width]) * width + i % width) = values[i];
-  }
+  const Json view = views.at(static_cast<size_t>(GetIndex(accessor, "bufferView")));
+  std::vector<double> numbers =
+    ReadComponents(view, static_cast<size_t>(GetNumber(accessor, "byteOffset", 0)), type, width, count);
   bool isNormalized = false;
   if (GetMember(accessor, "normalized").get(isNormalized) == simdjson::SUCCESS && isNormalized)
   {

@@ -1,6 +1,6 @@
 #pragma once
 
-// A glTF file as tests read it, apart from everything that the product does: its JSON, and the numbers of its accessors.
+// A glTF file as tests read it, apart from what the product does: its JSON, and the numbers of its accessors.
 
 #include <string>
 #include <vector>
@@ -31,7 +31,7 @@ public:
   explicit GltfFile(const std::string& path);
 
   Json GetRoot() const { return _root; }
-  /// All components in order, normalised and with sparse values in place.
+  /// All components in order, normalised; none may be sparse.
   std::vector<double> ReadAccessor(int index) const;
 
 private:

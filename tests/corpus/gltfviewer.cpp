@@ -310,11 +310,11 @@ std::vector<HostMatrix> GltfViewer::GetWorldMatrices(const std::vector<GltfNode>
   return worlds;
 }
 
-std::vector<GltfTriangle> GltfViewer::GetTriangles(double time) const
+std::vector<CornerTriangle> GltfViewer::GetTriangles(double time) const
 {
   const std::vector<GltfNode> pose = GetPose(time);
   const std::vector<HostMatrix> worlds = GetWorldMatrices(pose);
-  std::vector<GltfTriangle> triangles;
+  std::vector<CornerTriangle> triangles;
   for (const int index : _order)
   {
     const GltfNode& node = pose[static_cast<size_t>(index)];

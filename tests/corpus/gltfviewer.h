@@ -3,12 +3,11 @@
 // What a viewer of a glTF file shows at a time, worked out from the file alone: the places of its nodes, and the triangles of its
 // meshes after morph targets and skins. Two files can be held against each other, whoever wrote them.
 
-#include <array>
 #include <string>
 #include <vector>
 
-#include "framework/hostmatrix.h"
 #include "tests/corpus/gltffile.h"
+#include "tests/corpus/trianglepaths.h"
 
 namespace q7z::test
 {
@@ -51,9 +50,6 @@ struct GltfNode
   std::vector<double> weights;  ///< of its mesh's targets
 };
 
-/// The corners of a triangle, in the order in which the file has them.
-using GltfTriangle = std::array<Vector, 3>;
-
 class GltfViewer
 {
 public:
@@ -74,7 +70,7 @@ public:
   /// The world matrix of each node, the identity for those that do not belong to the scene.
   std::vector<HostMatrix> GetWorldMatrices(double time) const;
   /// All triangles of the scene in the world, node by node in the order of a walk from its roots.
-  std::vector<GltfTriangle> GetTriangles(double time) const;
+  std::vector<CornerTriangle> GetTriangles(double time) const;
 
 private:
   struct Influences

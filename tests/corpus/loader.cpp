@@ -1,11 +1,7 @@
 #include "tests/corpus/loader.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 #include "host/scene/scenediagnostics.h"
@@ -55,22 +51,17 @@ void CountObjects(const HeadlessDocument& document, LoadResult& result)
 
 }  // namespace
 
-Loader::Loader() : _folder(Q7Z_TEST_TEMP_DIR "/corpus-XXXXXX")
+std::unique_ptr<HeadlessHost> MakeHost(bool bakesSplines)
 {
-  if (!mkdtemp(_folder.data()))
-    throw std::runtime_error("no temporary folder");
   HostSettings settings;
   settings.pluginPath = Q7Z_TEST_BIN_DIR "/io_gltf.so";
+  if (bakesSplines)
+    settings.configuration = {{"g_gltfImporterBakeSplineInterpolatedAnimation", "true"}};
   std::string error;
-  _host = HeadlessHost::Create(settings, error);
-  if (!_host)
+  std::unique_ptr<HeadlessHost> host = HeadlessHost::Create(settings, error);
+  if (!host)
     throw std::runtime_error(error);
-}
-
-Loader::~Loader()
-{
-  std::error_code error;
-  std::filesystem::remove_all(_folder, error);
+  return host;
 }
 
 LoadResult Loader::Load(const std::string& path, const std::map<int, bool>& parameters)
@@ -83,7 +74,7 @@ LoadResult Loader::Load(const std::string& path, const std::map<int, bool>& para
     HeadlessJob job;
     LoadRequest request;
     request.path = path;
-    request.texFolder = _folder;
+    request.texFolder = _folder.GetPath();
     for (const auto& [id, value] : parameters)
       request.parameters.emplace_back(id, HostValue(value));
     const LoadReport report = _host->Load(request, *document, job);
@@ -98,11 +89,9 @@ LoadResult Loader::Load(const std::string& path, const std::map<int, bool>& para
   return result;
 }
 
-LoadResult Loader::LoadBytes(const std::string& name, const std::string& bytes, const std::map<int, bool>& parameters)
+LoadResult Loader::LoadBytes(const std::string& name, const std::string& bytes)
 {
-  const std::string path = _folder + "/" + name;
-  std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  return Load(path, parameters);
+  return Load(_folder.Write(name, bytes));
 }
 
 bool IsStatusWord(const std::string& status)

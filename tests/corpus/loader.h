@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/headlesshost.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
@@ -28,20 +29,20 @@ struct LoadResult
   std::string text;  ///< error and messages, for a failing test
 };
 
+/// A host around the built library. @param bakesSplines  whether imported splines get a key at each frame.
+std::unique_ptr<HeadlessHost> MakeHost(bool bakesSplines = false);
+
 class Loader
 {
 public:
-  Loader();
-  ~Loader();
-
   /// parameters  of the loader by id, over its defaults.
   LoadResult Load(const std::string& path, const std::map<int, bool>& parameters = {});
   /// The same for bytes, under a file name.
-  LoadResult LoadBytes(const std::string& name, const std::string& bytes, const std::map<int, bool>& parameters = {});
+  LoadResult LoadBytes(const std::string& name, const std::string& bytes);
 
 private:
-  std::unique_ptr<HeadlessHost> _host;
-  std::string _folder;
+  std::unique_ptr<HeadlessHost> _host = MakeHost();
+  TestFolder _folder;
 };
 
 /// The words that a load's status is one of.

@@ -4,18 +4,16 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
-#include <set>
 
 #include <gtest/gtest.h>
 
 #include "host/headlesshost.h"
 #include "plugin/document/gltfexportoptions.h"
-#include "tests/corpus/motionchanges.h"
+#include "tests/corpus/loader.h"
+#include "tests/corpus/motionclips.h"
 
 namespace q7z::test
 {
@@ -92,80 +90,23 @@ double GetAxisError(const HostMatrix& a, const HostMatrix& b)
   return std::max({(a.axisX - b.axisX).GetLength(), (a.axisY - b.axisY).GetLength(), (a.axisZ - b.axisZ).GetLength()});
 }
 
-double GetDistance(const GltfTriangle& a, const GltfTriangle& b, size_t turn)
-{
-  double error = 0;
-  for (size_t i = 0; i < 3; ++i)
-    error = std::max(error, (a[i] - b[(i + turn) % 3]).GetLength());
-  return error;
-}
-
 /// The diagonal of the box around all triangles and nodes.
 double GetSize(const GltfViewer& viewer, double time)
 {
-  Vector low{1e30, 1e30, 1e30};
-  Vector high = -low;
-  const auto take = [&](const Vector& point)
-  {
-    for (int i = 0; i < 3; ++i)
-    {
-      low[i] = std::min(low[i], point[i]);
-      high[i] = std::max(high[i], point[i]);
-    }
-  };
+  Box box;
   for (const HostMatrix& world : viewer.GetWorldMatrices(time))
-    take(world.offset);
-  for (const GltfTriangle& triangle : viewer.GetTriangles(time))
-    std::for_each(triangle.begin(), triangle.end(), take);
-  return (high - low).GetLength();
+    box.Take(world.offset);
+  for (const CornerTriangle& triangle : viewer.GetTriangles(time))
+    std::for_each(triangle.begin(), triangle.end(), [&](const Vector& corner) { box.Take(corner); });
+  return box.GetSize();
 }
 
-/// Triangles at several times, as paths that their corners take.
-using Paths = std::vector<std::vector<GltfTriangle>>;
-
-Paths CollectPaths(const GltfViewer& viewer, const std::vector<double>& times)
+TrianglePaths CollectPaths(const GltfViewer& viewer, const std::vector<double>& times)
 {
-  Paths paths;
+  TrianglePaths paths;
   for (const double time : times)
     paths.push_back(viewer.GetTriangles(time));
   return paths;
-}
-
-/// Finds for each triangle the one that takes its path, in any order and from any corner on. @return the largest distance of the
-/// corners, infinite when one has none.
-double ComparePaths(const Paths& paths, const Paths& others, double near)
-{
-  std::multimap<std::int64_t, size_t> byPlace;
-  const auto getCell = [&](const GltfTriangle& triangle)
-  {
-    return std::llround((triangle[0].x + triangle[1].x + triangle[2].x + 2 * triangle[0].y + 2 * triangle[1].y +
-                         2 * triangle[2].y) /
-                        (8 * near));
-  };
-  for (size_t i = 0; i < others[0].size(); ++i)
-    byPlace.emplace(getCell(others[0][i]), i);
-  double worst = paths[0].size() == others[0].size() ? 0 : INFINITY;
-  for (size_t i = 0; i < paths[0].size(); ++i)
-  {
-    double best = INFINITY;
-    auto taken = byPlace.end();
-    const auto end = byPlace.upper_bound(getCell(paths[0][i]) + 1);
-    for (auto entry = byPlace.lower_bound(getCell(paths[0][i]) - 1); entry != end; ++entry)
-    {
-      for (size_t turn = 0; turn < 3; ++turn)
-      {
-        double error = 0;
-        for (size_t t = 0; t < paths.size() && error < best; ++t)
-          error = std::max(error, GetDistance(paths[t][i], others[t][entry->second], turn));
-        taken = error < best ? entry : taken;
-        best = std::min(best, error);
-      }
-    }
-    if (taken != byPlace.end())
-      byPlace.erase(taken);
-    worst = std::max(worst, best);
-  }
-  return worst;
 }
 
 std::vector<double> ListTimes(const std::pair<double, double>& range, int count)
@@ -244,12 +185,7 @@ protected:
   /// @return the path of what was saved.
   std::string Convert(const std::string& path, const std::string& name, Sampling sampling = Sampling::kNone)
   {
-    HostSettings settings;
-    if (sampling == Sampling::kWhenLoaded)
-      settings.configuration = {{"g_gltfImporterBakeSplineInterpolatedAnimation", "true"}};
-    settings.pluginPath = Q7Z_TEST_BIN_DIR "/io_gltf.so";
-    std::string error;
-    const std::unique_ptr<HeadlessHost> host = HeadlessHost::Create(settings, error);
+    const std::unique_ptr<HeadlessHost> host = MakeHost(sampling == Sampling::kWhenLoaded);
     const HeadlessOwner<HeadlessDocument> document = host->NewDocument();
     HeadlessJob job;
     LoadRequest load;
@@ -273,7 +209,7 @@ protected:
 
 TEST_P(Motion, StaysInSavedFiles)
 {
-  const Change change = FindChange(GetParam());
+  const Change change = GetParam().change;
   const bool hasLostSkin = change == Change::kSkinLost;
   const int triangleTimes = hasLostSkin || change == Change::kBentSkin ? 1 : kTriangleTimes;
   const GltfFile file(_path);
@@ -305,7 +241,7 @@ std::vector<double> ListFrames(const std::pair<double, double>& range)
 
 TEST_P(Motion, StaysAtFramesThatTheSaverSamples)
 {
-  const Change change = FindChange(GetParam());
+  const Change change = GetParam().change;
   const GltfFile file(_path);
   GltfViewer original(file);
   const std::vector<double> frames = ListFrames(original.GetTimeRange());
@@ -338,56 +274,15 @@ TEST_P(SplineMotion, StaysAtFramesThatTheLoaderSamples)
   EXPECT_LE(errors.triangles, kTriangleTolerance);
 }
 
-class ChangedMotion : public Motion
-{};
-
-TEST_P(ChangedMotion, IsNotAsItWas)
-{
-  const Change change = FindChange(GetParam());
-  const GltfFile file(_path);
-  GltfViewer original(file);
-  ApplyChange(Change::kNone, original);
-  const GltfFile savedFile(Convert(_path, "saved.glb"));
-  const int sceneNodes = GetElements(file.GetRoot(), "scenes").empty() ? 0 : 1;
-  const Errors errors = Compare(original, GltfViewer(savedFile), sceneNodes, change == Change::kSkinLost ? 1 : kTriangleTimes);
-  EXPECT_TRUE(errors.nodes > kNodeTolerance || errors.triangles > kTriangleTolerance);
-}
-
-// A new file of the assets is to stand in the list of clips.
-TEST(MotionClips, NameEveryFileThatMoves)
-{
-  std::set<std::string> files;
-  for (const Clip& clip : ListClips())
-    files.insert(clip.file);
-  const char* const assets = std::getenv("GLTF_ASSETS");
-  std::ifstream table(Q7Z_TEST_SOURCE_DIR "/tests/corpus/expected.tsv");
-  for (std::string line; assets && std::getline(table, line);)
-  {
-    const std::string name = line.substr(0, line.find('\t'));
-    const std::string path = std::string(assets) + "/" + name;
-    if (!line.starts_with("valid/") || line.find("\tnone\t") == std::string::npos || !std::filesystem::exists(path))
-      continue;
-    const std::string bytes = ReadBytes(path);
-    const bool moves = bytes.find("\"animations\"") != std::string::npos || bytes.find("\"skins\"") != std::string::npos ||
-                       bytes.find("\"targets\"") != std::string::npos;
-    EXPECT_EQ(moves, files.contains(name) || IsUnread(name)) << name;
-  }
-}
-
-template <typename Takes>
-std::vector<Clip> ListClipsOf(Takes takes)
+std::vector<Clip> ListSplines()
 {
   std::vector<Clip> clips = ListClips();
-  std::erase_if(clips, [&](const Clip& clip) { return !takes(FindChange(clip)); });
+  std::erase_if(clips, [](const Clip& clip) { return clip.change != Change::kSplines; });
   return clips;
 }
 
-const std::vector<Clip> kClipsThatChange = ListClipsOf([](Change change) { return change != Change::kNone; });
-const std::vector<Clip> kSplineClips = ListClipsOf([](Change change) { return change == Change::kSplines; });
-
 INSTANTIATE_TEST_SUITE_P(Clips, Motion, testing::ValuesIn(ListClips()), NameClip);
-INSTANTIATE_TEST_SUITE_P(Clips, ChangedMotion, testing::ValuesIn(kClipsThatChange), NameClip);
-INSTANTIATE_TEST_SUITE_P(Clips, SplineMotion, testing::ValuesIn(kSplineClips), NameClip);
+INSTANTIATE_TEST_SUITE_P(Clips, SplineMotion, testing::ValuesIn(ListSplines()), NameClip);
 
 }  // namespace
 }  // namespace q7z::test

@@ -1,12 +1,12 @@
 #include "tests/corpus/motionclips.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
-#include "tests/corpus/gltffile.h"
 #include "tests/support/gltfbuilders.h"
 
 namespace q7z::test
@@ -17,51 +17,53 @@ namespace
 
 namespace fs = std::filesystem;
 
+constexpr double kFrameTime = 1.0 / 30;
+
 struct Film
 {
   const char* file;
   int animations;
+  Change changes[9] = {};  // of each
 };
 
 // The files of the assets with animations, skins or morph targets that load, and how many of their animations are looked at.
 const Film kFilms[] = {
   {"edge/AnimatedTriangle.gltf", 1},
-  {"edge/modified_bone_animation_test.glb", 1},
-  {"valid/animation/01_cs_rotate/01_cs_rotate.gltf", 1},
-  {"valid/animation/01_cs_scale/01_cs_scale.gltf", 1},
-  {"valid/animation/01_cs_translate/01_cs_translate.gltf", 1},
-  {"valid/animation/03_all_animations/03_all_animations.gltf", 3},
-  {"valid/animation/06_parent-inverse-anim/06_parent-inverse-anim.gltf", 5},
-  {"valid/animation/07_nla-anim/07_nla-anim.gltf", 3},
+  {"edge/modified_bone_animation_test.glb", 1, {Change::kSkinLost}},
+  {"valid/animation/01_cs_rotate/01_cs_rotate.gltf", 1, {Change::kTurnSplines}},
+  {"valid/animation/01_cs_scale/01_cs_scale.gltf", 1, {Change::kSplines}},
+  {"valid/animation/01_cs_translate/01_cs_translate.gltf", 1, {Change::kSplines}},
+  {"valid/animation/03_all_animations/03_all_animations.gltf", 3, {Change::kSplines, Change::kSplines}},
+  {"valid/animation/06_parent-inverse-anim/06_parent-inverse-anim.gltf",
+   5,
+   {Change::kNone, Change::kTurnSplines, Change::kSplines, Change::kNone, Change::kSplines}},
+  {"valid/animation/07_nla-anim/07_nla-anim.gltf", 3, {Change::kSplines, Change::kSplines, Change::kSplines}},
   {"valid/animation/CesiumMilkTruck.glb", 1},
-  {"valid/animation/InterpolationTest/InterpolationTest.gltf", 9},
+  {"valid/animation/InterpolationTest/InterpolationTest.gltf",
+   9,
+   {Change::kNone, Change::kNone, Change::kSplines, Change::kSteps, Change::kTurnSplines, Change::kNone, Change::kNone,
+    Change::kSplines}},
   {"valid/animation/SimpleAnimation.glb", 2},
   {"valid/animation/magnum-exported-animation.gltf", 3},
-  {"valid/morphs/01_cs_morph/01_cs_morph.gltf", 1},
-  {"valid/morphs/01_morphed_cube/01_morphed_cube.gltf", 1},
+  {"valid/morphs/01_cs_morph/01_cs_morph.gltf", 1, {Change::kSplines}},
+  {"valid/morphs/01_morphed_cube/01_morphed_cube.gltf", 1, {Change::kSplines}},
   {"valid/morphs/AnimatedMorphCube/AnimatedMorphCube.gltf", 1},
   {"valid/morphs/AnimatedMorphSphere/AnimatedMorphSphere.gltf", 1},
   {"valid/morphs/InconsistentMorphTargets_trick_fixed.glb", 0},
   {"valid/morphs/MorphStressTest.gltf", 3},
   {"valid/morphs/SimpleMorph/SimpleMorph.gltf", 1},
   {"valid/morphs/box-morph.gltf", 1},
-  {"valid/skins/03_skinned_cylinder/03_skinned_cylinder.gltf", 1},
+  {"valid/skins/03_skinned_cylinder/03_skinned_cylinder.gltf", 1, {Change::kBentSkin}},
   {"valid/skins/Fox.glb", 2},
-  {"valid/skins/MeshSkinnedToItself.glb", 0},
-  {"valid/skins/MeshSkinnedToItselfAndOthersV2.glb", 1},
-  {"valid/skins/duplicate_skinned_mesh_combined.glb", 1},
+  {"valid/skins/MeshSkinnedToItself.glb", 0, {Change::kSkinLost}},
+  {"valid/skins/MeshSkinnedToItselfAndOthersV2.glb", 1, {Change::kSkinLost}},
+  {"valid/skins/duplicate_skinned_mesh_combined.glb", 1, {Change::kSkinLost}},
   {"valid/skins/generic-hand-left.glb", 0},
   {"valid/skins/greenman.glb", 2},
   {"valid/skins/magnum-skin.gltf", 0},
-  {"valid/skins/quad_skin.glb", 0},
+  {"valid/skins/quad_skin.glb", 0, {Change::kFourJoints}},
   {"valid/skins/robot.glb", 3},
-  {"valid/skins/simple_skin.gltf", 1},
-};
-
-constexpr const char* kUnread[] = {
-  "valid/scenes/node-valid.gltf",
-  "valid/geometry/23_multi_prim_vertex_attribute/23_multi_prim_vertex_attribute.gltf",
-  "valid/morphs/singleBlendshapeCube_sparse.glb",
+  {"valid/skins/simple_skin.gltf", 1, {Change::kQuaternions}},
 };
 
 std::string ReplaceAnimations(const GltfFile& file, size_t animation)
@@ -139,6 +141,68 @@ std::string WriteMorphsOnJoints(const TestFolder& folder)
   return folder.Write("clip.gltf", json.Text());
 }
 
+void RoundTimes(GltfSampler& sampler)
+{
+  for (double& time : sampler.times)
+    time = std::floor(time * 1000 + 0.5) / 1000;
+}
+
+GltfSampler WithoutTangents(const GltfSampler& sampler)
+{
+  GltfSampler keys = sampler;
+  keys.mode = GltfSampler::Mode::kLinear;
+  keys.values.clear();
+  for (size_t k = 0; k < sampler.times.size(); ++k)
+  {
+    const auto value = sampler.values.begin() + static_cast<std::ptrdiff_t>(sampler.GetPlace(k, 1));
+    keys.values.insert(keys.values.end(), value, value + static_cast<std::ptrdiff_t>(sampler.GetWidth()));
+  }
+  return keys;
+}
+
+/// Tangents come in as a third of their interval long and mirrored, those at both ends not at all, and leave as they are then. Without
+/// any the keys are joined by straight lines.
+void ChangeSpline(GltfSampler& sampler)
+{
+  if (!sampler.IsSpline())
+    return;
+  const size_t width = sampler.GetWidth();
+  const size_t last = sampler.times.size() - 1;
+  bool hasTangents = false;
+  for (size_t k = 0; k <= last; ++k)
+  {
+    for (size_t i = 0; i < width; ++i)
+    {
+      const double mirror = sampler.path == "translation" && i == 2 ? -1 : 1;
+      double& in = sampler.values[sampler.GetPlace(k, 0) + i];
+      double& out = sampler.values[sampler.GetPlace(k, 2) + i];
+      in *= k == 0 ? 0 : -mirror * (sampler.times[k] - sampler.times[k - 1]) / 3;
+      out *= k == last ? 0 : mirror * (sampler.times[k + 1] - sampler.times[k]) / 3;
+      hasTangents = hasTangents || in != 0 || out != 0;
+    }
+  }
+  if (!hasTangents)
+    sampler = WithoutTangents(sampler);
+}
+
+/// Each key holds until a frame before the next.
+void ChangeSteppedRotation(GltfSampler& sampler)
+{
+  if (!sampler.IsRotation() || sampler.mode != GltfSampler::Mode::kStep)
+    return;
+  GltfSampler turns = sampler;
+  turns.mode = GltfSampler::Mode::kLinear;
+  turns.times = {sampler.times[0]};
+  turns.values.resize(4);
+  for (size_t k = 1; k < sampler.times.size(); ++k)
+  {
+    turns.times.insert(turns.times.end(), {sampler.times[k] - kFrameTime, sampler.times[k]});
+    const auto key = sampler.values.begin() + static_cast<std::ptrdiff_t>(4 * (k - 1));
+    turns.values.insert(turns.values.end(), key, key + 8);
+  }
+  sampler = turns;
+}
+
 }  // namespace
 
 std::vector<Clip> ListClips()
@@ -147,15 +211,10 @@ std::vector<Clip> ListClips()
   for (const Film& film : kFilms)
   {
     for (int i = film.animations == 0 ? -1 : 0; i < film.animations; ++i)
-      clips.push_back({film.file, i});
+      clips.push_back({film.file, i, film.changes[std::max(i, 0)]});
   }
   clips.push_back({kMadeHere, 0});
   return clips;
-}
-
-bool IsUnread(const std::string& file)
-{
-  return std::find(std::begin(kUnread), std::end(kUnread), file) != std::end(kUnread);
 }
 
 std::string WriteClip(const Clip& clip, const TestFolder& folder)
@@ -165,6 +224,22 @@ std::string WriteClip(const Clip& clip, const TestFolder& folder)
   const char* const assets = std::getenv("GLTF_ASSETS");
   const std::string path = std::string(assets ? assets : "") + "/" + clip.file;
   return assets && fs::exists(path) ? WriteOneAnimation(path, clip.animation, folder) : "";
+}
+
+void ApplyChange(Change change, GltfViewer& original)
+{
+  if (change == Change::kFourJoints)
+    original.KeepFourJoints();
+  for (GltfSampler& sampler : original.GetSamplers())
+  {
+    if (change == Change::kSplines)
+      ChangeSpline(sampler);
+    if (change == Change::kTurnSplines && sampler.IsSpline())
+      sampler = WithoutTangents(sampler);
+    if (change == Change::kSteps)
+      ChangeSteppedRotation(sampler);
+    RoundTimes(sampler);
+  }
 }
 
 }  // namespace q7z::test

@@ -1,5 +1,9 @@
 #include "tests/corpus/worldtriangles.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+
 #include "host/scene/headlessposemorphtag.h"
 #include "host/scene/headlessweighttag.h"
 
@@ -10,6 +14,18 @@ namespace
 {
 
 constexpr Int32 kMorphTagStrength = 1031;
+
+constexpr double kTolerance = 1e-5;
+
+enum Aspect
+{
+  kPlaces,
+  kNormals,
+  kUvs,
+  kColors,
+  kRest,
+  kAspects,
+};
 
 using Points = std::vector<Vector>;
 
@@ -135,49 +151,45 @@ public:
     }
   }
 
-  void Append(const HostMatrix& world, std::vector<Triangle>& triangles) const
+  void Append(const HostMatrix& world, TrianglePaths& paths) const
   {
     for (Int i = 0; i < _object.GetPolygonCount(); ++i)
     {
       const HostPolygon& polygon = _object.GetPolygons().GetR()[i];
-      triangles.push_back(ReadTriangle(world, i, {0, 1, 2}));
+      AppendTriangle(world, i, {0, 1, 2}, paths);
       if (polygon.c != polygon.d)
-        triangles.push_back(ReadTriangle(world, i, {0, 2, 3}));
+        AppendTriangle(world, i, {0, 2, 3}, paths);
     }
   }
 
 private:
-  Triangle ReadTriangle(const HostMatrix& world, Int polygon, const std::array<int, 3>& corners) const
+  void AppendTriangle(const HostMatrix& world, Int polygon, const std::array<int, 3>& corners, TrianglePaths& paths) const
   {
-    Triangle triangle;
-    triangle.hasUvs = static_cast<bool>(_uvs);
-    triangle.hasColors = static_cast<bool>(_colors);
-    triangle.name = _object.GetName().GetView();
-    for (size_t i = 0; i < 3; ++i)
-      triangle.corners[i] = ReadCorner(world, polygon, corners[i]);
-    return triangle;
-  }
-
-  Corner ReadCorner(const HostMatrix& world, Int polygon, int corner) const
-  {
+    for (std::vector<CornerTriangle>& path : paths)
+      path.emplace_back();
     const HostPolygon& indices = _object.GetPolygons().GetR()[polygon];
-    const Int32 point = corner == 0 ? indices.a : corner == 1 ? indices.b : corner == 2 ? indices.c : indices.d;
-    const size_t index = static_cast<size_t>(point);
-    Corner read;
-    read.position = world * _points.at(index);
-    if (_normals)
+    for (size_t i = 0; i < 3; ++i)
     {
-      const Vector normal = GetCorner(_normals, polygon, corner);
-      read.normal = TurnNormal(world, _blends.empty() ? normal : TurnNormal(_blends[index], normal));
+      const int corner = corners[i];
+      const Int32 point = corner == 0 ? indices.a : corner == 1 ? indices.b : corner == 2 ? indices.c : indices.d;
+      const size_t index = static_cast<size_t>(point);
+      paths[kPlaces].back()[i] = world * _points.at(index);
+      if (_normals)
+      {
+        const Vector normal = GetCorner(_normals, polygon, corner);
+        paths[kNormals].back()[i] = TurnNormal(world, _blends.empty() ? normal : TurnNormal(_blends[index], normal));
+      }
+      if (_uvs)
+        paths[kUvs].back()[i] = GetCorner(_uvs, polygon, corner).Scaled({1, 1, 0});
+      Vector& rest = paths[kRest].back()[i];
+      rest = {0, _uvs ? 1.0 : 0.0, _colors ? 1.0 : 0.0};
+      if (_colors)
+      {
+        const Float32* const color = _colorsPerPoint ? _colors.GetPoint(point) : _colors.GetCorner(polygon, corner);
+        paths[kColors].back()[i] = {color[0], color[1], color[2]};
+        rest.x = color[3];
+      }
     }
-    if (_uvs)
-      read.uv = GetCorner(_uvs, polygon, corner).Scaled({1, 1, 0});
-    if (_colors)
-    {
-      const Float32* const color = _colorsPerPoint ? _colors.GetPoint(point) : _colors.GetCorner(polygon, corner);
-      std::copy(color, color + 4, read.color.begin());
-    }
-    return read;
   }
 
   static Vector GetCorner(const HostCornerHandle& handle, Int polygon, int corner)
@@ -216,9 +228,9 @@ void PushChildren(const HeadlessObject& object, const HostMatrix& world, std::ve
 
 }  // namespace
 
-std::vector<Triangle> CollectTriangles(const HeadlessDocument& document)
+TrianglePaths CollectTriangles(const HeadlessDocument& document)
 {
-  std::vector<Triangle> triangles;
+  TrianglePaths triangles(kAspects);
   std::vector<Place> places;
   for (const HeadlessObject* object = document.GetFirstObject(); object; object = object->GetNext())
     places.push_back({object, HostMatrix()});
@@ -241,6 +253,31 @@ std::vector<Triangle> CollectTriangles(const HeadlessDocument& document)
       MeshReader(*shown->AsPolygonObject()).Append(world, triangles);
   }
   return triangles;
+}
+
+std::string CompareTriangles(TrianglePaths first, TrianglePaths other)
+{
+  static constexpr const char* kNames[] = {"places", "normals", "UVs", "colours", "alpha, or UVs or colours at all"};
+  Box box;
+  for (const CornerTriangle& triangle : first[kPlaces])
+    std::for_each(triangle.begin(), triangle.end(), [&](const Vector& corner) { box.Take(corner); });
+  for (TrianglePaths* const paths : {&first, &other})
+  {
+    for (CornerTriangle& triangle : (*paths)[kPlaces])
+      std::for_each(triangle.begin(), triangle.end(), [&](Vector& corner) { corner = corner * (1 / box.GetSize()); });
+  }
+  for (CornerTriangle& triangle : first[kNormals])
+    std::replace(triangle.begin(), triangle.end(), Vector(), Vector{NAN, NAN, NAN});
+  if (ComparePaths(first, other, kTolerance) <= kTolerance)
+    return "";
+  std::string text = std::to_string(first[kPlaces].size()) + " and " + std::to_string(other[kPlaces].size()) + " triangles";
+  for (size_t aspects = 1; aspects <= kAspects; ++aspects)
+  {
+    const auto end = static_cast<std::ptrdiff_t>(aspects);
+    if (ComparePaths({first.begin(), first.begin() + end}, {other.begin(), other.begin() + end}, kTolerance) > kTolerance)
+      return text + " with other " + kNames[aspects - 1];
+  }
+  return text;
 }
 
 }  // namespace q7z::test
