@@ -15,7 +15,7 @@ protected:
   static HeadlessTag& AddTag(HeadlessObject& object, Int32 type, const char* name = "")
   {
     HeadlessTag& tag = *HeadlessTag::Create(type);
-    EXPECT_TRUE(tag.SetName(Text(std::string(name))));
+    EXPECT_TRUE(tag.SetName(MakeString(name)));
     tag.InsertInto(&object);
     return tag;
   }

@@ -21,7 +21,7 @@ std::vector<Int> Content(const BaseArray<Int>& array)
 TEST(BaseArray, AppendedElementMayLieInTheArray)
 {
   BaseArray<String> array;
-  ASSERT_FALSE(array.Append(Make("first")).HasError());
+  ASSERT_FALSE(array.Append(MakeString("first")).HasError());
   while (array.GetCount() < 100)
     ASSERT_FALSE(array.Append(array[0]).HasError());
   ASSERT_FALSE(array.CopyFrom(array).HasError());

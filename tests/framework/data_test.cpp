@@ -32,7 +32,7 @@ DataDictionary MakeDictionary(std::initializer_list<std::pair<const char*, Data>
 {
   DataDictionary dictionary;
   for (const auto& [name, value] : members)
-    EXPECT_FALSE(dictionary.Set(DataKey(Make(name)), value).HasError());
+    EXPECT_FALSE(dictionary.Set(DataKey(MakeString(name)), value).HasError());
   return dictionary;
 }
 
@@ -122,7 +122,7 @@ TEST(Data, EqualityIsStructural)
 
 TEST(Data, ElementCanTakeThePlaceOfItsArray)
 {
-  Data value = MakeArray({MakeArray({Data(Make("inner"))})});
+  Data value = MakeArray({MakeArray({Data(MakeString("inner"))})});
   value = value.GetArray().GetValue()[0];
   value = value.GetArray().GetValue()[0];
   EXPECT_EQ(Text(value.GetString()), "inner");

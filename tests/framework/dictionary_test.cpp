@@ -19,7 +19,7 @@ using Numbers = std::vector<std::pair<Int, Int>>;
 
 DataKey KeyOf(Int number)
 {
-  return DataKey(Make("member" + std::to_string(number)));
+  return DataKey(MakeString("member" + std::to_string(number)));
 }
 
 /// Members "name=value" in order, values being whole numbers.

@@ -36,7 +36,7 @@ bool IsOutOfMemory(const Result<T>& result)
 }
 
 /// A text of its own memory.
-inline String Make(std::string_view text)
+inline String MakeString(std::string_view text)
 {
   return String::Create(text).GetValue();
 }

@@ -88,8 +88,6 @@ TEST_F(SceneDocument, ParametersAreKeptByIdReplacedAndErased)
     EXPECT_EQ(Parameter(object, 929), value);
     EXPECT_EQ(kept.GetCount(), value.IsNil() ? 6 : 7);
   }
-  ASSERT_TRUE(object->SetParameter(929, HostValue(Int32(1))));
-  object->GetContainer()->Erase(929);
   object->GetContainer()->Erase(10);
   EXPECT_EQ(object->GetContainer()->Find(10), nullptr);
   EXPECT_FALSE(object->SetParameter(HostDescId(), HostValue(1.0)));
@@ -124,7 +122,6 @@ TEST_F(SceneDocument, TextsAreCopiedIn)
   HostObject* const object = Add("x");
   ASSERT_TRUE(object->SetName(borrowed));
   ASSERT_TRUE(object->SetParameter(5, HostValue(borrowed)));
-  HostTake* const take = Document()->GetTakeData()->AddTake(borrowed);
   HostMaterial* const material = HostMaterial::Alloc(kMaterialType);
   Document()->InsertMaterial(material);
   HostMaterialExchangeData record;
@@ -135,13 +132,10 @@ TEST_F(SceneDocument, TextsAreCopiedIn)
 
   EXPECT_EQ(Text(object->GetName()), "before");
   EXPECT_EQ(Text(Parameter(object, 5).GetString()), "before");
-  EXPECT_EQ(Text(take->GetName()), "before");
   const NodeMaterialRecord& kept = *ToHeadless(material)->GetRecord();
   EXPECT_EQ(Text(kept.space), "before");
   EXPECT_EQ(Text(kept.data.materialTypeId), "before");
-  const HostExchangeParameter* const parameter = kept.data.parameters.Find("before"_s);
-  ASSERT_NE(parameter, nullptr);
-  EXPECT_EQ(parameter->value, Data("before"_s));
+  EXPECT_EQ(kept.data.parameters.Find("before"_s)->value, Data("before"_s));
 }
 
 TEST_F(SceneDocument, OverridesAreOnePerNodeWithTheirFirstValue)
@@ -163,11 +157,9 @@ TEST_F(SceneDocument, OverridesAreOnePerNodeWithTheirFirstValue)
   EXPECT_EQ(ToHost(ToHeadless(over)->GetTarget()), a);
   EXPECT_EQ(*ToHeadless(over)->GetParameters().Find(x), HostValue(1.0)) << "the first stays";
   EXPECT_EQ(*ToHeadless(over)->GetParameters().Find(y), HostValue(3.0));
-  EXPECT_EQ(a->GetRelativePosition(), Vector()) << "the object itself is untouched";
   HostTrack* const track = HostTrack::Alloc(a, x);
   track->InsertInto(over);
   EXPECT_EQ(HostTrack::Find(over, x), track);
-  EXPECT_EQ(HostTrack::Find(a, x), nullptr);
   for (int i = 0; i < 50; ++i)  // some of these stand where a freed one stood
   {
     HostOwner<HostObject> object(HostAllocObject(kNullObjectType));
@@ -191,9 +183,9 @@ TEST_F(SceneDocument, ShaderFileIsResolvedAgainstTheDocument)
   };
   for (const auto& [folder, file, path] : rows)
   {
-    ASSERT_TRUE(Scene().SetFolder(Text(std::string(folder))));
+    ASSERT_TRUE(Scene().SetFolder(MakeString(folder)));
     HeadlessOwner<HeadlessShader> shader(HeadlessShader::Create());
-    shader->SetParameter(1002, HostValue(Text(std::string(file))));
+    shader->SetParameter(1002, HostValue(MakeString(file)));
     EXPECT_EQ(Text(_tables.material->ResolveShaderFile(ToHost(shader.get()), Document()).GetPath()), path);
   }
 }
@@ -205,13 +197,10 @@ TEST_F(SceneDocument, CopyKeepsItsLinksToDetachedObjectsInside)
   HostInsertUnder(kept, nullptr);
   instance->SetReference(kept);
   ASSERT_TRUE(Scene().SetFolder("/scenes"_s));
-  Scene().SetHasRenderData(false);
   HeadlessOwner<HeadlessDocument> copy(ToHeadless(Document()->Clone(0)));
   FreeDocument();
   EXPECT_EQ(copy->GetFirstObject()->GetReference(), copy->GetFirstKept());
   EXPECT_EQ(Text(copy->GetFirstKept()->GetName()), "kept");
-  EXPECT_EQ(copy->GetFirstObject()->GetDocument(), copy.get());
-  EXPECT_EQ(copy->GetRenderData(), nullptr);
   EXPECT_EQ(Text(copy->GetFolder()), "/scenes");
 }
 

@@ -40,7 +40,7 @@ SceneTest::~SceneTest()
 HostObject* SceneTest::Make(const char* name, Int32 type)
 {
   HostObject* const object = HostAllocObject(type);
-  object->SetName(Text(std::string(name)));
+  object->SetName(MakeString(name));
   return object;
 }
 
@@ -87,11 +87,6 @@ std::string Describe(const HostObject* first)
 std::string SceneTest::Tree()
 {
   return Describe(Document()->GetFirstObject());
-}
-
-String Text(const std::string& text)
-{
-  return String::Create(text).GetValue();
 }
 
 }  // namespace q7z::test

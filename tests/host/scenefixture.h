@@ -12,7 +12,7 @@
 #include "plugin/module/hostmaterial.h"
 #include "plugin/module/hostpolygon.h"
 #include "plugin/module/hosttrack.h"
-#include "tests/host/servicesupport.h"
+#include "tests/framework/text.h"
 
 namespace q7z::test
 {
@@ -59,7 +59,5 @@ private:
   const Counts _before;
   HeadlessOwner<HeadlessDocument> _document;
 };
-
-String Text(const std::string& text);
 
 }  // namespace q7z::test

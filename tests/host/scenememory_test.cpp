@@ -8,32 +8,24 @@
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
 #include "tests/host/scenefixture.h"
-#include "tests/support/failingmemory.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
 namespace
 {
 
-/// Lets the first, second, ... request of work fail until it runs through. work tells whether it succeeded.
-void Sweep(const std::function<Bool()>& work, const std::function<void()>& checkFailed = {})
+/// work tells whether it succeeded.
+void Sweep(const std::function<Bool()>& work, const std::function<void()>& checkFailed = [] {})
 {
-  constexpr Int kMostRequests = 2000;
-  for (Int failAt = 1; failAt < kMostRequests; ++failAt)
-  {
-    FailAllocation(failAt);
-    const Bool succeeded = work();
-    if (StopFailingAllocations() == 0)
-    {
-      EXPECT_TRUE(succeeded);
-      EXPECT_GT(failAt, 1) << "work asked for no memory";
-      return;
-    }
-    EXPECT_FALSE(succeeded) << "request " << failAt;
-    if (checkFailed)
-      checkFailed();
-  }
-  FAIL() << "no end of requests";
+  Bool succeeded = false;
+  SweepAllocations([&] { succeeded = work(); },
+                   [&](Bool failed)
+                   {
+                     EXPECT_EQ(succeeded, !failed);
+                     if (failed)
+                       checkFailed();
+                   });
 }
 
 class SceneMemory : public SceneTest

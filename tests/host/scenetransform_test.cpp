@@ -32,10 +32,9 @@ struct TransformRow
   HostMatrix matrix;
 };
 
-// A quarter turn of heading takes X to Z and Z to -X; one of pitch takes Y to -Z and Z to Y; one of bank takes X to -Y and Y to X.
+// A quarter turn of heading takes X to Z and Z to -X; one about X takes Y to -Z and Z to Y.
 const TransformRow kTransforms[] = {
   {"Heading", 6, {{1, 2, 3}, {kPi / 2, 0, 0}, {2, 3, 4}}, {{1, 2, 3}, {0, 0, 2}, {0, 3, 0}, {-4, 0, 0}}},
-  {"HeadingThenBank", 6, {{}, {kPi / 2, 0, kPi / 2}, {1, 1, 1}}, {{}, {0, -1, 0}, {0, 0, 1}, {-1, 0, 0}}},
   {"FirstAngleOfOrder2IsAboutX", 2, {{}, {kPi / 2, 0, 0}, {1, 1, 1}}, {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}},
   // What is left of a mirrored Z after X was negated is half a turn of heading.
   {"MirroredZ", 6, {{}, {kPi, 0, 0}, {-1, 1, 1}}, {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}},
@@ -90,20 +89,6 @@ TEST_F(SceneTransform, VectorsHaveComponentsAndOneKind)
   EXPECT_FALSE(object->SetParameter({kPositionParameter, kComponentX}, HostValue("1"_s)));
   EXPECT_TRUE(object->SetParameter({kPositionParameter, kComponentX}, HostValue(Int(7))));
   EXPECT_EQ(object->GetRelativePosition(), (Vector{7, 2, 3}));
-}
-
-TEST_F(SceneTransform, GlobalMatrixUnderAScaledParent)
-{
-  HostObject* const top = Add("top");
-  HostObject* const parent = Add("parent", top);
-  HostObject* const child = Add("child", parent);
-  top->SetLocalMatrix({{100, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
-  parent->SetLocalMatrix({{10, 0, 0}, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}});
-  const HostMatrix wanted{{112, 4, 6}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-  child->SetGlobalMatrix(wanted);
-  EXPECT_EQ(child->GetLocalMatrix(), (HostMatrix{{1, 2, 3}, {0.5, 0, 0}, {0, 0.5, 0}, {0, 0, 0.5}}));
-  EXPECT_EQ(child->GetGlobalMatrix(), wanted);
-  EXPECT_EQ(child->GetRelativeScale(), (Vector{0.5, 0.5, 0.5}));
 }
 
 TEST_F(SceneTransform, BaseLiesUnderTheVectors)

@@ -21,14 +21,14 @@ std::string Decode(std::string_view text)
   if (!bytes.HasError())
     return std::string(reinterpret_cast<const char*>(bytes.GetValue().begin()), static_cast<size_t>(bytes.GetValue().GetCount()));
   EXPECT_EQ(bytes.GetError().GetClass(), ErrorClass::kIllegalArgument);
-  return MessageOf(bytes);
+  return ErrorText(bytes);
 }
 
 std::string Encode(std::string_view bytes, std::string_view prefix = "")
 {
   const Result<String> text = HeadlessBase64Encoder().Encode(MakeString(prefix), reinterpret_cast<const Byte*>(bytes.data()),
                                                              static_cast<Int>(bytes.size()));
-  return text.HasError() ? MessageOf(text) : Text(text.GetValue());
+  return text.HasError() ? ErrorText(text) : Text(text.GetValue());
 }
 
 Bytes MakeBytes(size_t count)

@@ -8,7 +8,6 @@
 
 #include "host/services/headlessfiles.h"
 #include "host/services/headlesshash.h"
-#include "host/services/wholefile.h"
 #include "tests/host/servicesupport.h"
 
 namespace q7z::test
@@ -53,11 +52,8 @@ protected:
 
 TEST_F(Files, ReadAndSeekForwardFromThePosition)
 {
-  UInt32 word = 0;
   EXPECT_EQ(Read(1), "(failed)") << "while it is closed";
-  EXPECT_FALSE(Write("x"));
   EXPECT_FALSE(table.Seek(file, 1));
-  EXPECT_FALSE(table.ReadUInt32(file, &word));
   EXPECT_TRUE(table.Close(file));
   ASSERT_TRUE(Open(folder.Write("a", "0123456789")));
   EXPECT_EQ(table.GetLength(file), 10);
@@ -65,13 +61,10 @@ TEST_F(Files, ReadAndSeekForwardFromThePosition)
   EXPECT_TRUE(table.Seek(file, 2));
   EXPECT_FALSE(table.Seek(file, -1));
   EXPECT_EQ(table.GetPosition(file), 5);
-  EXPECT_EQ(Read(0), "");
   EXPECT_EQ(Read(2), "56");
   EXPECT_EQ(Read(100), "789");
   EXPECT_EQ(table.GetPosition(file), 10);
-  EXPECT_TRUE(table.Seek(file, 1));
-  EXPECT_EQ(Read(1), "");
-  EXPECT_TRUE(table.Seek(file, INT64_MAX - 11));
+  EXPECT_TRUE(table.Seek(file, INT64_MAX - 10));
   EXPECT_EQ(Read(1), "");
   EXPECT_FALSE(table.Seek(file, 1));
   EXPECT_EQ(table.GetPosition(file), INT64_MAX);
@@ -90,17 +83,6 @@ TEST_F(Files, ReadWordsInTheOrderOfTheirOpening)
   ASSERT_TRUE(Open(path, FILEOPEN::READ, BYTEORDER::V_MOTOROLA));
   EXPECT_TRUE(table.ReadUInt32(file, &word));
   EXPECT_EQ(word, 0x01020304u);
-}
-
-TEST_F(Files, ReadBeyondFourGigabytes)
-{
-  const Int far = (Int(5) << 30) + 7;
-  const std::string path = folder.Write("a", "");
-  ASSERT_EQ(truncate(path.c_str(), far + 3), 0);  // a hole
-  ASSERT_TRUE(Open(path));
-  EXPECT_EQ(table.GetLength(file), far + 3);
-  EXPECT_TRUE(table.Seek(file, far));
-  EXPECT_EQ(Read(10), std::string(3, '\0'));
 }
 
 TEST_F(Files, WriteReplacesAndAppendGoesOn)
@@ -126,11 +108,10 @@ TEST_F(Files, RefuseWhatTheyWereNotOpenedFor)
   const std::string path = folder.Write("a", "0123");
   ASSERT_TRUE(Open(path));
   EXPECT_FALSE(Write("x"));
-  EXPECT_FALSE(Open(path));  // it is open
+  EXPECT_FALSE(Open(path)) << "it is open";
   EXPECT_TRUE(table.Close(file));
-  ASSERT_TRUE(Open((folder / "b").string(), FILEOPEN::WRITE));
+  ASSERT_TRUE(Open(folder / "b", FILEOPEN::WRITE));
   EXPECT_EQ(Read(1), "(failed)");
-  EXPECT_EQ(ReadText(path), "0123");
 }
 
 TEST_F(Files, OtherThanRegularAreNotOpened)
@@ -140,9 +121,7 @@ TEST_F(Files, OtherThanRegularAreNotOpened)
   ASSERT_EQ(symlink("/nowhere/at/all", (folder / "dangling").c_str()), 0);
   for (const char* const name : {"missing/file", "folder", "pipe", "/dev/zero", "dangling", "/dev/null/x"})
     for (const FILEOPEN mode : {FILEOPEN::READ, FILEOPEN::WRITE, FILEOPEN::APPEND})
-      EXPECT_FALSE(Open((folder.Path() / name).string(), mode)) << name;
-  EXPECT_FALSE(Open((folder / "missing").string()));
-  EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
+      EXPECT_FALSE(Open(name[0] == '/' ? name : folder / name, mode)) << name;
 }
 
 // What a load may read. The input is in/scene.gltf; every row names a side file from the input's folder.
@@ -181,9 +160,9 @@ protected:
     folder.Write("in2/c.bin", "c");
     std::filesystem::create_symlink(folder / "in/deep/b.bin", folder / "in/inside.bin");
     std::filesystem::create_symlink("../secret.bin", folder / "in/outside.bin");
-    std::filesystem::create_directory_symlink(folder.Path(), folder / "in/away");
+    std::filesystem::create_directory_symlink(folder.GetPath(), folder / "in/away");
   }
-  std::string Side(const std::string& path) const { return (folder / "in" / path).string(); }
+  std::string Side(const std::string& path) const { return path[0] == '/' ? path : folder / ("in/" + path); }
 
   std::string input;
   RecordedWarnings warnings;
@@ -233,13 +212,13 @@ TEST_F(Policy, FollowsALinkToTheInputAlone)
   std::filesystem::create_directory(folder / "links");
   std::filesystem::create_symlink(input, folder / "links/scene.gltf");
   folder.Write("links/side.bin", "x");
-  policy.Restrict((folder / "links/scene.gltf").string(), &warnings);
-  EXPECT_TRUE(Open((folder / "links/scene.gltf").string()));
+  policy.Restrict(folder / "links/scene.gltf", &warnings);
+  EXPECT_TRUE(Open(folder / "links/scene.gltf"));
   table.Close(file);
-  EXPECT_TRUE(Exists((folder / "links/side.bin").string()));
+  EXPECT_TRUE(Exists(folder / "links/side.bin"));
   EXPECT_FALSE(Exists(Side("a.bin")));
-  EXPECT_TRUE(Open((folder / "out").string(), FILEOPEN::WRITE)) << "where it writes is not its matter";
-  policy.Restrict((folder / "none/scene.gltf").string(), &warnings);  // an input that is not there
+  EXPECT_TRUE(Open(folder / "out", FILEOPEN::WRITE)) << "where it writes is not its matter";
+  policy.Restrict(folder / "none/scene.gltf", &warnings);  // an input that is not there
   EXPECT_FALSE(Exists(Side("a.bin")));
   EXPECT_FALSE(Exists("/etc/passwd"));
 }
@@ -254,7 +233,7 @@ std::string WriteWhole(const std::filesystem::path& path, std::string_view conte
   if (!written.HasError())
     return "";
   EXPECT_EQ(written.GetError().GetClass(), ErrorClass::kIo);
-  return MessageOf(written);
+  return ErrorText(written);
 }
 
 mode_t RightsOf(const std::filesystem::path& path)
@@ -277,7 +256,7 @@ TEST(UrlService, WritesAndReplacesAndKeepsRightsAndLinks)
   EXPECT_EQ(ReadText(folder / "new"), "");
   EXPECT_EQ(RightsOf(folder / "new"), 0604u);
   EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
-  EXPECT_EQ(folder.CountEntries(), 2) << "no temporary file is left";
+  EXPECT_EQ(folder.List().size(), 2u) << "no temporary file is left";
   EXPECT_EQ(WriteWhole("/dev/null", "content"), "");
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
@@ -287,31 +266,13 @@ TEST(UrlService, TellsWhyItCannotWrite)
   const TestFolder folder;
   folder.Write("file", "kept");
   folder.Write("folder/inside", "kept");
-  const std::string base = folder.Path().string();
+  const std::string base = folder.GetPath();
   EXPECT_EQ(WriteWhole(folder / "folder", "x"), "cannot write \"" + base + "/folder\": it is a folder");
   EXPECT_EQ(WriteWhole(folder / "none/file", "x"), "cannot write \"" + base + "/none/file\": No such file or directory");
   EXPECT_EQ(WriteWhole(folder / "file/below", "x"), "cannot write \"" + base + "/file/below\": Not a directory");
   EXPECT_EQ(WriteWhole("/dev/full", "x"), "cannot write \"/dev/full\": No space left on device");
   EXPECT_EQ(ReadText(folder / "file"), "kept");
-  EXPECT_EQ(folder.CountEntries(), 2);
-}
-
-TEST(WholeFile, LeavesTheTargetUntilItIsCommitted)
-{
-  const TestFolder folder;
-  const std::string path = folder.Write("file", "old");
-  for (const bool commits : {false, true})
-  {
-    WholeFile file;
-    EXPECT_EQ(file.Commit(), "nothing was written");
-    ASSERT_EQ(file.Open(path), "");
-    EXPECT_GT(std::fputs("new content", file.GetStream()), 0);
-    EXPECT_EQ(ReadText(path), "old");
-    EXPECT_EQ(folder.CountEntries(), 2);
-    EXPECT_EQ(commits ? file.Commit() : "", "");
-  }
-  EXPECT_EQ(ReadText(path), "new content");
-  EXPECT_EQ(folder.CountEntries(), 1);
+  EXPECT_EQ(folder.List().size(), 2u);
 }
 
 TEST(UrlService, KnowsLocalFilesAlone)
@@ -321,41 +282,19 @@ TEST(UrlService, KnowsLocalFilesAlone)
   folder.Write("file", "");
   std::filesystem::create_symlink("file", folder / "link");
   EXPECT_EQ(urls.GetType(MakeUrl(folder / "link")), HostFileSystemType::kFile);
-  EXPECT_EQ(urls.GetType(MakeUrl(folder.Path())), HostFileSystemType::kFolder);
   EXPECT_EQ(urls.GetType(MakeUrl("/dev/null")), HostFileSystemType::kOther);
-  EXPECT_EQ(urls.GetType(MakeUrl(folder / "missing")), HostFileSystemType::kNone);
-  EXPECT_FALSE(urls.CreateFolder(MakeUrl(folder / "a/b/c")).HasError());
-  EXPECT_FALSE(urls.CreateFolder(MakeUrl(folder / "a/b/c")).HasError());
-  EXPECT_TRUE(std::filesystem::is_directory(folder / "a/b/c"));
+  for (int i = 0; i < 2; ++i)
+    EXPECT_FALSE(urls.CreateFolder(MakeUrl(folder / "a/b/c")).HasError());
+  EXPECT_EQ(urls.GetType(MakeUrl(folder / "a/b/c")), HostFileSystemType::kFolder);
   EXPECT_EQ(urls.CreateFolder(MakeUrl(folder / "file/below")).GetError().GetClass(), ErrorClass::kIo);
   const Byte byte = 0;
   for (const char* const text : {"relative.bin", "http://example.org/a"})
   {
     const Url url = Url::FromReference(MakeString(text)).GetValue();
     EXPECT_EQ(urls.GetType(url), HostFileSystemType::kNone) << text;
-    EXPECT_EQ(MessageOf(urls.Write(url, &byte, 1)), "Only local files and folders can be written.") << text;
-    EXPECT_EQ(MessageOf(urls.CreateFolder(url)), "Only local files and folders can be written.") << text;
+    EXPECT_EQ(ErrorText(urls.Write(url, &byte, 1)), "Only local files and folders can be written.") << text;
+    EXPECT_EQ(ErrorText(urls.CreateFolder(url)), "Only local files and folders can be written.") << text;
   }
-}
-
-TEST(UrlService, HasABaseFolder)
-{
-  const TestFolder folder;
-  std::filesystem::path temporary;
-  {
-    HeadlessUrlService urls;
-    urls.SetBaseFolder(folder.Path().string());
-    EXPECT_EQ(Text(urls.GetBaseFolder().GetValue().GetPath()), folder.Path().string());
-    urls.SetBaseFolder("");
-    const Result<Url> made = urls.GetBaseFolder();
-    ASSERT_FALSE(made.HasError()) << MessageOf(made);
-    temporary = Text(made.GetValue().GetPath());
-    EXPECT_TRUE(std::filesystem::is_directory(temporary));
-    EXPECT_EQ(RightsOf(temporary), 0700u);
-    EXPECT_EQ(Text(urls.GetBaseFolder().GetValue().GetPath()), temporary.string());
-    std::ofstream(temporary / "a.png") << "x";
-  }
-  EXPECT_FALSE(std::filesystem::exists(temporary));
 }
 
 // Hashes. The value for no bytes is that of the algorithm's own test program.
@@ -365,25 +304,17 @@ TEST(Hash, OfAFileIsThatOfItsBytes)
 {
   const TestFolder folder;
   HeadlessHash hash;
-  EXPECT_EQ(Text(hash.HashText(""_s).GetValue()), "99aa06d3014798d86001c324468d497f");
+  EXPECT_EQ(Text(hash.HashText(""_s)), "99aa06d3014798d86001c324468d497f");
   for (const size_t length : {1u, 262143u, 262144u, 262145u, 1000000u})
   {
     std::string bytes;
     for (size_t i = 0; i < length; ++i)
       bytes += static_cast<char>(i * i >> 3);
-    const Result<String> ofFile = hash.HashFile(MakeUrl(folder.Write("file", bytes)));
-    ASSERT_FALSE(ofFile.HasError()) << MessageOf(ofFile);
-    EXPECT_EQ(Text(ofFile.GetValue()), Text(hash.HashText(MakeString(bytes)).GetValue())) << length;
+    EXPECT_EQ(Text(hash.HashFile(MakeUrl(folder.Write("file", bytes)))), Text(hash.HashText(MakeString(bytes)))) << length;
   }
-}
-
-TEST(Hash, TellsWhatCannotBeRead)
-{
-  const TestFolder folder;
-  const std::string base = folder.Path().string();
-  const Result<String> missing = HeadlessHash().HashFile(MakeUrl(folder / "missing"));
-  EXPECT_EQ(MessageOf(missing), "Cannot read \"" + base + "/missing\": No such file or directory");
-  EXPECT_EQ(MessageOf(HeadlessHash().HashFile(MakeUrl(folder.Path()))), "Cannot read \"" + base + "\": Is a directory");
+  const std::string base = folder.GetPath();
+  EXPECT_EQ(Text(hash.HashFile(MakeUrl(folder / "none"))), "Cannot read \"" + base + "/none\": No such file or directory");
+  EXPECT_EQ(Text(hash.HashFile(MakeUrl(base))), "Cannot read \"" + base + "\": Is a directory");
 }
 
 }  // namespace

@@ -115,11 +115,11 @@ TEST(Jobs, StopAtTheFirstError)
     ++calls;
     return MAKE_ERROR(ErrorClass::kUnexpected, "broken"_s);
   };
-  EXPECT_EQ(MessageOf(ParallelFor(jobs, 1000, 1, body)), "broken");
+  EXPECT_EQ(ErrorText(ParallelFor(jobs, 1000, 1, body)), "broken");
   EXPECT_EQ(calls, 1);
   // Of several errors at once one is handed over, and the next loop starts afresh.
   HeadlessJobs many;
-  EXPECT_EQ(MessageOf(ParallelFor(many, 1000, 1, body)), "broken");
+  EXPECT_EQ(ErrorText(ParallelFor(many, 1000, 1, body)), "broken");
   auto good = [](Int, Int) -> Result<void> { return {}; };
   EXPECT_FALSE(ParallelFor(many, 1000, 1, good).HasError());
 }

@@ -11,7 +11,7 @@
 #include "host/services/headlessjobs.h"
 #include "host/services/headlessjson.h"
 #include "tests/host/servicesmodule.h"
-#include "tests/support/failingmemory.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -80,20 +80,6 @@ const SweepRow kSweeps[] = {
    }},
 };
 
-/// Lets the first, second, ... request of work fail until none is left.
-void Sweep(const std::function<void()>& work, const std::function<void(bool)>& check)
-{
-  for (Int failAt = 1, failed = 1; failed > 0; ++failAt)
-  {
-    SCOPED_TRACE("request " + std::to_string(failAt));
-    FailAllocation(failAt);
-    work();
-    failed = StopFailingAllocations();
-    check(failed > 0);
-    EXPECT_TRUE(failed || failAt > 1) << "the work asks for no memory";
-  }
-}
-
 TEST(OutOfMemory, IsAnError)
 {
   for (const SweepRow& row : kSweeps)
@@ -101,13 +87,13 @@ TEST(OutOfMemory, IsAnError)
     SCOPED_TRACE(row.name);
     Material material;
     Error error;
-    Sweep([&] { error = row.work(material); },
-          [&](bool failed)
-          {
-            EXPECT_EQ(static_cast<bool>(error), failed) << Text(error.GetMessage());
-            EXPECT_TRUE(!failed || error.GetClass() == ErrorClass::kOutOfMemory) << Text(error.GetMessage());
-            EXPECT_EQ(ReadText(material.folder / "a.json"), material.json);
-          });
+    SweepAllocations([&] { error = row.work(material); },
+                     [&](bool failed)
+                     {
+                       EXPECT_EQ(static_cast<bool>(error), failed) << Text(error.GetMessage());
+                       EXPECT_TRUE(!failed || error.GetClass() == ErrorClass::kOutOfMemory) << Text(error.GetMessage());
+                       EXPECT_EQ(ReadText(material.folder / "a.json"), material.json);
+                     });
   }
 }
 
@@ -115,15 +101,15 @@ TEST(OutOfMemory, IsAnError)
 TEST(OutOfMemory, TemporaryFolderNeverThrows)
 {
   const TestFolder folder;
-  ASSERT_EQ(setenv("TMPDIR", folder.Path().c_str(), 1), 0);
+  ASSERT_EQ(setenv("TMPDIR", folder.GetPath().c_str(), 1), 0);
   Result<Url> base = Url();
-  Sweep(
+  SweepAllocations(
     [&]
     {
       HeadlessUrlService urls;
       base = urls.GetBaseFolder();
     },
-    [&](bool) { EXPECT_TRUE(!base.HasError() || base.GetError().GetClass() == ErrorClass::kOutOfMemory) << MessageOf(base); });
+    [&](bool) { EXPECT_TRUE(!base.HasError() || base.GetError().GetClass() == ErrorClass::kOutOfMemory) << ErrorText(base); });
   unsetenv("TMPDIR");
 }
 
@@ -136,16 +122,16 @@ TEST(OutOfMemory, FacadeStartsNotOrWholly)
   settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
   std::string error;
   std::unique_ptr<HeadlessHost> host;
-  Sweep([&] { host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error); },
-        [&](bool failed)
-        {
-          EXPECT_EQ(host == nullptr, failed);
-          EXPECT_EQ(error.empty(), !failed);
-          host.reset();
-          EXPECT_TRUE(module.calls.empty() || module.calls.back() == "3");
-          module.calls.clear();
-          error.clear();
-        });
+  SweepAllocations([&] { host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error); },
+                   [&](bool failed)
+                   {
+                     EXPECT_EQ(host == nullptr, failed);
+                     EXPECT_EQ(error.empty(), !failed);
+                     host.reset();
+                     EXPECT_TRUE(module.calls.empty() || module.calls.back() == "3");
+                     module.calls.clear();
+                     error.clear();
+                   });
 }
 
 TEST(OutOfMemory, LoadTellsItByTheStatus)
@@ -170,7 +156,7 @@ TEST(OutOfMemory, LoadTellsItByTheStatus)
   LoadRequest request;
   request.path = folder.Write("a.gltf", "");
   LoadReport report;
-  Sweep(
+  SweepAllocations(
     [&]
     {
       HeadlessJob job;

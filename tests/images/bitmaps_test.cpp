@@ -92,7 +92,7 @@ TEST_F(Bitmaps, KeepWhatTheyHoldWhenAFileIsBroken)
   HostBitmap* const bitmap = MakeOf(kTwoPixels);
   _policy.Restrict(_folder.Write("scene.gltf", ""), nullptr);
   EXPECT_FALSE(Load(bitmap, "broken.png", BytesOf("no image at all")));
-  EXPECT_FALSE(_bitmaps.Load(bitmap, HostFilename(MakeString((_folder / "none.png").string()))));
+  EXPECT_FALSE(_bitmaps.Load(bitmap, HostFilename(MakeString(_folder / "none.png"))));
   EXPECT_EQ(TextOf(bitmap), "1,2,3 4,5,6");
   EXPECT_EQ(_warnings.texts, (std::set<std::string>{"the image \"broken.png\" is left out: it is neither a PNG nor a JPEG image",
                                                     "the image \"none.png\" is left out: there is no such file"}));
@@ -120,7 +120,7 @@ TEST_F(Bitmaps, ReadAndWriteRows)
 TEST_F(Bitmaps, SayWhenMemoryRunsOut)
 {
   HostBitmap* const bitmap = MakeOf(kTwoPixels);
-  const HostFilename file(MakeString((_folder / "picture").string()));
+  const HostFilename file(MakeString(_folder / "picture"));
   const auto sweep = [](const auto& work)
   {
     for (Int failAt = 1;; ++failAt)

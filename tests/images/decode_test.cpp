@@ -71,7 +71,7 @@ TEST_P(DecodesPixels, AsTheFileHasThemOrNoneWhereTheyAreCutOff)
   {
     const Result<std::shared_ptr<PixelImage>> image =
       Decode(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)));
-    ASSERT_EQ(image.HasError(), size < neededBytes) << size << " of " << file.size() << " bytes: " << MessageOf(image);
+    ASSERT_EQ(image.HasError(), size < neededBytes) << size << " of " << file.size() << " bytes: " << ErrorText(image);
     EXPECT_EQ(image.HasError() ? GetParam().pixels : PixelText(*image.GetValue()), GetParam().pixels) << size;
   }
 }
@@ -153,7 +153,7 @@ TEST_P(Refuses, WithAReasonAndAtNoCost)
   const Result<std::shared_ptr<PixelImage>> image = DecodeImage(file.data(), static_cast<Int>(file.size()));
   EXPECT_LE(GetLargestAllocation(), 1000);
   ASSERT_TRUE(image.HasError());
-  EXPECT_TRUE(MessageOf(image).starts_with(GetParam().message)) << MessageOf(image);
+  EXPECT_TRUE(ErrorText(image).starts_with(GetParam().message)) << ErrorText(image);
   EXPECT_EQ(image.GetError().GetClass(), ErrorClass::kUnexpected);
 }
 
@@ -165,7 +165,7 @@ TEST(SkipsChunks, OfAnyLengthAtNoCost)
     StopFailingAllocations();
     const Result<std::shared_ptr<PixelImage>> image = DecodeImage(file.data(), static_cast<Int>(file.size()));
     EXPECT_LE(GetLargestAllocation(), 1000);
-    ASSERT_FALSE(image.HasError()) << MessageOf(image);
+    ASSERT_FALSE(image.HasError()) << ErrorText(image);
     EXPECT_EQ(PixelText(*image.GetValue()), "1,2,3");
   }
 }

@@ -37,7 +37,7 @@ TEST(EncodedPng, KeepsEveryPixelAndIsTheSameTwice)
   {
     const BaseArray<Byte> file = EncodePng(*image).GetValue();
     const Result<std::shared_ptr<PixelImage>> back = DecodeImage(file.begin(), file.GetCount());
-    ASSERT_FALSE(back.HasError()) << MessageOf(back);
+    ASSERT_FALSE(back.HasError()) << ErrorText(back);
     EXPECT_TRUE(PixelText(*back.GetValue()) == PixelText(*image)) << image->GetWidth();
     const BaseArray<Byte> again = EncodePng(*image).GetValue();
     EXPECT_TRUE(std::equal(file.begin(), file.end(), again.begin(), again.end()));
@@ -70,12 +70,12 @@ TEST(MediaSessions, EncodeByTheSessionsIdAndLeaveLinearValues)
   };
   EXPECT_EQ(formatOf("net.tarno.mediasession.png.export"), ImageFormat::kPng);
   EXPECT_EQ(formatOf("net.tarno.mediasession.jpg.export"), ImageFormat::kJpeg);
-  EXPECT_EQ(MessageOf(sessions.Encode("net.tarno.mediasession.gif.export", host)),
+  EXPECT_EQ(ErrorText(sessions.Encode("net.tarno.mediasession.gif.export", host)),
             "There is no media session 'net.tarno.mediasession.gif.export'.");
   const Result<HostImage*> converted = sessions.ConvertColorProfile(host, "net.tarno.image.colorprofile.linear_rgb");
   ASSERT_FALSE(converted.HasError());
   EXPECT_EQ(PixelText(*ToHeadless(converted.GetValue())->GetPixels().GetValue()), "1,2,3");
-  EXPECT_EQ(MessageOf(sessions.ConvertColorProfile(host, "net.other")), "There is no colour profile 'net.other'.");
+  EXPECT_EQ(ErrorText(sessions.ConvertColorProfile(host, "net.other")), "There is no colour profile 'net.other'.");
 }
 
 TEST(MediaSessions, TellImagesApartBySizeAndPixels)

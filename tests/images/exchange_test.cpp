@@ -83,7 +83,7 @@ protected:
   {
     const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", path}});
     const Result<HostMaterialExchangeData> record = Save(material, settings);
-    return record.HasError() ? MessageOf(record) : TextOf(record.GetValue(), "normalTexture");
+    return record.HasError() ? ErrorText(record) : TextOf(record.GetValue(), "normalTexture");
   }
 
   TestFolder _folder;
@@ -102,7 +102,7 @@ TEST_F(Exchange, KeepsParametersAndDecodesEachTexture)
   const HeadlessOwner<HeadlessMaterial> material =
     Make({{"normalTexture", Write("in/a.png", kPicture)},
           {"emissiveTexture", Write("in/tex/b.jpg", JpegBuilder(1, 1).Components({200}).Build())},
-          {"occlusionTexture", (_folder / "in/a.png").string()}});
+          {"occlusionTexture", _folder / "in/a.png"}});
   const Result<HostMaterialExchangeData> record = Save(material);
   ASSERT_FALSE(record.HasError());
   EXPECT_EQ(record.GetValue().materialTypeId, "net.type"_s);
@@ -117,7 +117,7 @@ TEST_F(Exchange, KeepsParametersAndDecodesEachTexture)
 
 TEST_F(Exchange, HasNoTexturesWhereNoneAreWanted)
 {
-  const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", (_folder / "in/none.png").string()}});
+  const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", _folder / "in/none.png"}});
   const Result<HostMaterialExchangeData> record = Save(material, {.wantsTextures = false});
   ASSERT_FALSE(record.HasError());
   EXPECT_TRUE(record.GetValue().textures.IsEmpty());
@@ -128,7 +128,7 @@ TEST_F(Exchange, FindsRelativeFilesInTheFolderOfTheDocument)
 {
   Write("in/tex/a.png", kPicture);
   HeadlessOwner<HeadlessDocument> document(HeadlessDocument::Create());
-  ASSERT_TRUE(document->SetFolder(MakeString((_folder / "in").string())));
+  ASSERT_TRUE(document->SetFolder(MakeString(_folder / "in")));
   HostMaterialExchangeData data;
   ASSERT_FALSE(data.textures.Set("normalTexture"_s, {Url::FromReference("tex/a.png"_s).GetValue(), nullptr}).HasError());
   HeadlessMaterial* const material = HeadlessMaterial::Create();
@@ -166,7 +166,7 @@ TEST_P(ResizedTexture, HasTheSizeThatTheSettingsAskFor)
 {
   const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", Write("in/a.png", kPlainPicture)}});
   const Result<HostMaterialExchangeData> record = Save(material, GetParam().settings);
-  ASSERT_FALSE(record.HasError()) << MessageOf(record);
+  ASSERT_FALSE(record.HasError()) << ErrorText(record);
   HeadlessImage* const image = ToHeadless(record.GetValue().textures.Find("normalTexture"_s)->buffer);
   const std::shared_ptr<const PixelImage> pixels = image->GetPixels().GetValue();
   EXPECT_EQ(std::to_string(pixels->GetWidth()) + " x " + std::to_string(pixels->GetHeight()), GetParam().size);
@@ -199,10 +199,10 @@ TEST_F(Exchange, TellsOfEachFileThatCannotBeUsed)
 TEST_F(Exchange, LeavesOutWhatIsNotThereOrMayNotBeRead)
 {
   Write("outside.png", kPicture);
-  EXPECT_EQ(SaveTexture((_folder / "in/none.png").string()), "no pixels");
-  EXPECT_EQ(SaveTexture((_folder / "in/../outside.png").string()), "no pixels");
+  EXPECT_EQ(SaveTexture(_folder / "in/none.png"), "no pixels");
+  EXPECT_EQ(SaveTexture(_folder / "in/../outside.png"), "no pixels");
   std::filesystem::create_directory(_folder / "in/folder");
-  EXPECT_EQ(SaveTexture((_folder / "in/folder").string()), "no pixels");
+  EXPECT_EQ(SaveTexture(_folder / "in/folder"), "no pixels");
   EXPECT_EQ(_warnings.texts.size(), 3u);
   EXPECT_TRUE(_warnings.texts.contains("the image \"none.png\" is left out: there is no such file"));
   EXPECT_TRUE(_warnings.texts
@@ -212,9 +212,9 @@ TEST_F(Exchange, LeavesOutWhatIsNotThereOrMayNotBeRead)
 TEST_F(Exchange, ReadsFromAnAllowedFolderToo)
 {
   const std::string path = Write("images/tex/a.png", kPicture);
-  _policy.Allow((_folder / "images/tex").string());
+  _policy.Allow(_folder / "images/tex");
   EXPECT_EQ(SaveTexture(path), "1,2,3 4,5,6");
-  EXPECT_EQ(SaveTexture((_folder / "images/tex/none.png").string()), "no pixels");
+  EXPECT_EQ(SaveTexture(_folder / "images/tex/none.png"), "no pixels");
   EXPECT_EQ(_warnings.texts, (std::set<std::string>{"the image \"tex/none.png\" is left out: there is no such file"}));
 }
 

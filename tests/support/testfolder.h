@@ -33,9 +33,10 @@ public:
   std::string operator/(const std::string& name) const { return _path + "/" + name; }
   const std::string& GetPath() const { return _path; }
 
-  /// Writes a file. @return its path.
+  /// Writes a file, with the folders it lies in. @return its path.
   std::string Write(const std::string& name, std::string_view bytes) const
   {
+    std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
     std::ofstream stream(*this / name, std::ios::binary);
     if (!stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush())
       throw std::runtime_error("cannot write " + *this / name);
