@@ -9,14 +9,10 @@
 
 #include "plugin/module/hostconsole.h"
 #include "plugin/module/hostregistration.h"
+#include "tests/framework/text.h"
 
 namespace q7z::test
 {
-
-inline std::string Text(const String& text)
-{
-  return std::string(text.GetView());
-}
 
 class RecordingRegistration final : public HostRegistrationTable
 {

@@ -7,7 +7,7 @@
 #include "host/scene/headlessalias.h"
 #include "host/scenefile/inspect.h"
 #include "tests/scenefile/scenetext.h"
-#include "tests/support/failingmemory.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -19,19 +19,21 @@ namespace
 /// @param dispensable  how many of the requests work gets along without.
 void Sweep(const std::function<Error()>& work, std::string_view usual = "", Int dispensable = 0)
 {
-  Int failed = 1;
-  for (Int failAt = 1; failed > 0; ++failAt)
-  {
-    SCOPED_TRACE("request " + std::to_string(failAt));
-    const Int before = CountNodes();
-    FailAllocation(failAt);
-    const Error error = work();
-    failed = StopFailingAllocations();
-    ASSERT_EQ(CountNodes(), before);
-    const Bool isUsual = error ? error.GetMessage().GetView() == usual : usual.empty();
-    ASSERT_TRUE(isUsual || (failed && error.GetClass() == ErrorClass::kOutOfMemory));
-    dispensable -= failed && isUsual && !error;
-  }
+  Int before = 0;
+  Error error;
+  SweepAllocations(
+    [&]
+    {
+      before = CountNodes();
+      error = work();
+    },
+    [&](Bool failed)
+    {
+      ASSERT_EQ(CountNodes(), before);
+      const Bool isUsual = error ? error.GetMessage().GetView() == usual : usual.empty();
+      ASSERT_TRUE(isUsual || (failed && error.GetClass() == ErrorClass::kOutOfMemory));
+      dispensable -= failed && isUsual && !error;
+    });
   EXPECT_GE(dispensable, 0);
 }
 

@@ -46,53 +46,36 @@ const std::pair<std::string, const char*> kRefused[] = {
   {MakeText("") + " 1", "the document: text behind the end of the JSON value"},
   {"{}", "format: missing"},
   {R"({"format": "glTF", "version": 1})", "format: \"q7z scene\" expected"},
-  {R"({"format": "q7z scene"})", "version: missing"},
   {R"({"format": "q7z scene", "version": 2})", "version: 1 expected, 2 found"},
-  {R"({"format": "q7z scene", "version": 1.0})", "version: a whole number expected, a float found"},
   {MakeText(R"("colour": 1)"), "colour: not a member of a scene document"},
   {MakeText(R"("name": "a", "name": "b")"), "name: given twice"},
   {MakeText(R"("time": [0, 1, 2])"), "time: 2 numbers expected, 3 found"},
   {MakeText(R"("time": [0, "1"])"), "time[1]: a number expected, a text found"},
-  {MakeText(R"("layers": [1, 2])"), "layers[0]: an object or an array expected, a whole number found"},
   {MakeText(R"("layers": [{"id": 1}, true])"), "layers[1]: an object expected, true found"},
-  {MakeText(R"("time": {"a": 1})"), "time: an array expected, an object found"},
   {MakeText(R"("layers": [{"name": "a"}])"), "layers[0].id: missing"},
-  {MakeText(R"("layers": [{"id": 1, "on": true}])"), "layers[0].on: not a member of a layer"},
   {MakeText(R"("layers": [{"id": 7}], "objects": [{"id": 1, "type": 5140, "tags": [{"id": 7, "type": 1}]}])"),
    "objects[0].tags[0].id: another node has the id 7"},
   // Tables of values.
-  {MakeText(R"("parameters": [])"), "parameters: an object expected, an array found"},
-  {MakeText(R"("parameters": {"rate": 1})"), "parameters.rate: the decimal id of a parameter expected"},
   {MakeText(R"("parameters": {"01": 1})"), "parameters.01: the decimal id of a parameter expected"},
   {MakeText(R"("parameters": {"1.2.3.4": 1})"), "parameters.1.2.3.4: the decimal id of a parameter expected"},
   {MakeText(R"("parameters": {"2147483648": 1})"), "parameters.2147483648: the decimal id of a parameter expected"},
   {Object(R"("type": 5140, "parameters": {"5": null})"), "objects[0].parameters.5: a value expected, null found"},
-  {MakeText(R"("settings": {"5": [1]})"), "settings.5: a value expected, an array found"},
   {MakeText(R"("settings": {"5": {"colour": [1, 2, 3]}})"),
    "settings.5: one of time, vector, vector4, unit, link, container and float expected"},
   {MakeText(R"("settings": {"5": {"float": "NaN"}})"),
    "settings.5: one of time, vector, vector4, unit, link, container and float expected"},
-  {MakeText(R"("settings": {"5": {"vector4": [1, 2, 3]}})"), "settings.5.vector4: 4 numbers expected, 3 found"},
   {MakeText(R"("settings": {"5.6": {"container": {}}})"), "settings.5.6: a container stands under an id of one level"},
-  {MakeText(R"("settings": {"5": {"link": "a"}})"), "settings.5.link: an id or null expected, a text found"},
   {MakeText(R"("settings": {"5": {"link": 99}})"), "settings.5.link: nothing has the id 99"},
   {MakeText(R"("settings": {"5": 9223372036854775808})"), "settings.5: 9223372036854775808 is no number that 64 bits hold"},
   {MakeText(R"("settings": {"5": {"vector": [0, 1, 1e400]}})"), "settings.5.vector[2]: 1e400 is no number that 64 bits hold"},
   // Objects.
-  {MakeText(R"("objects": [{"type": 5140}])"), "objects[0].id: missing"},
   {Object(R"("type": 5000000000)"), "objects[0].type: a whole number of 32 bits expected, 5000000000 found"},
   {Object(R"("type": 5140, "colour": 1)"), "objects[0].colour: not a member of an object of type 5140"},
-  {Object(R"("type": 5100, "reference": 1)"), "objects[0].reference: not a member of an object of type 5100"},
   {Object(R"("type": 5140, "rotationOrder": 7)"), "objects[0].rotationOrder: 0 to 6 expected, 7 found"},
   {Object(R"("type": 5140, "matrix": {"axisW": [0, 0, 0]})"), "objects[0].matrix.axisW: not a member of a matrix"},
   {Object(R"("type": 5140, "layer": 1)"), "objects[0].layer: no layer has the id 1"},
   {Object(R"("type": 5126, "reference": 2)"), "objects[0].reference: no object has the id 2"},
   {Object(R"("type": 5100, "points": [1, 2, 3, 4, 5])"), "objects[0].points: a multiple of 3 numbers expected, 5 found"},
-  {Object(R"("type": 5100, "points": [1, 2, 3], "polygons": [0, 0, 0, 0, 0])"),
-   "objects[0].polygons: a multiple of 4 numbers expected, 5 found"},
-  {Object(R"("type": 5100, "points": [1, 2, null])"), "objects[0].points[2]: a number expected, null found"},
-  {Object(R"("type": 5100, "points": [1, 2, 3], "polygons": [0, 0, 0, 0.0])"),
-   "objects[0].polygons[3]: a whole number expected, a float found"},
   {Object(R"("type": 5100, "points": [1, 2, 3, 4, 5, 6], "polygons": [0, 1, 2, 0])"),
    "objects[0].polygons[2]: there is no point 2, the object has 2"},
   {Object(R"("type": 5100, "points": [1, 2, 3], "polygons": [0, 0, 0, -1])"),
@@ -115,7 +98,6 @@ const std::pair<std::string, const char*> kRefused[] = {
   {Tag(R"("type": 5616, "material": 1)"), "objects[0].tags[0].material: no material has the id 1"},
   {Tag(R"("type": 5612, "on": 1)"), "objects[0].tags[0].on: true or false expected, a whole number found"},
   {Tag(R"("type": 1019365, "joints": [1, 2])"), "objects[0].tags[0].joints[1]: no object has the id 2"},
-  {Tag(R"("type": 1019365, "joints": ["1"])"), "objects[0].tags[0].joints[0]: an id or null expected, a text found"},
   {Tag(R"("type": 1019365, "joints": [1], "weights": [[[0.5, 0.5]]])"),
    "objects[0].tags[0].weights[0][0][0]: a whole number expected, a float found"},
   {Tag(R"("type": 1019365, "joints": [1], "weights": [[[0, null]]])"),
@@ -129,22 +111,14 @@ const std::pair<std::string, const char*> kRefused[] = {
    "objects[0].tags[0].weights[0][1][0]: a larger point than the one before expected"},
   {Tag(R"("type": 1019365, "joints": [1], "bind": {"object": {}, "joints": []})"),
    "objects[0].tags[0].bind.joints: 1 matrices expected, 0 found"},
-  {Tag(R"("type": 1019365, "bind": {"joints": []})"), "objects[0].tags[0].bind.object: missing"},
   {Tag(R"("type": 1024237, "morphs": [{"points": [], "object": 1}])"),
    "objects[0].tags[0].morphs[0]: a morph has an object or points, not both"},
-  {Tag(R"("type": 1024237, "morphs": [{}, {"object": 2}])"), "objects[0].tags[0].morphs[1].object: no object has the id 2"},
-  {Tag(R"("type": 1024237, "morphs": [{"points": [1, 2]}])"),
-   "objects[0].tags[0].morphs[0].points: a multiple of 3 numbers expected, 2 found"},
   // Tracks and keys.
-  {Object(R"("type": 5140, "tracks": [{"keys": []}])"), "objects[0].tracks[0].id: missing"},
-  {Object(R"("type": 5140, "tracks": [{"id": []}])"), "objects[0].tracks[0].id: 1 to 3 levels expected, 0 found"},
   {Object(R"("type": 5140, "tracks": [{"id": [[1,0,0], [2,0,0], [3,0,0], [4,0,0]]}])"),
    "objects[0].tracks[0].id: 1 to 3 levels expected, 4 found"},
-  {Object(R"("type": 5140, "tracks": [{"id": [[1, 0, 4294967296]]}])"),
-   "objects[0].tracks[0].id[0][2]: a whole number of 32 bits expected, 4294967296 found"},
+  {Object(R"("type": 5140, "tracks": [{"id": []}])"), "objects[0].tracks[0].id: 1 to 3 levels expected, 0 found"},
   {Object(R"("type": 5140, "tracks": [{"id": [[2, 0, 0]]}, {"id": [[2, 5, 0]]}])"),
    "objects[0].tracks[1].id: a larger id than that of the track before expected"},
-  {Key(R"({"value": 1.0})"), "objects[0].tracks[0].keys[0].time: missing"},
   {Key(R"({"time": [{"float": "nan"}, 1]})"), "objects[0].tracks[0].keys[0].time: a finite time expected"},
   {Key(R"({"time": [1, 2]}, {"time": [2, 4]})"),
    "objects[0].tracks[0].keys[1].time: a later time than that of the key before expected"},
@@ -152,16 +126,11 @@ const std::pair<std::string, const char*> kRefused[] = {
   {Key(R"({"time": [0, 1], "left": {"time": [0, 1]}})"), "objects[0].tracks[0].keys[0].left.value: missing"},
   {Key(R"({"time": [0, 1], "rotationMode": [1, true]})"),
    "objects[0].tracks[0].keys[0].rotationMode: 3 arguments expected, 2 found"},
-  {Key(R"({"time": [0, 1], "rotationMode": [1, 0, 0]})"),
-   "objects[0].tracks[0].keys[0].rotationMode[1]: true or false expected, a whole number found"},
-  {Key(R"({"time": [0, 1], "ease": 1})"), "objects[0].tracks[0].keys[0].ease: not a member of a key"},
   // Takes.
   {Takes(""), "takes: the main take is missing"},
   {Takes(R"({"main": false})"), "takes[0].main: the first take is the main take, and no other"},
-  {Takes(R"({}, {"main": true})"), "takes[1].main: the first take is the main take, and no other"},
   {Takes(R"({"current": true}, {"current": true})"), "takes[1].current: another take is current"},
   {Takes(R"({"overrides": [{"target": 1}]})"), "takes[0].overrides: the main take has no overrides"},
-  {Takes(R"({}, {"overrides": [{}]})"), "takes[1].overrides[0].target: missing"},
   {Takes(R"({}, {"overrides": [{"target": 3}]})"), "takes[1].overrides[0].target: nothing has the id 3"},
   {Takes(R"({}, {"overrides": [{"target": 1}, {"target": 1}]})"),
    "takes[1].overrides[1].target: the take has an override for this node already"},
@@ -171,11 +140,9 @@ const std::pair<std::string, const char*> kRefused[] = {
   {Material(R"("node": {"parameters": {"a": {"constant": true}}})"), "materials[0].node.parameters.a.value: missing"},
   {Material(R"("node": {"parameters": {"a": {"value": {"time": [0, 1]}}}})"),
    "materials[0].node.parameters.a.value: one of vector, vector4, container and float expected"},
-  {Material(R"("node": {"textures": {"a": 1}})"), "materials[0].node.textures.a: a text expected, a whole number found"},
   {Material(R"("node": {"textures": {"a": "b%00"}})"), "materials[0].node.textures.a: no file has such a name"},
   {Material(R"("channels": {"color": {}})"), "materials[0].channels.color: a decimal number expected as name"},
   {Material(R"("channels": {"0": {"shader": {"file": "a"}}})"), "materials[0].channels.0.shader.file: not a member of a shader"},
-  {Material(R"("layers": [{"shaders": {}}])"), "materials[0].layers[0].id: missing"},
 };
 
 TEST(RefusedScene, SaysWhereAndWhy)
@@ -200,12 +167,10 @@ TEST(BrokenScene, PathLeadsToTheBreak)
 
 TEST(BrokenScene, EveryCutIsRefused)
 {
+  const Int before = CountNodes();
   for (size_t length = 0; length + 2 < kEverything.size(); ++length)
-  {
-    const Int before = CountNodes();
     EXPECT_NE(GetRefusal(kEverything.substr(0, length)), "") << length;
-    EXPECT_EQ(CountNodes(), before) << length;
-  }
+  EXPECT_EQ(CountNodes(), before);
 }
 
 // The document itself, `objects` and the objects and children below it take two levels for each object.

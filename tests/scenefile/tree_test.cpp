@@ -112,24 +112,6 @@ TEST(SceneTree, ControlCharactersAreEscaped)
   EXPECT_EQ(text.find("b\n"), std::string::npos) << text;
 }
 
-// The lines grow with the number of objects, not with their depth.
-TEST(SceneTree, ChainOfAHundredThousandObjects)
-{
-  constexpr int kLength = 100000;
-  const DocumentOwner document(HeadlessDocument::Create());
-  HeadlessObject* object = HeadlessObject::Create(kNullObjectType);
-  document->InsertObjectLast(object);
-  for (int i = 1; i < kLength; ++i)
-  {
-    HeadlessObject* const child = HeadlessObject::Create(kNullObjectType);
-    child->InsertUnderLast(object);
-    object = child;
-  }
-  const std::string text = Print(*document);
-  EXPECT_NE(text.find("[level 100000] null \"\"\n└─ 1 take\n"), std::string::npos);
-  EXPECT_LT(text.size(), kLength * 250u);
-}
-
 struct LocaleRow
 {
   const char* name;

@@ -1,7 +1,5 @@
 // Documents made in the scene, not read: what is written of them, and what of it comes back.
 
-#include <cstdio>
-
 #include <gtest/gtest.h>
 
 #include "host/scene/conversion.h"
@@ -97,23 +95,6 @@ TEST_F(WrittenScene, JointThatIsGoneKeepsItsWeights)
   EXPECT_EQ(read.GetWeight(0, 1), 0.75);
 }
 
-// Far deeper than anything recursive would survive; what is written grows with the number of objects alone.
-TEST_F(WrittenScene, ChainOfAHundredThousandObjects)
-{
-  constexpr int kLength = 100000;
-  HeadlessObject* object = Add(kNullObjectType);
-  for (int i = 1; i < kLength; ++i)
-  {
-    HeadlessObject* const child = HeadlessObject::Create(kNullObjectType);
-    child->InsertUnderLast(object);
-    object = child;
-  }
-  const std::string text = Write(*_document);
-  EXPECT_NE(text.find("\"id\": " + std::to_string(kLength) + ","), std::string::npos);
-  EXPECT_LT(text.size(), kLength * 1000u);
-  EXPECT_NE(GetRefusal(text).find("nested deeper than 1,024 levels"), std::string::npos);
-}
-
 /// Takes so many bytes, then no more.
 class FullSink final : public ByteSink
 {
@@ -144,20 +125,6 @@ TEST_F(WrittenScene, ErrorOfTheSinkEndsTheWriting)
     EXPECT_EQ(WriteSceneDocument(*_document, "", sink).GetError().GetMessage(), "full"_s) << room;
   }
 }
-
-#ifdef __linux__
-TEST_F(WrittenScene, FullDeviceIsAnErrorOfTheStream)
-{
-  std::FILE* const stream = std::fopen("/dev/full", "w");
-  ASSERT_NE(stream, nullptr);
-  std::setvbuf(stream, nullptr, _IONBF, 0);
-  StreamSink sink(stream);
-  const Error error = WriteSceneDocument(*_document, "", sink).GetError();
-  std::fclose(stream);
-  EXPECT_EQ(error.GetClass(), ErrorClass::kIo);
-  EXPECT_EQ(error.GetMessage(), "writing failed: No space left on device"_s);
-}
-#endif
 
 }  // namespace
 }  // namespace q7z::test
