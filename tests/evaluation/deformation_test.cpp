@@ -49,6 +49,16 @@ protected:
     for (const PointWeight& weight : weights)
       EXPECT_TRUE(_tag.SetWeight(joint, weight.point, weight.weight));
   }
+  HeadlessCornerTag& AddNormals(std::initializer_list<HostPolygon> polygons)
+  {
+    HostArray<HostPolygon> array;
+    EXPECT_TRUE(array.Create(static_cast<Int>(polygons.size())));
+    std::copy(polygons.begin(), polygons.end(), array.GetW());
+    _mesh.SetGeometry(_mesh.GetPoints(), array);
+    HeadlessTag* const tag = HeadlessTag::Create(kNormalTagType, static_cast<Int32>(polygons.size()));
+    tag->InsertInto(&_mesh);
+    return static_cast<HeadlessCornerTag&>(*tag);
+  }
   HeadlessObject& AddDeformer(HeadlessObject* parent) { return AddObject("deformer", parent, kSkinDeformerType); }
   /// The points of the copy of the mesh.
   Points Deform() { return PointsOf(*MakeCopy(_mesh)); }
@@ -94,20 +104,13 @@ TEST_F(Skin, WhatMovesTogetherSharesItsPoints)
 
 TEST_F(Skin, TurnsNormals)
 {
-  HeadlessPolygonObject& mesh = _mesh;
-  HostArray<HostPolygon> polygons;
-  ASSERT_TRUE(polygons.Create(2));
-  polygons.GetW()[0] = {0, 1, 2, 3};
-  polygons.GetW()[1] = {2, 2, 99, -1};
-  mesh.SetGeometry(mesh.GetPoints(), polygons);
-  auto& normals = static_cast<HeadlessCornerTag&>(*HeadlessTag::Create(kNormalTagType, 2));
-  normals.InsertInto(&mesh);
+  HeadlessCornerTag& normals = AddNormals({{0, 1, 2, 3}, {2, 2, 99, -1}});
   const Vector x{1, 0, 0};
   normals.GetHandleW(false).Set(0, {x, x, x, x});
   normals.GetHandleW(false).Set(1, {{0, 0, 2}, {0, 3, 0}, x, x});
-  AddDeformer(&mesh);
+  AddDeformer(&_mesh);
   _lower.SetLocalMatrix(QuarterTurn({2, 0, 0}));
-  const Owner copy = MakeCopy(mesh);
+  const Owner copy = MakeCopy(_mesh);
   const HostCornerHandle turned = static_cast<HeadlessCornerTag*>(copy->FindTag(kNormalTagType))->GetHandleR();
   constexpr Float kDiagonal = Float32(0.70710678118654752);
   const HostCorners first = turned.Get(0);
@@ -122,13 +125,7 @@ TEST_F(Skin, TurnsNormals)
 // Flattened to a half along X, a plane of slope 1 gets slope 2: its normal tilts towards X.
 TEST_F(Skin, NormalsStayUprightUnderScale)
 {
-  HostArray<HostPolygon> polygons;
-  ASSERT_TRUE(polygons.Create(1));
-  polygons.GetW()[0] = {2, 2, 2, 2};
-  _mesh.SetGeometry(_mesh.GetPoints(), polygons);
-  auto& normals = static_cast<HeadlessCornerTag&>(*HeadlessTag::Create(kNormalTagType, 1));
-  normals.InsertInto(&_mesh);
-  normals.GetHandleW(true).Set(0, {{1, 1, 0}, {}, {}, {}});
+  AddNormals({{2, 2, 2, 2}}).GetHandleW(true).Set(0, {{1, 1, 0}, {}, {}, {}});
   AddDeformer(&_mesh);
   _lower.SetLocalMatrix({{2, 0, 0}, {0.5, 0, 0}, {0, 1, 0}, {0, 0, 1}});
   const Owner copy = MakeCopy(_mesh);
@@ -191,11 +188,8 @@ TEST_F(Skin, GlobalMatricesOfDeepJointsAreWorkedOutOnce)
     next->InsertUnder(joint);
     joint = next;
   }
-  BaseArray<HostMatrix> binds;
-  ASSERT_FALSE(binds.Resize(kJointCount).HasError());
-  for (Int32 i = 0; i < kJointCount; ++i)
-    binds[i] = HostMatrix();
-  ASSERT_TRUE(tag.SetBindPose(HostMatrix(), binds.begin(), kJointCount));
+  const std::vector<HostMatrix> binds(kJointCount);
+  ASSERT_TRUE(tag.SetBindPose(HostMatrix(), binds.data(), kJointCount));
   for (HeadlessObject* object = &first; object; object = object->GetDown())
     object->SetLocalMatrix(Offset({0, 1, 0}));
   AddDeformer(&mesh);

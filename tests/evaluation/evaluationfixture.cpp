@@ -68,6 +68,15 @@ HeadlessObject& CurrentStateTest::AddInstance(const char* name, HeadlessObject* 
   return instance;
 }
 
+void CurrentStateTest::Clear()
+{
+  while (HeadlessObject* const object = Scene().GetFirstObject())
+  {
+    object->Remove();
+    HeadlessNode::Free(object);
+  }
+}
+
 HeadlessObject& CurrentStateTest::Find(const std::string& name)
 {
   HeadlessObject* object = Scene().GetFirstObject();

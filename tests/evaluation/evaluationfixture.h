@@ -53,6 +53,7 @@ protected:
   HeadlessObject& AddInstance(const char* name, HeadlessObject* parent, HeadlessObject* shown);
   /// Objects at top level as Describe writes them, and "name=shown" for an instance: "mesh* root(a(b=mesh c=) d:5103)".
   void Build(const std::string& outline);
+  void Clear();
   /// The first object of a name.
   HeadlessObject& Find(const std::string& name);
   /// A polygon object of one point.

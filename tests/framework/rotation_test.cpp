@@ -51,7 +51,6 @@ struct AnglesCase
   Vector angles;
 };
 const AnglesCase kAnglesCases[] = {
-  {"Heading90", {{}, {0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}, {kHalf, 0, 0}},
   {"Heading315", {{}, {kRoot, 0, -kRoot}, {0, 1, 0}, {kRoot, 0, kRoot}}, {7 * kPi / 4, 0, 0}},
   {"PoleUp", {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}, {0, kHalf, 0}},
   {"PoleUpBank90", {{}, {0, 0, 1}, {1, 0, 0}, {0, 1, 0}}, {0, kHalf, kHalf}},
@@ -110,7 +109,6 @@ TEST(Rotation, QuaternionOfOneAngle)
   };
   const Row rows[] = {
     {{0, 0, 0}, true, {0, 0, 0, -1}},
-    {{kHalf, 0, 0}, false, {0, kRoot, 0, -kRoot}},
     {{kHalf, 0, 0}, true, {0, -kRoot, 0, -kRoot}},
     {{0, kHalf, 0}, false, {kRoot, 0, 0, -kRoot}},
     {{0, kHalf, 0}, true, {-kRoot, 0, 0, -kRoot}},
@@ -137,21 +135,6 @@ void ForAngles(std::initializer_list<Float> middle, const Test& test)
     for (const Float b : middle)
       for (const Float c : {-2.2, -kHalf, 0.0, 1.1, kPi})
         test(a, b, c);
-}
-
-TEST(Rotation, MirroredRoundTripKeepsARotationAndPlainOneTurnsItBack)
-{
-  // Off the pole the angles come from acos, which near 0 and pi knows half the digits.
-  ForAngles({-1.2, -0.3, 0.0, 0.9, 1.5},
-            [](Float heading, Float pitch, Float bank)
-            {
-              const Vector angles{heading, pitch, bank};
-              const HostMatrix matrix = AnglesToMatrix(angles, 6);
-              const Vector mirrored = QuaternionToAngles(AnglesToQuaternion(angles, true), true);
-              ExpectNear(AnglesToMatrix(mirrored, 6), matrix, 1e-7, "mirrored " + Shown(angles));
-              const Vector plain = QuaternionToAngles(AnglesToQuaternion(angles, false), false);
-              ExpectNear(AnglesToMatrix(plain, 6), matrix.GetInverse(), 1e-7, "plain " + Shown(angles));
-            });
 }
 
 TEST(Rotation, AnglesInEveryOrderGiveTheMatrixBack)

@@ -1,7 +1,8 @@
 #pragma once
 
-// What the tests of the framework share: a text and an error in the words that a failure message shows.
+// What the tests of the framework share, and others: texts and errors in the words that a failure message shows, numbers that are none.
 
+#include <limits>
 #include <string>
 
 #include "framework/result.h"
@@ -9,6 +10,9 @@
 
 namespace q7z::test
 {
+
+inline constexpr Float kInfinity = std::numeric_limits<Float>::infinity();
+inline constexpr Float kNan = std::numeric_limits<Float>::quiet_NaN();
 
 inline std::string Text(const String& text)
 {

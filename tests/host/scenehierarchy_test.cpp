@@ -3,7 +3,6 @@
 #include <thread>
 #include <vector>
 
-#include "host/modeling/currentstate.h"
 #include "host/scene/headlessobject.h"
 #include "host/scenefile/inspect.h"
 #include "host/scenefile/scenefile.h"
@@ -235,8 +234,6 @@ TEST_F(SceneHierarchy, ChainOfAHundredThousandIsWalkedByEverything)
   Scene().SetTime({0, 1});
   EXPECT_EQ(deepest->GetRelativePosition().x, 7);
 
-  const HeadlessOwner<HeadlessObject> copy(MakeCurrentStateCopy(&Scene(), Scene().GetFirstObject(), nullptr));
-  EXPECT_TRUE(copy);
   StringSink document;
   EXPECT_FALSE(WriteSceneDocument(Scene(), "", document).HasError());
   EXPECT_LT(document.GetText().size(), kDepth * 1000u);

@@ -63,17 +63,6 @@ TEST_F(SceneTransform, VectorsBuildTheMatrixAndTheMatrixGivesTheVectors)
   }
 }
 
-TEST_F(SceneTransform, MatrixIsKeptAsGivenUntilAVectorIsSet)
-{
-  const HostMatrix sheared{{0.1, 0.2, 0.3}, {1, 0, 0}, {1, 1, 0}, {0, 0, 1}};
-  HostObject* const object = Add("a");
-  object->SetLocalMatrix(sheared);
-  EXPECT_EQ(object->GetLocalMatrix(), sheared);
-  ASSERT_TRUE(object->SetParameter({kPositionParameter, kComponentY}, HostValue(7.0)));
-  // Lengths and angles survive, the shear does not.
-  ExpectNear(object->GetLocalMatrix(), {{0.1, 7, 0.3}, {1, 0, 0}, {0, std::sqrt(2.0), 0}, {0, 0, 1}});
-}
-
 TEST_F(SceneTransform, VectorsHaveComponentsAndOneKind)
 {
   HostObject* const object = Add("a");

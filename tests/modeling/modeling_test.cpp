@@ -8,8 +8,7 @@
 #include "host/scene/headlesstrack.h"
 #include "host/scene/headlessweighttag.h"
 #include "tests/host/scenefixture.h"
-#include "tests/support/failingmemory.h"
-#include "tests/support/rowname.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -210,10 +209,12 @@ protected:
     _data.mode = kPolygonSelectionMode;
     return SendModelingCommand(command, _data);
   }
-  /// Splits and gives the part to the test; null when that failed.
-  HeadlessPolygonObject* Split(HeadlessPolygonObject& mesh)
+  /// Runs a command that makes something of the mesh. @return what was split off, which goes with the test.
+  const HeadlessPolygonObject* Run(Int32 command, HeadlessPolygonObject& mesh)
   {
-    if (!Send(kSplitPolygonsCommand, &mesh) || _data.resultCount != 1)
+    EXPECT_TRUE(Send(command, &mesh));
+    EXPECT_EQ(_data.resultCount, command == kSplitPolygonsCommand);
+    if (_data.resultCount == 0)
       return nullptr;
     _parts.emplace_back(ToHeadless(_data.results[0])->AsPolygonObject());
     return _parts.back().get();
@@ -228,51 +229,61 @@ private:
 
 // Every kind of data that belongs to points or polygons follows them.
 
-TEST_F(Modeling, DataFollowsASplit)
-{
-  HeadlessPolygonObject& mesh = AddSample();
-  const HeadlessPolygonObject* const part = Split(mesh);
-  ASSERT_TRUE(part);
-  EXPECT_EQ(Dump(*part), "0 1 2 4 5 6 | 0,1,2,3 3,2,4,5\n0-1\n"
-                         "0 1 2 3 | 20 21 22 23\n0 1 2 3\n0 1 2 3 | 20 21 22 23\n"
-                         "0 1 2 3 | 20 21 22 23\n0 | 10 | 20 | 40 | 50 | 60\n0 | 10 | 20\n"
-                         "0-1\n1-1\nother: 0=1 2=3 5=7; small: 4=6\n"
-                         "100 101 102 104 105 106; 0 1 2 4 5 6; 200 201 202; -> small\n"
-                         "300 301 302 304 305 306\n");
-  EXPECT_EQ(Dump(mesh), "1 2 3 5 | 1,0,3,3\n\n"
-                        "10 11 12 13\n10 11 12 13\n10 11 12 13\n"
-                        "10 11 12 13\n10 | 20 | 30 | 50\n10 | 20 | 30\n"
-                        "\n\nother: 1=3 2=4; small: 3=6\n"
-                        "101 102 103 105; 1 2 3 5; 201 202 203; -> small\n"
-                        "301 302 303 305\n");
-}
+constexpr Int32 kSplit = kSplitPolygonsCommand;
+constexpr Int32 kUnused = kRemoveUnusedPointsCommand;
 
-TEST_F(Modeling, DataFollowsTriangles)
+struct DataRow
 {
-  HeadlessPolygonObject& mesh = AddSample();
-  ASSERT_TRUE(Send(kTriangulateCommand, &mesh));
-  EXPECT_EQ(Dump(mesh), "0 1 2 3 4 5 6 | 0,1,2,2 0,2,4,4 2,1,5,5 4,2,5,5 4,5,6,6\n0-1 3-4\n"
-                        "0 1 2 2 | 0 2 3 3 | 10 11 12 13 | 20 21 22 22 | 20 22 23 23\n"
-                        "0 1 2 2 | 0 2 3 3 | 10 11 12 13\n"
-                        "0 1 2 2 | 0 2 3 3 | 10 11 12 13 | 20 21 22 22 | 20 22 23 23\n"
-                        "0 1 2 2 | 0 2 3 3 | 10 11 12 13 | 20 21 22 22 | 20 22 23 23\n"
-                        "0 | 10 | 20 | 30 | 40 | 50 | 60\n0 | 10 | 20 | 30\n"
-                        "0-1 3-4\n3-4\nother: 0=1 2=3 3=4 6=7; small: 5=6\n"
-                        "100 101 102 103 104 105 106; -> other; 200 201 202 203; -> small\n"
-                        "300 301 302 303 304 305 306\n");
-}
+  Int32 command;
+  const char* mesh;
+  const char* part;
+};
 
-TEST_F(Modeling, DataFollowsPoints)
+const DataRow kDataRows[] = {
+  {kSplit,
+   "1 2 3 5 | 1,0,3,3\n\n"
+   "10 11 12 13\n10 11 12 13\n10 11 12 13\n"
+   "10 11 12 13\n10 | 20 | 30 | 50\n10 | 20 | 30\n"
+   "\n\nother: 1=3 2=4; small: 3=6\n"
+   "101 102 103 105; 1 2 3 5; 201 202 203; -> small\n"
+   "301 302 303 305\n",
+   "0 1 2 4 5 6 | 0,1,2,3 3,2,4,5\n0-1\n"
+   "0 1 2 3 | 20 21 22 23\n0 1 2 3\n0 1 2 3 | 20 21 22 23\n"
+   "0 1 2 3 | 20 21 22 23\n0 | 10 | 20 | 40 | 50 | 60\n0 | 10 | 20\n"
+   "0-1\n1-1\nother: 0=1 2=3 5=7; small: 4=6\n"
+   "100 101 102 104 105 106; 0 1 2 4 5 6; 200 201 202; -> small\n"
+   "300 301 302 304 305 306\n"},
+  {kTriangulateCommand,
+   "0 1 2 3 4 5 6 | 0,1,2,2 0,2,4,4 2,1,5,5 4,2,5,5 4,5,6,6\n0-1 3-4\n"
+   "0 1 2 2 | 0 2 3 3 | 10 11 12 13 | 20 21 22 22 | 20 22 23 23\n"
+   "0 1 2 2 | 0 2 3 3 | 10 11 12 13\n"
+   "0 1 2 2 | 0 2 3 3 | 10 11 12 13 | 20 21 22 22 | 20 22 23 23\n"
+   "0 1 2 2 | 0 2 3 3 | 10 11 12 13 | 20 21 22 22 | 20 22 23 23\n"
+   "0 | 10 | 20 | 30 | 40 | 50 | 60\n0 | 10 | 20 | 30\n"
+   "0-1 3-4\n3-4\nother: 0=1 2=3 3=4 6=7; small: 5=6\n"
+   "100 101 102 103 104 105 106; -> other; 200 201 202 203; -> small\n"
+   "300 301 302 303 304 305 306\n",
+   ""},
+  {kUnused,
+   "0 1 2 4 5 6 | 0,1,2,3 2,1,4,4 3,2,4,5\n0-0 2-2\n"
+   "0 1 2 3 | 10 11 12 13 | 20 21 22 23\n0 1 2 3 | 10 11 12 13\n"
+   "0 1 2 3 | 10 11 12 13 | 20 21 22 23 | 30 31 32 33\n"
+   "0 1 2 3 | 10 11 12 13 | 20 21 22 23\n0 | 10 | 20 | 40 | 50 | 60\n0 | 10 | 20\n"
+   "0-0 2-2\n2-2147483647\nother: 0=1 2=3 5=7; small: 4=6\n"
+   "100 101 102 104 105 106; 0 1 2 4 5 6; 200 201 202; -> small\n"
+   "300 301 302 304 305 306\n",
+   ""},
+};
+
+TEST_F(Modeling, DataFollowsPointsAndPolygons)
 {
-  HeadlessPolygonObject& mesh = AddSample();
-  ASSERT_TRUE(Send(kRemoveUnusedPointsCommand, &mesh));
-  EXPECT_EQ(Dump(mesh), "0 1 2 4 5 6 | 0,1,2,3 2,1,4,4 3,2,4,5\n0-0 2-2\n"
-                        "0 1 2 3 | 10 11 12 13 | 20 21 22 23\n0 1 2 3 | 10 11 12 13\n"
-                        "0 1 2 3 | 10 11 12 13 | 20 21 22 23 | 30 31 32 33\n"
-                        "0 1 2 3 | 10 11 12 13 | 20 21 22 23\n0 | 10 | 20 | 40 | 50 | 60\n0 | 10 | 20\n"
-                        "0-0 2-2\n2-2147483647\nother: 0=1 2=3 5=7; small: 4=6\n"
-                        "100 101 102 104 105 106; 0 1 2 4 5 6; 200 201 202; -> small\n"
-                        "300 301 302 304 305 306\n");
+  for (const DataRow& row : kDataRows)
+  {
+    HeadlessPolygonObject& mesh = AddSample();
+    const HeadlessPolygonObject* const part = Run(row.command, mesh);
+    EXPECT_EQ(Dump(mesh), row.mesh) << row.command;
+    EXPECT_EQ(part ? Dump(*part) : "", row.part) << row.command;
+  }
 }
 
 // Points and polygons alone.
@@ -288,24 +299,6 @@ struct GeometryRow
   const char* part;
 };
 
-class ModelingGeometry : public Modeling, public testing::WithParamInterface<GeometryRow>
-{};
-
-TEST_P(ModelingGeometry, IsAsExpected)
-{
-  const GeometryRow& row = GetParam();
-  HeadlessPolygonObject& mesh = AddGrid(row.pointCount, row.polygons, row.selected);
-  const HeadlessPolygonObject* part = nullptr;
-  if (row.command == kSplitPolygonsCommand)
-    part = Split(mesh);
-  else
-    EXPECT_TRUE(Send(row.command, &mesh) && _data.resultCount == 0);
-  EXPECT_EQ(DumpGeometry(mesh), row.mesh);
-  EXPECT_EQ(part ? DumpGeometry(*part) : "", row.part);
-}
-
-constexpr Int32 kSplit = kSplitPolygonsCommand;
-constexpr Int32 kUnused = kRemoveUnusedPointsCommand;
 const GeometryRow kGeometryRows[] = {
   {"AllOfThem", kSplit, 5, {{4, 2, 1, 1}, {1, 2, 3, 3}}, {{0, 1}}, "0 |", "1 2 3 4 | 3,1,0,0 0,1,2,2"},
   {"PointsOnBothSides", kSplit, 3, {{0, 1, 2, 2}, {2, 1, 0, 0}}, {{0, 0}}, "0 1 2 | 2,1,0,0", "0 1 2 | 0,1,2,2"},
@@ -317,13 +310,22 @@ const GeometryRow kGeometryRows[] = {
   {"AllPointsGo", kUnused, 3, {}, {}, " |", ""},
   {"NoPoints", kUnused, 0, {{0, 1, 2, 3}}, {}, " | 0,1,2,3", ""},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, ModelingGeometry, testing::ValuesIn(kGeometryRows), RowName());
+
+TEST_F(Modeling, GeometryIsAsExpected)
+{
+  for (const GeometryRow& row : kGeometryRows)
+  {
+    HeadlessPolygonObject& mesh = AddGrid(row.pointCount, row.polygons, row.selected);
+    const HeadlessPolygonObject* const part = Run(row.command, mesh);
+    EXPECT_EQ(DumpGeometry(mesh), row.mesh) << row.name;
+    EXPECT_EQ(part ? DumpGeometry(*part) : "", row.part) << row.name;
+  }
+}
 
 TEST_F(Modeling, PartIsLikeItsSource)
 {
   HeadlessPolygonObject& mesh = AddSample();
   mesh.SetName("mesh"_s);
-  mesh.SetRotationOrder(0);
   mesh.SetBase({HostMatrix(Vector{1, 2, 3}, Vector{1, 0, 0}, Vector{0, 1, 0}, Vector{0, 0, 1}), {1, 1, 1}});
   mesh.SetVectors({{4, 5, 6}, {0.5, 0, 0}, {2, 2, 2}});
   mesh.SetVisibility(kEditorVisibility, kHiddenMode);
@@ -331,13 +333,11 @@ TEST_F(Modeling, PartIsLikeItsSource)
   mesh.SetParameter(77, HostValue(5));
   Add("child", ToHost(static_cast<HeadlessObject*>(&mesh)));
   AddTag<HeadlessTag>(mesh, kTextureTagType).SetName("texture"_s);
-  const HeadlessPolygonObject* const part = Split(mesh);
+  const HeadlessPolygonObject* const part = Run(kSplit, mesh);
   ASSERT_TRUE(part);
   EXPECT_EQ(Text(part->GetName()), "mesh");
-  EXPECT_EQ(part->GetRotationOrder(), 0);
   EXPECT_EQ(part->GetBase(), mesh.GetBase());
   EXPECT_EQ(part->GetVectors(), mesh.GetVectors());
-  EXPECT_EQ(part->GetLocalMatrix(), mesh.GetLocalMatrix());
   EXPECT_EQ(part->GetVisibility(kEditorVisibility), kHiddenMode);
   EXPECT_EQ(part->GetLayer(), mesh.GetLayer());
   EXPECT_TRUE(!part->GetDocument() && !part->GetUp() && !part->GetDown());
@@ -362,7 +362,7 @@ TEST_F(Modeling, RefusedWithoutAChange)
   HeadlessPolygonObject& mesh = AddSample();
   HeadlessObject* const null = ToHeadless(Add("null"));
   const std::string before = DumpGeometry(mesh);
-  ASSERT_TRUE(Split(AddSample()));  // leaves a result to be taken back
+  ASSERT_TRUE(Run(kSplit, AddSample()));  // leaves a result to be taken back
   for (const Int32 command : {kSplitPolygonsCommand, kTriangulateCommand, kRemoveUnusedPointsCommand})
   {
     EXPECT_FALSE(Send(command, nullptr)) << command;
@@ -385,18 +385,13 @@ TEST_F(Modeling, WithoutMemoryTheObjectIsAsItWas)
   {
     HeadlessPolygonObject& mesh = AddSample();
     const std::string before = Dump(mesh);
-    Bool failed = true;
-    Int failAt = 1;
-    for (; failed && failAt < 1000; ++failAt)
-    {
-      FailAllocation(failAt);
-      const Bool succeeded = Send(command, &mesh);
-      failed = StopFailingAllocations() > 0;
-      EXPECT_EQ(succeeded, !failed) << "request " << failAt;
-      EXPECT_EQ(Dump(mesh) == before, failed) << "request " << failAt;
-    }
-    EXPECT_FALSE(failed);
-    EXPECT_GT(failAt, 5) << "arrays that must be new asked for no memory";
+    Bool succeeded = false;
+    SweepAllocations([&] { succeeded = Send(command, &mesh); },
+                     [&](Bool failed)
+                     {
+                       EXPECT_EQ(succeeded, !failed);
+                       EXPECT_EQ(Dump(mesh) == before, failed);
+                     });
     if (_data.resultCount == 1)
       HostNode::Free(_data.results[0]);
   }
