@@ -16,13 +16,6 @@ namespace q7z::test
 namespace
 {
 
-class RecordedWarnings final : public FileWarnings
-{
-public:
-  std::vector<std::string> texts;
-  void AddWarning(const std::string& text) override { texts.push_back(text); }
-};
-
 class Files : public testing::Test
 {
 protected:
@@ -167,8 +160,6 @@ protected:
   std::string input;
   RecordedWarnings warnings;
 };
-
-using Warnings = std::vector<std::string>;
 
 std::string WarningOf(const std::string& path)
 {

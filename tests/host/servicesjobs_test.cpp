@@ -1,8 +1,6 @@
 // The background job as a user sees it, and parallel loops.
 
 #include <atomic>
-#include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -43,8 +41,7 @@ TEST(Job, WeighsItsStages)
 
 TEST(Job, ProgressStaysWithinItsStage)
 {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  const std::pair<double, double> rows[] = {{-1, 0}, {0.5, 0.25}, {2, 0.5}, {kInfinity, 0.5}, {std::nan(""), 0}};
+  const std::pair<double, double> rows[] = {{-1, 0}, {0.5, 0.25}, {2, 0.5}, {kInfinity, 0.5}, {kNan, 0}};
   for (const auto& [value, overall] : rows)
   {
     HeadlessJob job;

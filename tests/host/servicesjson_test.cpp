@@ -2,7 +2,6 @@
 // written.
 
 #include <cstring>
-#include <limits>
 
 #include "host/services/filereading.h"
 #include "host/services/headlessjson.h"
@@ -237,7 +236,6 @@ std::string Write(const Data& value)
 
 TEST(JsonWriter, GivesTheText)
 {
-  constexpr Float kInfinity = std::numeric_limits<Float>::infinity();
   const std::string forty(40, 'x');
   const std::pair<Data, std::string> rows[] = {
     {Data(), "null"},
@@ -259,7 +257,7 @@ TEST(JsonWriter, GivesTheText)
      R"({"a":[1,{"b\n":[]},{}]})"},
     {MakeObject("deep", MakeArray({Data(kInfinity)})), "JSON has no number that is not finite."},
     {Data(static_cast<Float32>(-kInfinity)), "JSON has no number that is not finite."},
-    {Data(std::numeric_limits<Float>::quiet_NaN()), "JSON has no number that is not finite."},
+    {Data(kNan), "JSON has no number that is not finite."},
   };
   for (const auto& [value, expected] : rows)
     EXPECT_EQ(Write(Data(value)), expected);  // of a copy

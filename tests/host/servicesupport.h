@@ -5,8 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <mutex>
+#include <set>
 
 #include "framework/url.h"
+#include "host/services/headlessfiles.h"
 #include "tests/framework/text.h"
 #include "tests/support/testfolder.h"
 
@@ -24,4 +27,20 @@ inline std::string ReadText(const std::filesystem::path& path)
   return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(no file)";
 }
 
+using Warnings = std::multiset<std::string>;
+
+/// What was told of files that are left out.
+class RecordedWarnings final : public FileWarnings
+{
+public:
+  Warnings texts;
+  void AddWarning(const std::string& text) override
+  {
+    const std::lock_guard lock(_mutex);
+    texts.insert(text);
+  }
+
+private:
+  std::mutex _mutex;
+};
 }  // namespace q7z::test

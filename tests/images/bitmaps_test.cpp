@@ -7,8 +7,7 @@
 #include "host/services/headlessjobs.h"
 #include "tests/host/servicesupport.h"
 #include "tests/images/imagebuilders.h"
-#include "tests/images/recordedwarnings.h"
-#include "tests/support/failingmemory.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -94,8 +93,8 @@ TEST_F(Bitmaps, KeepWhatTheyHoldWhenAFileIsBroken)
   EXPECT_FALSE(Load(bitmap, "broken.png", BytesOf("no image at all")));
   EXPECT_FALSE(_bitmaps.Load(bitmap, HostFilename(MakeString(_folder / "none.png"))));
   EXPECT_EQ(TextOf(bitmap), "1,2,3 4,5,6");
-  EXPECT_EQ(_warnings.texts, (std::set<std::string>{"the image \"broken.png\" is left out: it is neither a PNG nor a JPEG image",
-                                                    "the image \"none.png\" is left out: there is no such file"}));
+  EXPECT_EQ(_warnings.texts, (Warnings{"the image \"broken.png\" is left out: it is neither a PNG nor a JPEG image",
+                                       "the image \"none.png\" is left out: there is no such file"}));
 }
 
 TEST_F(Bitmaps, ReadAndWriteRows)
@@ -123,15 +122,8 @@ TEST_F(Bitmaps, SayWhenMemoryRunsOut)
   const HostFilename file(MakeString(_folder / "picture"));
   const auto sweep = [](const auto& work)
   {
-    for (Int failAt = 1;; ++failAt)
-    {
-      FailAllocation(failAt);
-      const bool succeeded = work();
-      const bool hasFailed = StopFailingAllocations() > 0;
-      EXPECT_EQ(succeeded, !hasFailed) << failAt;
-      if (!hasFailed)
-        return;
-    }
+    bool succeeded = false;
+    SweepAllocations([&] { succeeded = work(); }, [&](bool failed) { EXPECT_EQ(succeeded, !failed); });
   };
   HostBitmap* const other = Make();
   sweep([&] { return _bitmaps.Init(other, 3, 3, 24); });

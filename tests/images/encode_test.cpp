@@ -12,7 +12,7 @@
 #include "host/images/mediasessions.h"
 #include "tests/host/servicesupport.h"
 #include "tests/images/imagebuilders.h"
-#include "tests/support/failingmemory.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -101,15 +101,8 @@ TEST(MediaSessions, SayWhenMemoryRunsOut)
   HeadlessMediaSessions sessions;
   for (const char* const id : {HostMediaSessions::kPngExport, HostMediaSessions::kJpegExport})
   {
-    for (Int failAt = 1;; ++failAt)
-    {
-      FailAllocation(failAt);
-      const Result<BaseArray<Byte>> file = sessions.Encode(id, host);
-      if (StopFailingAllocations() == 0)
-        break;
-      ASSERT_TRUE(file.HasError()) << failAt;
-      EXPECT_EQ(file.GetError().GetClass(), ErrorClass::kOutOfMemory) << failAt;
-    }
+    Result<BaseArray<Byte>> file = BaseArray<Byte>();
+    SweepAllocations([&] { file = sessions.Encode(id, host); }, [&](bool failed) { EXPECT_EQ(IsOutOfMemory(file), failed); });
   }
 }
 

@@ -13,9 +13,7 @@
 #include "host/services/headlessjobs.h"
 #include "tests/host/servicesupport.h"
 #include "tests/images/imagebuilders.h"
-#include "tests/images/recordedwarnings.h"
-#include "tests/support/failingmemory.h"
-#include "tests/support/rowname.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -28,14 +26,13 @@ struct Settings
   Int resize = 0;
   Int width = 1024;
   Int height = 1024;
-  bool wantsTextures = true;
 };
 
 DataDictionary MakeSettings(const Settings& settings)
 {
   Data sides[] = {Data(settings.width), Data(settings.height)};
   DataDictionary dictionary;
-  EXPECT_FALSE(dictionary.Set(DataKey("textureSupport"), Data(settings.wantsTextures)).HasError());
+  EXPECT_FALSE(dictionary.Set(DataKey("textureSupport"), Data(true)).HasError());
   EXPECT_FALSE(dictionary.Set(DataKey("textureResize"), Data(settings.resize)).HasError());
   EXPECT_FALSE(dictionary.Set(DataKey("textureDimensions"), Data::CreateArray(sides, 2, nullptr).GetValue()).HasError());
   return dictionary;
@@ -115,15 +112,6 @@ TEST_F(Exchange, KeepsParametersAndDecodesEachTexture)
   EXPECT_TRUE(_warnings.texts.empty());
 }
 
-TEST_F(Exchange, HasNoTexturesWhereNoneAreWanted)
-{
-  const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", _folder / "in/none.png"}});
-  const Result<HostMaterialExchangeData> record = Save(material, {.wantsTextures = false});
-  ASSERT_FALSE(record.HasError());
-  EXPECT_TRUE(record.GetValue().textures.IsEmpty());
-  EXPECT_TRUE(_warnings.texts.empty());
-}
-
 TEST_F(Exchange, FindsRelativeFilesInTheFolderOfTheDocument)
 {
   Write("in/tex/a.png", kPicture);
@@ -139,42 +127,27 @@ TEST_F(Exchange, FindsRelativeFilesInTheFolderOfTheDocument)
   EXPECT_EQ(TextOf(record.GetValue(), "normalTexture"), "1,2,3 4,5,6");
 }
 
-struct ResizeRow
-{
-  const char* name;
-  Settings settings;
-  const char* size;
+// Of a picture of 4 × 2 pixels. Kept, shrunk and never grown, made so large, and what nobody knows.
+const std::pair<Settings, const char*> kResizes[] = {
+  {{0, -5, 0}, "4 x 2"},  {{1, 100, 100}, "4 x 2"}, {{1, 2, 100}, "2 x 1"},
+  {{1, 100, 1}, "2 x 1"}, {{1, 3, 100}, "3 x 2"},  // 2 · 3 / 4 = 1.5
+  {{1, 1, 1}, "1 x 1"},   {{2, 5, 7}, "5 x 7"},     {{3, 1, 1}, "4 x 2"},
 };
 
-// Of a picture of 4 × 2 pixels.
-const ResizeRow kResizes[] = {
-  {"Keep", {0, 1, 1}, "4 x 2"},
-  {"KeepWhateverTheSizeSays", {0, -5, 0}, "4 x 2"},
-  {"ShrinkNeverGrows", {1, 100, 100}, "4 x 2"},
-  {"ShrinkByWidth", {1, 2, 100}, "2 x 1"},
-  {"ShrinkByHeight", {1, 100, 1}, "2 x 1"},
-  {"ShrinkRounds", {1, 3, 100}, "3 x 2"},  // 2 · 3 / 4 = 1.5
-  {"ShrinkLeavesOnePixelAtLeast", {1, 1, 1}, "1 x 1"},
-  {"ExactGrows", {2, 5, 7}, "5 x 7"},
-  {"UnknownKeeps", {3, 1, 1}, "4 x 2"},
-};
-
-class ResizedTexture : public Exchange, public testing::WithParamInterface<ResizeRow>
-{};
-
-TEST_P(ResizedTexture, HasTheSizeThatTheSettingsAskFor)
+TEST_F(Exchange, ResizesAsTheSettingsAsk)
 {
   const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", Write("in/a.png", kPlainPicture)}});
-  const Result<HostMaterialExchangeData> record = Save(material, GetParam().settings);
-  ASSERT_FALSE(record.HasError()) << ErrorText(record);
-  HeadlessImage* const image = ToHeadless(record.GetValue().textures.Find("normalTexture"_s)->buffer);
-  const std::shared_ptr<const PixelImage> pixels = image->GetPixels().GetValue();
-  EXPECT_EQ(std::to_string(pixels->GetWidth()) + " x " + std::to_string(pixels->GetHeight()), GetParam().size);
-  EXPECT_EQ(image->GetByteCount(), pixels->GetByteCount());
-  EXPECT_EQ(pixels->GetRow(0)[0], 9);
+  for (const auto& [settings, size] : kResizes)
+  {
+    const Result<HostMaterialExchangeData> record = Save(material, settings);
+    ASSERT_FALSE(record.HasError()) << ErrorText(record);
+    HeadlessImage* const image = ToHeadless(record.GetValue().textures.Find("normalTexture"_s)->buffer);
+    const std::shared_ptr<const PixelImage> pixels = image->GetPixels().GetValue();
+    EXPECT_EQ(std::to_string(pixels->GetWidth()) + " x " + std::to_string(pixels->GetHeight()), size);
+    EXPECT_EQ(image->GetByteCount(), pixels->GetByteCount());
+    EXPECT_EQ(pixels->GetRow(0)[0], 9);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, ResizedTexture, testing::ValuesIn(kResizes), RowName());
 
 TEST_F(Exchange, RefusesSizesThatNoImageHas)
 {
@@ -191,9 +164,9 @@ TEST_F(Exchange, TellsOfEachFileThatCannotBeUsed)
   EXPECT_EQ(SaveTexture(Write("in/tex/b.png", scans)), "no pixels");
   EXPECT_EQ(SaveTexture(Write("in/tex/c.png", scans)), "no pixels") << "the same content";
   EXPECT_EQ(_warnings.texts,
-            (std::set<std::string>{"the image \"tex/a.png\" is left out: it is neither a PNG nor a JPEG image",
-                                   "the image \"tex/b.png\" is left out: the JPEG image is broken: it has more than 64 scans",
-                                   "the image \"tex/c.png\" is left out: the JPEG image is broken: it has more than 64 scans"}));
+            (Warnings{"the image \"tex/a.png\" is left out: it is neither a PNG nor a JPEG image",
+                      "the image \"tex/b.png\" is left out: the JPEG image is broken: it has more than 64 scans",
+                      "the image \"tex/c.png\" is left out: the JPEG image is broken: it has more than 64 scans"}));
 }
 
 TEST_F(Exchange, LeavesOutWhatIsNotThereOrMayNotBeRead)
@@ -209,15 +182,6 @@ TEST_F(Exchange, LeavesOutWhatIsNotThereOrMayNotBeRead)
                 .contains("\"../outside.png\" lies outside the input's folder and is not read; --allow-outside permits it"));
 }
 
-TEST_F(Exchange, ReadsFromAnAllowedFolderToo)
-{
-  const std::string path = Write("images/tex/a.png", kPicture);
-  _policy.Allow(_folder / "images/tex");
-  EXPECT_EQ(SaveTexture(path), "1,2,3 4,5,6");
-  EXPECT_EQ(SaveTexture(_folder / "images/tex/none.png"), "no pixels");
-  EXPECT_EQ(_warnings.texts, (std::set<std::string>{"the image \"tex/none.png\" is left out: there is no such file"}));
-}
-
 TEST_F(Exchange, TellsAnAddressThatIsNoFile)
 {
   HostMaterialExchangeData data;
@@ -225,7 +189,7 @@ TEST_F(Exchange, TellsAnAddressThatIsNoFile)
   HeadlessOwner<HeadlessMaterial> material(HeadlessMaterial::Create());
   ASSERT_TRUE(material->SetRecord("net.space"_s, data));
   EXPECT_FALSE(Save(material).HasError());
-  EXPECT_EQ(_warnings.texts, (std::set<std::string>{"the image \"http://a.b/c.png\" is left out: only local files are read"}));
+  EXPECT_EQ(_warnings.texts, (Warnings{"the image \"http://a.b/c.png\" is left out: only local files are read"}));
 }
 
 // A file of about a thousand pixels, packed well, so that pixels show in what is allocated.
@@ -262,16 +226,13 @@ TEST_F(Exchange, SaysWhenMemoryRunsOut)
 {
   const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", Write("in/a.png", kPlainPicture)}});
   const DataDictionary settings = MakeSettings({2, 3, 3});
-  for (Int failAt = 1;; ++failAt)
-  {
-    _exchange.Clear();
-    FailAllocation(failAt);
-    const Result<HostMaterialExchangeData> record = _exchange.Save(ToHost(material.get()), settings);
-    if (StopFailingAllocations() == 0)
-      break;
-    ASSERT_TRUE(record.HasError()) << failAt;
-    EXPECT_EQ(record.GetError().GetClass(), ErrorClass::kOutOfMemory) << failAt;
-  }
+  Result<HostMaterialExchangeData> record = HostMaterialExchangeData();
+  SweepAllocations([&] { record = _exchange.Save(ToHost(material.get()), settings); },
+                   [&](bool failed)
+                   {
+                     EXPECT_EQ(IsOutOfMemory(record), failed);
+                     _exchange.Clear();
+                   });
   EXPECT_TRUE(_warnings.texts.empty());
 }
 

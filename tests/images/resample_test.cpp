@@ -5,7 +5,6 @@
 #include "host/images/resample.h"
 #include "host/services/headlessjobs.h"
 #include "tests/images/imagebuilders.h"
-#include "tests/support/rowname.h"
 
 namespace q7z::test
 {
@@ -32,34 +31,29 @@ const ResampleRow kResampled[] = {
   {"HalfAsHigh", "0,0,0 / 0,0,0 / 255,255,255 / 255,255,255", 1, 2, 3, "21,21,21 / 234,234,234"},
   // The outer ones go below 0 and above 255; 255 · 0.2265625 / (0.2265625 + 0.8671875) and the rest.
   {"TwiceAsWide", "0,0,0 255,255,255", 4, 1, 3, "0,0,0 53,53,53 202,202,202 255,255,255"},
-  {"TwiceAsHigh", "0,0,0 / 255,255,255", 1, 4, 3, "0,0,0 / 53,53,53 / 202,202,202 / 255,255,255"},
   {"AlphaIsLeftOut", "200,0,0,0 0,100,0,255", 1, 1, 3, "100,50,0"},
   {"AlphaIsANumberAlike", "200,0,0,0 0,0,0,255", 1, 1, 4, "100,0,0,128"},
 };
 
-class Resamples : public testing::TestWithParam<ResampleRow>
-{};
-
-TEST_P(Resamples, ToTheSizeOfTheTarget)
+TEST(Resampling, GivesTheTargetsSize)
 {
-  const ResampleRow& row = GetParam();
-  const std::shared_ptr<PixelImage> source = ImageOf(row.source);
-  const std::shared_ptr<PixelImage> target = PixelImage::Create(row.width, row.height, row.channels);
-  ASSERT_FALSE(Resample(*source, *target, nullptr).HasError());
-  EXPECT_EQ(PixelText(*target), row.expected);
+  for (const ResampleRow& row : kResampled)
+  {
+    const std::shared_ptr<PixelImage> target = PixelImage::Create(row.width, row.height, row.channels);
+    ASSERT_FALSE(Resample(*ImageOf(row.source), *target, nullptr).HasError());
+    EXPECT_EQ(PixelText(*target), row.expected) << row.name;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, Resamples, testing::ValuesIn(kResampled), RowName());
 
 TEST(Resampling, LeavesPlainImagesPlain)
 {
   const std::pair<int, int> sizes[] = {{1, 1}, {3, 7}, {16, 16}, {33, 5}, {100, 1}, {1, 257}};
   for (const auto& [width, height] : sizes)
   {
+    const std::shared_ptr<PixelImage> source = PixelImage::Create(width, height, 4);
+    std::fill_n(source->GetRow(0), source->GetByteCount(), Byte(201));
     for (const auto& [newWidth, newHeight] : sizes)
     {
-      const std::shared_ptr<PixelImage> source = PixelImage::Create(width, height, 4);
-      std::fill_n(source->GetRow(0), source->GetByteCount(), Byte(201));
       const std::shared_ptr<PixelImage> target = PixelImage::Create(newWidth, newHeight, 4);
       ASSERT_FALSE(Resample(*source, *target, nullptr).HasError());
       EXPECT_EQ(std::count(target->GetRow(0), target->GetRow(0) + target->GetByteCount(), Byte(201)), target->GetByteCount())
