@@ -1,11 +1,16 @@
 // HeadlessHost as its users see it: how it starts a module and drives it, what a load reports, and what is refused with which words.
 
-#include "tests/host/servicesmodule.h"
+#include <functional>
+#include <new>
 
+#include "host/headlesshost.h"
 #include "plugin/module/hostconsole.h"
 #include "plugin/module/hostdialog.h"
 #include "plugin/module/hostdocument.h"
+#include "plugin/module/hostfile.h"
 #include "plugin/module/hostmaterial.h"
+#include "tests/host/servicesupport.h"
+#include "tests/support/sweep.h"
 
 namespace q7z::test
 {
@@ -14,6 +19,130 @@ namespace
 {
 
 using Calls = std::vector<std::string>;
+
+/// Its entry records the messages, registers a loader and answers as the test wants. One at a time.
+class FakeModule
+{
+public:
+  FakeModule()
+  {
+    _entries[0] = {"g_first"_s, ""_s, 1, &firstSwitch, 0};
+    _entries[1] = {"g_second"_s, ""_s, 1, &secondSwitch, 0};
+    hook.configVariables = _entries;
+    hook.configVariableCount = 2;
+    _current = this;
+  }
+
+  ModuleHooks Hooks() { return {Answer, &hook, &yield}; }
+  /// A host around it, with the shipped resources.
+  std::unique_ptr<HeadlessHost> Start(std::string& error, HostSettings settings = {})
+  {
+    if (settings.pluginPath.empty())
+      settings.pluginPath = "folder/fake.so";
+    settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
+    return HeadlessHost::CreateWithModule(settings, Hooks(), error);
+  }
+  template <typename Service>
+  Service* Find()
+  {
+    return static_cast<Service*>(hook.services->Find(Service::kId));
+  }
+  void Record(const char* call, const std::string& detail = "")
+  {
+    if (recordsCalls)
+      calls.push_back(call + detail);
+  }
+
+  Calls calls;  // messages, and what was called of the loader
+  bool recordsCalls = true;
+  int refusedMessage = 0;
+  bool makesInstances = true;
+  bool initSucceeds = true;
+  /// The work of a load: given the name and the loader's options. Its answer is what Load returns.
+  std::function<Int32(const HostFilename& name, HostContainer* options, String* error)> onLoad;
+
+  const HostTables* tables = nullptr;
+  std::string path;  // of the module, as told with the attach message
+  TarnoHook hook;
+  YieldFunction yield = nullptr;
+  bool firstSwitch = false;
+  bool secondSwitch = false;
+
+private:
+  static Int32 Answer(Int32 message, void* argument1, void* argument2, void* argument3);
+  bool Register();
+  static inline FakeModule* _current = nullptr;
+  ConfigVariableEntry _entries[2];
+};
+
+class FakeLoader final : public HostSceneLoader
+{
+public:
+  explicit FakeLoader(FakeModule& module) : _module(module) {}
+  ~FakeLoader() override { _module.Record("~loader"); }
+  Bool Init(HostNode* node) noexcept override
+  {
+    _module.Record("init");
+    HostContainer* const options = _module.tables->node->GetContainer(node);
+    return _module.initSucceeds && _module.tables->container->Set(options, 1, HostValue(Int32(11))) &&
+           _module.tables->container->Set(options, 2, HostValue(Int32(22)));
+  }
+  Bool GetDescription(HostNode*, HostDescription*, Int32&) noexcept override { return true; }
+  Bool GetEnabling(HostNode*, const HostDescId&) noexcept override { return true; }
+  Bool Identify(HostNode*, const HostFilename& name, const Byte* probe, Int32 probeSize) noexcept override
+  {
+    if (_module.recordsCalls)
+      _module.Record("identify ", std::string(reinterpret_cast<const char*>(probe), static_cast<size_t>(probeSize)));
+    return name.GetPath().GetView().ends_with(".gltf");
+  }
+  Int32 Load(HostNode* node, const HostFilename& name, HostDocument*, Int32 flags, String* error) noexcept override
+  {
+    _module.Record("load ", std::to_string(flags));
+    HostContainer* const options = _module.tables->node->GetContainer(node);
+    return _module.onLoad ? _module.onLoad(name, options, error) : 0;
+  }
+
+private:
+  FakeModule& _module;
+};
+
+bool FakeModule::Register()
+{
+  HostRegistrationTable& registration = *tables->registration;
+  const String name = tables->resource->GetString(10000);
+  const HostPluginRecord loader = {kSceneLoaderKind,
+                                   1060210,
+                                   name,
+                                   0,
+                                   "fgltfimporter"_s,
+                                   String(),
+                                   []() -> HostPluginInstance*
+                                   { return _current->makesInstances ? new (std::nothrow) FakeLoader(*_current) : nullptr; }};
+  return registration.RegisterDescription(loader.id, loader.description) && registration.RegisterPlugin(loader);
+}
+
+Int32 FakeModule::Answer(Int32 message, void* argument1, void* argument2, void* argument3)
+{
+  FakeModule& self = *_current;
+  self.calls.push_back(std::to_string(message));
+  if (message == self.refusedMessage)
+    return message == kStartMessage ? 0 : -1;
+  if (message == kAttachMessage)
+  {
+    // What must stand before the first message.
+    EXPECT_TRUE(self.hook.services);
+    self.tables = static_cast<const HostTables*>(argument1);
+    self.path = static_cast<const HostFilename*>(argument3)->GetPath().GetView();
+  }
+  if (message == kResourceMessage)
+  {
+    EXPECT_EQ(reinterpret_cast<std::intptr_t>(argument1), 1);
+    if (!self.tables->resource->Load())
+      return -1;
+    static_cast<HostResourceRecord*>(argument2)->pointer = nullptr;
+  }
+  return message == kStartMessage ? self.Register() : 1;
+}
 
 class HostFacade : public testing::Test
 {
@@ -270,6 +399,51 @@ TEST_F(HostFacade, TakesLoadersAndSaversThatCanBeMade)
     EXPECT_EQ(registration.RegisterPlugin(record), accepted) << kind;
   }
   EXPECT_FALSE(registration.RegisterCommand(1, "name"_s, 0, nullptr, "help"_s, nullptr));
+}
+
+TEST_F(HostFacade, StartsNotOrWhollyWithoutMemory)
+{
+  module.calls.reserve(16);
+  HostSettings settings;
+  settings.pluginPath = "folder/fake.so";
+  settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
+  std::string error;
+  SweepAllocations([&] { host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error); },
+                   [&](bool failed)
+                   {
+                     EXPECT_EQ(host == nullptr, failed);
+                     EXPECT_EQ(error.empty(), !failed);
+                     host.reset();
+                     EXPECT_TRUE(module.calls.empty() || module.calls.back() == "3");
+                     module.calls.clear();
+                     error.clear();
+                   });
+}
+
+TEST_F(HostFacade, TellsByTheStatusThatALoadFoundNoMemory)
+{
+  module.calls.reserve(2000);
+  module.recordsCalls = false;
+  Start();
+  DataDictionary event;
+  ASSERT_FALSE(event.Set(DataKey("error"), "none"_s).HasError());
+  module.onLoad = [&](const HostFilename& name, HostContainer*, String*)
+  {
+    // A file that is refused, with its warning; what is lost of it is told.
+    EXPECT_FALSE(module.tables->file->Exists(HostFilename("/etc/passwd"_s)));
+    name.GetBackgroundJob()->AddStage(1, "a stage with a title that needs memory"_s);
+    return module.Find<HostUsageReport>()->Send("event"_s, event).HasError() ? -1 : 0;
+  };
+  LoadRequest request;
+  request.path = folder.Write("a.gltf", "");
+  LoadReport report;
+  SweepAllocations(
+    [&]
+    {
+      HeadlessJob unseen;
+      report = host->Load(request, *document, unseen);
+    },
+    [&](bool failed) { EXPECT_TRUE(report.status == "none" || (failed && report.status == "out_of_memory")) << report.status; });
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include "host/services/headlessjob.h"
 #include "host/services/headlessjobs.h"
 #include "host/services/headlessjson.h"
-#include "tests/host/servicesmodule.h"
+#include "tests/host/servicesupport.h"
 #include "tests/support/sweep.h"
 
 namespace q7z::test
@@ -111,58 +111,6 @@ TEST(OutOfMemory, TemporaryFolderNeverThrows)
     },
     [&](bool) { EXPECT_TRUE(!base.HasError() || base.GetError().GetClass() == ErrorClass::kOutOfMemory) << ErrorText(base); });
   unsetenv("TMPDIR");
-}
-
-TEST(OutOfMemory, FacadeStartsNotOrWholly)
-{
-  FakeModule module;
-  module.calls.reserve(16);
-  HostSettings settings;
-  settings.pluginPath = "folder/fake.so";
-  settings.resourceFolder = Q7Z_TEST_SOURCE_DIR "/plugin/resources";
-  std::string error;
-  std::unique_ptr<HeadlessHost> host;
-  SweepAllocations([&] { host = HeadlessHost::CreateWithModule(settings, module.Hooks(), error); },
-                   [&](bool failed)
-                   {
-                     EXPECT_EQ(host == nullptr, failed);
-                     EXPECT_EQ(error.empty(), !failed);
-                     host.reset();
-                     EXPECT_TRUE(module.calls.empty() || module.calls.back() == "3");
-                     module.calls.clear();
-                     error.clear();
-                   });
-}
-
-TEST(OutOfMemory, LoadTellsItByTheStatus)
-{
-  TestFolder folder;
-  FakeModule module;
-  module.calls.reserve(2000);
-  module.recordsCalls = false;
-  std::string error;
-  const std::unique_ptr<HeadlessHost> host = module.Start(error);
-  ASSERT_TRUE(host) << error;
-  HeadlessOwner<HeadlessDocument> document = host->NewDocument();
-  DataDictionary event;
-  ASSERT_FALSE(event.Set(DataKey("error"), "none"_s).HasError());
-  module.onLoad = [&](const HostFilename& name, HostContainer*, String*)
-  {
-    // A file that is refused, with its warning; what is lost of it is told.
-    EXPECT_FALSE(module.tables->file->Exists(HostFilename("/etc/passwd"_s)));
-    name.GetBackgroundJob()->AddStage(1, "a stage with a title that needs memory"_s);
-    return module.Find<HostUsageReport>()->Send("event"_s, event).HasError() ? -1 : 0;
-  };
-  LoadRequest request;
-  request.path = folder.Write("a.gltf", "");
-  LoadReport report;
-  SweepAllocations(
-    [&]
-    {
-      HeadlessJob job;
-      report = host->Load(request, *document, job);
-    },
-    [&](bool failed) { EXPECT_TRUE(report.status == "none" || (failed && report.status == "out_of_memory")) << report.status; });
 }
 
 TEST(OutOfMemory, JobTellsThatMessagesWereLost)

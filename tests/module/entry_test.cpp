@@ -6,11 +6,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/platform/platform.h"
 #include "plugin/module/configvariables.h"
-#include "tests/module/fakehost.h"
-#include "tests/module/loadedmodule.h"
+#include "plugin/module/hostconsole.h"
+#include "plugin/module/hostregistration.h"
+#include "plugin/module/hostservices.h"
+#include "tests/framework/text.h"
 #include "tests/support/failingmemory.h"
 #include "tests/support/rowname.h"
+#include "tests/support/testfolder.h"
 
 namespace q7z::test
 {
@@ -19,6 +23,128 @@ namespace
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+
+// A host of the smallest kind: three tables that record what is asked of them, and pointers that nothing may follow for the rest.
+
+class RecordingRegistration final : public HostRegistrationTable
+{
+public:
+  Bool RegisterDescription(Int32 id, const String& description) noexcept override
+  {
+    calls.push_back("description " + std::to_string(id) + " " + Text(description));
+    return Answer();
+  }
+  Bool RegisterPlugin(const HostPluginRecord& record) noexcept override
+  {
+    calls.push_back("plugin " + std::to_string(record.kind) + " " + std::to_string(record.id) + " '" + Text(record.name) + "' " +
+                    std::to_string(record.infoFlags) + " '" + Text(record.description) + "' '" + Text(record.suffix) + "'");
+    factories.push_back(record.factory);
+    return Answer();
+  }
+  Bool RegisterCommand(Int32 id, const String& name, Int32 info, HostBitmap*, const String& help,
+                       HostCommand* command) noexcept override
+  {
+    calls.push_back("command " + std::to_string(id) + " '" + Text(name) + "' " + std::to_string(info) + " '" + Text(help) + "'");
+    const Bool taken = Answer();
+    if (taken)
+      delete command;  // it is the host's
+    return taken;
+  }
+
+  std::size_t refusedCall = SIZE_MAX;  // into calls
+  std::vector<std::string> calls;
+  std::vector<HostPluginFactory> factories;
+
+private:
+  Bool Answer() const noexcept { return calls.size() != refusedCall + 1; }
+};
+
+class RecordingResources final : public HostResourceTable
+{
+public:
+  Bool Load() noexcept override
+  {
+    ++loads;
+    return !broken;
+  }
+  String GetString(Int32 number) noexcept override { return number == 10000 ? "the name"_s : "another text"_s; }
+
+  Bool broken = false;
+  int loads = 0;
+};
+
+class RecordingConsole final : public HostConsoleTable
+{
+public:
+  struct Line
+  {
+    HostDiagnosticLevel level;
+    std::string text;
+    std::string file;
+    int line;
+  };
+  void Print(const String&) noexcept override {}
+  void Diagnostic(HostDiagnosticLevel level, const String& line, const Char* file, Int32 sourceLine) noexcept override
+  {
+    diagnostics.push_back({level, Text(line), file, sourceLine});
+  }
+
+  std::vector<Line> diagnostics;
+};
+
+struct FakeHost
+{
+  FakeHost() noexcept
+  {
+    tables.version = kMinimumHostVersion;
+    void** const pointers = reinterpret_cast<void**>(&tables);
+    for (int i = 1; i <= kHostTableCount; ++i)
+      pointers[i] = this;
+    tables.registration = &registration;
+    tables.resource = &resources;
+    tables.console = &console;
+  }
+
+  RecordingRegistration registration;
+  RecordingResources resources;
+  RecordingConsole console;
+  HostTables tables;
+};
+
+/// The built module, reached through its exported names alone. Each is a library of its own with fresh state, since it is loaded from
+/// a copy of the file.
+class LoadedModule
+{
+public:
+  LoadedModule()
+  {
+    const std::string name = std::string("io_gltf") + kLibrarySuffix;
+    std::filesystem::copy_file(std::filesystem::path(Q7Z_TEST_BIN_DIR) / name, _folder / name);
+    const std::string failure = _library.Load(_folder / name);
+    if (!failure.empty())
+      throw std::runtime_error(failure);
+    _entry = reinterpret_cast<HostEntryFunction>(_library.Find("q7z_main"));
+    hook = static_cast<TarnoHook*>(_library.Find("g_tarno"));
+    yield = static_cast<YieldFunction*>(_library.Find("g_CpuYieldDelegate"));
+    if (!_entry || !hook || !yield)
+      throw std::runtime_error("the module lacks an export");
+  }
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+
+  Int32 Send(Int32 message, const void* argument1 = nullptr, void* argument2 = nullptr, const void* argument3 = nullptr)
+  {
+    return _entry(message, const_cast<void*>(argument1), argument2, const_cast<void*>(argument3));
+  }
+
+  TarnoHook* hook = nullptr;
+  YieldFunction* yield = nullptr;
+
+private:
+  TestFolder _folder;
+  PlatformLibrary _library;
+  HostEntryFunction _entry = nullptr;
+};
 
 const HostFilename kPath("/plugins/io_gltf.so"_s);
 

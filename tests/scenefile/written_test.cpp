@@ -58,21 +58,6 @@ TEST_F(WrittenScene, LinksLeadToWhatIsInTheDocumentAlone)
     EXPECT_EQ(*read->GetParameters().Find(id), found[id] ? MakeLink(found[id]) : HostValue::Link(nullptr)) << id;
 }
 
-TEST_F(WrittenScene, VectorsAndMatrixAreKeptAsTheyAre)
-{
-  HeadlessObject* const apart = Add(kNullObjectType);  // its vectors do not fit its matrix
-  apart->SetVectorsAndMatrix({}, {{1, 2, 3}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
-  HeadlessObject* const object = Add(kNullObjectType);
-  object->SetLocalMatrix({{1, 2, 3}, {0, 0, -2}, {0, 3, 0}, {4, 0, 0}});
-  const DocumentOwner document = Read(Write(*_document));
-  ASSERT_TRUE(document);
-  const HeadlessObject* const read = document->GetFirstObject();
-  EXPECT_EQ(read->GetVectors(), TransformVectors());
-  EXPECT_EQ(read->GetLocalMatrix(), apart->GetLocalMatrix());
-  EXPECT_EQ(read->GetNext()->GetVectors(), object->GetVectors());
-  EXPECT_EQ(read->GetNext()->GetLocalMatrix(), object->GetLocalMatrix());
-}
-
 // A weight tag outlives its joints; the weights of a joint that is gone still count.
 TEST_F(WrittenScene, JointThatIsGoneKeepsItsWeights)
 {
