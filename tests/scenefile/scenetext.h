@@ -30,8 +30,8 @@ std::string MakeText(std::string_view members);
 /// A document with the tags on a square of four points and two triangles, object 1.
 std::string MakeTagText(std::string_view tags);
 
-/// A document that holds every member there is, each at least once with a content that is not its default, in the form in which
-/// it is written.
+/// A document that holds every member there is, each at least once with a content that is not its default, in the order in which
+/// they are written.
 extern const std::string_view kEverything;
 
 /// The nodes that are alive.
