@@ -20,22 +20,19 @@ constexpr Float kOrderPoleLimit = 1e-14;
 // The host's rotations about one axis. Their rows are told; a HostMatrix holds columns.
 HostMatrix Rx(Float angle) noexcept
 {
-  const Float c = Cos(angle);
-  const Float s = Sin(angle);
+  const auto [s, c] = SinCos(angle);
   return {{}, {1, 0, 0}, {0, c, -s}, {0, s, c}};
 }
 
 HostMatrix Ry(Float angle) noexcept
 {
-  const Float c = Cos(angle);
-  const Float s = Sin(angle);
+  const auto [s, c] = SinCos(angle);
   return {{}, {c, 0, s}, {0, 1, 0}, {-s, 0, c}};
 }
 
 HostMatrix Rz(Float angle) noexcept
 {
-  const Float c = Cos(angle);
-  const Float s = Sin(angle);
+  const auto [s, c] = SinCos(angle);
   return {{}, {c, -s, 0}, {s, c, 0}, {0, 0, 1}};
 }
 
@@ -138,7 +135,8 @@ Vector MatrixToAngles(const HostMatrix& matrix, RotationOrder, Bool normalized) 
   if (heading < 0)
     heading += kTwoPi;
   const Float pitch = Atan(m.axisZ.y / t);
-  const Float bank = ClampedAcos(m.axisX.x * Cos(heading) + m.axisX.z * Sin(heading));
+  const auto [s, c] = SinCos(heading);
+  const Float bank = ClampedAcos(m.axisX.x * c + m.axisX.z * s);
   return {heading, pitch, m.axisX.y > 0 ? kTwoPi - bank : bank};
 }
 
@@ -161,8 +159,8 @@ Vector MatrixToAnglesInOrder(const HostMatrix& matrix, RotationOrder order) noex
   const Float first = cosine > kOrderPoleLimit ? Atan2(-sign * at(j, k), at(k, k)) : 0;
   // With the first turn taken off, row j is that of the last turn alone. So near a pole, where the first angle is uncertain, the
   // last makes up for its error.
-  const Float c = Cos(first);
-  const Float s = sign * Sin(first);
+  const auto [sine, c] = SinCos(first);
+  const Float s = sign * sine;
   const Float last = Atan2(sign * (c * at(j, i) + s * at(k, i)), c * at(j, j) + s * at(k, j));
   Vector angles;
   angles[axisOrder.angles[0]] = first;
@@ -175,12 +173,9 @@ Vector4 AnglesToQuaternion(const Vector& angles, Bool flipZ) noexcept
 {
   const Float a0 = flipZ ? -angles.x : angles.x;
   const Float a1 = flipZ ? -angles.y : angles.y;
-  const Float c0 = Cos(a0 / 2);
-  const Float s0 = Sin(a0 / 2);
-  const Float c1 = Cos(a1 / 2);
-  const Float s1 = Sin(a1 / 2);
-  const Float c2 = Cos(angles.z / 2);
-  const Float s2 = Sin(angles.z / 2);
+  const auto [s0, c0] = SinCos(a0 / 2);
+  const auto [s1, c1] = SinCos(a1 / 2);
+  const auto [s2, c2] = SinCos(angles.z / 2);
   const Float w = c2 * c0 * c1 - s2 * s0 * s1;
   const Float x = c2 * c0 * s1 - s2 * c1 * s0;
   const Float y = c2 * c1 * s0 + s2 * c0 * s1;

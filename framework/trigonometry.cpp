@@ -23,14 +23,6 @@ constexpr Float kTwoOverPi = 0x1.45f306dc9c883p-1;
 // pi / 2 is the sum of these to 160 bits.
 constexpr Float kHalfPiParts[] = {0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54, -0x1.f1976b7ed8fbcp-110};
 
-/// What is known of a result: to about 63 bits, or to about 90. The first is enough to round it, but for one in hundreds.
-enum class Effort
-{
-  kQuick,
-  kThorough,
-};
-constexpr Float kQuickError = 0x1p-62;
-
 /// 1 / n! for an n up to 22, of which n! is exact.
 constexpr DoubleDouble InverseFactorial(int n) noexcept
 {
@@ -50,10 +42,10 @@ constexpr std::array<DoubleDouble, kLastFactorial + 1> kInverseFactorials = []
 }();
 
 /// 1/first! - z/(first+2)! + z^2/(first+4)! - ..., for z up to (pi/4)^2. What stands far behind the point needs no second half.
-DoubleDouble AlternatingSeries(int first, const DoubleDouble& z, Effort effort) noexcept
+constexpr DoubleDouble AlternatingSeries(int first, const DoubleDouble& z) noexcept
 {
   const auto inverse = [](int n) { return kInverseFactorials[static_cast<size_t>(n)]; };
-  const int middle = first + (effort == Effort::kQuick ? 4 : 8);
+  const int middle = first + 8;
   Float tail = 0;
   for (int n = kLastFactorial - (kLastFactorial - first) % 2; n > middle; n -= 2)
     tail = inverse(n).high - z.high * tail;
@@ -63,38 +55,119 @@ DoubleDouble AlternatingSeries(int first, const DoubleDouble& z, Effort effort) 
   return sum;
 }
 
-/// The sine and the cosine of an angle that is finite.
-class Turn
+/// The sine and the cosine of one angle.
+struct Turn
+{
+  DoubleDouble sine;
+  DoubleDouble cosine;
+};
+
+constexpr Turn TurnedByQuarters(const Turn& turn, Int quarters) noexcept
+{
+  switch (quarters & 3)
+  {
+    case 1: return {turn.cosine, -turn.sine};
+    case 2: return {-turn.sine, -turn.cosine};
+    case 3: return {-turn.cosine, turn.sine};
+    default: return turn;
+  }
+}
+
+/// A finite angle as a number of quarter turns and what is left, an eighth of a turn at most.
+class Reduced
 {
 public:
-  Turn(Float angle, Effort effort) noexcept : _effort(effort)
+  explicit Reduced(Float angle) noexcept
+      : _near(std::abs(angle) < kLargestAngle ? angle : std::fmod(angle, 4 * kHalfPiParts[0])),
+        _count(std::floor(_near * kTwoOverPi + 0.5))
+  {}
+
+  Int GetQuarters() const noexcept { return static_cast<Int>(_count); }
+
+  /// To more than 100 bits.
+  DoubleDouble GetRest() const noexcept
   {
-    const Float near = std::abs(angle) < kLargestAngle ? angle : std::fmod(angle, 4 * kHalfPiParts[0]);
-    const Float count = std::floor(near * kTwoOverPi + 0.5);
-    _quarters = static_cast<Int>(count);
-    _rest = DoubleDouble(near);
-    for (int i = 0; i < 3 && count != 0; ++i)
-      _rest = _rest - Product(count, kHalfPiParts[i]);
-    _square = _rest * _rest;
+    DoubleDouble rest(_near);
+    for (int i = 0; i < 3 && _count != 0; ++i)
+      rest = rest - Product(_count, kHalfPiParts[i]);
+    return rest;
   }
 
-  DoubleDouble GetSine() const noexcept { return GetShifted(_quarters); }
-  DoubleDouble GetCosine() const noexcept { return GetShifted(_quarters + 1); }
+  /// To 70 bits, for a fraction of the price, where neither many quarter turns nor a short rest need more.
+  DoubleDouble GetRestQuickly() const noexcept
+  {
+    if (_count == 0)
+      return DoubleDouble(_near);
+    const DoubleDouble rest = Sum(_near - _count * kShortHalfPiParts[0], -_count * kShortHalfPiParts[1]);
+    if (std::abs(_count) > kLargestShortCount || std::abs(rest.high) < kSmallestQuickRest)
+      return GetRest();
+    return SumOfOrdered(rest.high, rest.low - _count * kShortHalfPiParts[2]);
+  }
 
 private:
-  /// The sine of the rest and so many quarter turns.
-  DoubleDouble GetShifted(Int quarters) const noexcept
-  {
-    const DoubleDouble value =
-      quarters & 1 ? AlternatingSeries(0, _square, _effort) : _rest * AlternatingSeries(1, _square, _effort);
-    return quarters & 2 ? -value : value;
-  }
+  // pi / 2 again, the first two parts short enough for exact products with such counts.
+  static constexpr Float kShortHalfPiParts[] = {0x1.921fb544p+0, 0x1.0b4611a6p-34, 0x1.3198a2e037073p-69};
+  static constexpr Float kLargestShortCount = 0x1p20;
+  static constexpr Float kSmallestQuickRest = 0x1p-16;
 
-  Effort _effort;
-  Int _quarters = 0;   // to the nearest number of them
-  DoubleDouble _rest;  // at most an eighth of a turn
-  DoubleDouble _square;
+  Float _near;
+  Float _count;
 };
+
+/// To about 90 bits.
+Turn ThoroughTurn(Float angle) noexcept
+{
+  const Reduced reduced(angle);
+  const DoubleDouble rest = reduced.GetRest();
+  const DoubleDouble square = rest * rest;
+  return TurnedByQuarters({rest * AlternatingSeries(1, square), AlternatingSeries(0, square)}, reduced.GetQuarters());
+}
+
+/// The turns by 0, 1/64, 2/64 and so on, to an eighth of a turn.
+constexpr Float kTurnsPerRadian = 64;
+constexpr size_t kTurnCount = 52;
+constexpr std::array<Turn, kTurnCount> kTurns = []
+{
+  std::array<Turn, kTurnCount> turns;
+  for (size_t i = 0; i < kTurnCount; ++i)
+  {
+    const DoubleDouble angle(static_cast<Float>(i) / kTurnsPerRadian);
+    const DoubleDouble square = angle * angle;
+    turns[i] = {angle * AlternatingSeries(1, square), AlternatingSeries(0, square)};
+  }
+  return turns;
+}();
+
+/// To about 66 bits, which is enough to round it, but for one in thousands: the next turn of the table, and from there a short way,
+/// of which only the way itself has two halves.
+Turn QuickTurn(Float angle) noexcept
+{
+  const Reduced reduced(angle);
+  DoubleDouble rest = reduced.GetRestQuickly();
+  const Float sign = std::copysign(1.0, rest.high);
+  rest = {rest.high * sign, rest.low * sign};
+  const Float index = std::floor(rest.high * kTurnsPerRadian + 0.5);
+  const Turn& start = kTurns[static_cast<size_t>(index)];
+  const DoubleDouble way = SumOfOrdered(rest.high - index / kTurnsPerRadian, rest.low);
+
+  constexpr Float k3 = kInverseFactorials[3].high, k4 = kInverseFactorials[4].high, k5 = kInverseFactorials[5].high;
+  constexpr Float k6 = kInverseFactorials[6].high, k7 = kInverseFactorials[7].high, k8 = kInverseFactorials[8].high;
+  const Float square = way.high * way.high;
+  // The sine of the way is the way and this; its cosine is 1 and that.
+  const Float ofSine = way.low - way.high * square * (k3 - square * (k5 - square * k7));
+  const Float ofCosine = -square * (0.5 - square * (k4 - square * (k6 - square * k8))) - way.high * way.low;
+
+  // from + onto * sine(way) + from * (cosine(way) - 1)
+  const auto moved = [&](const DoubleDouble& from, const DoubleDouble& onto)
+  {
+    const DoubleDouble aside = Product(onto.high, way.high);
+    const DoubleDouble sum = Sum(from.high, aside.high);
+    return SumOfOrdered(sum.high,
+                        sum.low + (aside.low + from.low + (onto.low * way.high + onto.high * ofSine) + from.high * ofCosine));
+  };
+  const Turn turn = {moved(start.sine, start.cosine), moved(start.cosine, -start.sine)};
+  return TurnedByQuarters({{turn.sine.high * sign, turn.sine.low * sign}, turn.cosine}, reduced.GetQuarters());
+}
 
 /// The square root of a value above 0.
 DoubleDouble SquareRoot(const DoubleDouble& value) noexcept
@@ -103,15 +176,26 @@ DoubleDouble SquareRoot(const DoubleDouble& value) noexcept
   return DoubleDouble(near) + Quotient(value - Product(near, near), DoubleDouble(2 * near));
 }
 
-/// compute(effort) rounded, thoroughly computed if what is missing in a quick one could matter.
-template <typename Compute>
-Float RoundOnce(const Compute& compute) noexcept
+// What a result of a quick turn may be wrong by, against its size. Where the arc sine and the arc cosine are steep, they
+// make more of it.
+constexpr Float kQuickError = 0x1p-62;
+constexpr Float kQuickSteepError = 0x1p-59;
+
+/// What rounds once all that a quick value may be, or the thorough value.
+template <typename Thorough>
+Float RoundedOnce(const DoubleDouble& quick, Float quickError, const Thorough& thorough) noexcept
 {
-  const DoubleDouble quick = compute(Effort::kQuick);
-  const Float error = std::abs(quick.high) * kQuickError;
+  const Float error = std::abs(quick.high) * quickError;
   const Float below = quick.high + (quick.low - error);
   const Float above = quick.high + (quick.low + error);
-  return below == above ? below : compute(Effort::kThorough).Round();
+  return below == above ? below : thorough().Round();
+}
+
+/// compute(turn by the angle) rounded, thoroughly computed if what is missing in a quick one could matter.
+template <typename Compute>
+Float RoundOnce(Float angle, Float quickError, const Compute& compute) noexcept
+{
+  return RoundedOnce(compute(QuickTurn(angle)), quickError, [&] { return compute(ThoroughTurn(angle)); });
 }
 
 }  // namespace
@@ -120,26 +204,30 @@ Float Sin(Float angle) noexcept
 {
   if (!std::isfinite(angle) || std::abs(angle) < kSmallestAngle)
     return std::isfinite(angle) ? angle : std::sin(angle);
-  return RoundOnce([&](Effort effort) { return Turn(angle, effort).GetSine(); });
+  return RoundOnce(angle, kQuickError, [](const Turn& turn) { return turn.sine; });
 }
 
 Float Cos(Float angle) noexcept
 {
   if (!std::isfinite(angle))
     return std::cos(angle);
-  return RoundOnce([&](Effort effort) { return Turn(angle, effort).GetCosine(); });
+  return RoundOnce(angle, kQuickError, [](const Turn& turn) { return turn.cosine; });
+}
+
+SineAndCosine SinCos(Float angle) noexcept
+{
+  if (!std::isfinite(angle) || std::abs(angle) < kSmallestAngle)
+    return {Sin(angle), Cos(angle)};
+  const Turn turn = QuickTurn(angle);
+  return {RoundedOnce(turn.sine, kQuickError, [&] { return ThoroughTurn(angle).sine; }),
+          RoundedOnce(turn.cosine, kQuickError, [&] { return ThoroughTurn(angle).cosine; })};
 }
 
 Float Tan(Float angle) noexcept
 {
   if (!std::isfinite(angle) || std::abs(angle) < kSmallestAngle)
     return std::isfinite(angle) ? angle : std::tan(angle);
-  return RoundOnce(
-    [&](Effort effort)
-    {
-      const Turn turn(angle, effort);
-      return Quotient(turn.GetSine(), turn.GetCosine());
-    });
+  return RoundOnce(angle, kQuickError, [](const Turn& turn) { return Quotient(turn.sine, turn.cosine); });
 }
 
 // The inverse functions start from the C library's angle, and add what its own sine and cosine say is missing: a step of Newton's,
@@ -150,12 +238,12 @@ Float Asin(Float value) noexcept
   const Float near = std::asin(value);
   if (!(std::abs(value) < 1) || near == 0)
     return near;
-  return RoundOnce(
-    [&](Effort effort)
-    {
-      const Turn turn(near, effort);
-      return DoubleDouble(near) + Quotient(DoubleDouble(value) - turn.GetSine(), turn.GetCosine());
-    });
+  return RoundOnce(near, kQuickSteepError,
+                   [&](const Turn& turn)
+                   {
+                     const DoubleDouble missing = DoubleDouble(value) - turn.sine;
+                     return DoubleDouble(near) + DoubleDouble(missing.high / turn.cosine.high);
+                   });
 }
 
 Float Acos(Float value) noexcept
@@ -164,18 +252,21 @@ Float Acos(Float value) noexcept
   const Float near = std::acos(value);
   if (!(std::abs(value) < 1))
     return near;
-  return RoundOnce(
-    [&](Effort effort)
-    {
-      // Of a small angle the cosine tells little; half of it has a sine of the square root of this.
-      const Turn turn(value > kHalf ? near / 2 : near, effort);
-      const DoubleDouble sine = turn.GetSine();
-      const DoubleDouble cosine = turn.GetCosine();
-      if (value <= kHalf)
-        return DoubleDouble(near) + Quotient(cosine - DoubleDouble(value), sine);
-      const DoubleDouble missing = SquareRoot(DoubleDouble((1 - value) / 2)) - sine;
-      return DoubleDouble(near) + Quotient(DoubleDouble(2) * missing, cosine);
-    });
+  if (value <= kHalf)
+    return RoundOnce(near, kQuickSteepError,
+                     [&](const Turn& turn)
+                     {
+                       const DoubleDouble missing = turn.cosine - DoubleDouble(value);
+                       return DoubleDouble(near) + DoubleDouble(missing.high / turn.sine.high);
+                     });
+  // Of a small angle the cosine tells little; half of it has a sine of this square root.
+  const DoubleDouble sineOfHalf = SquareRoot(DoubleDouble((1 - value) / 2));
+  return RoundOnce(near / 2, kQuickError,
+                   [&](const Turn& turn)
+                   {
+                     const DoubleDouble missing = sineOfHalf - turn.sine;
+                     return DoubleDouble(near) + DoubleDouble(2 * missing.high / turn.cosine.high);
+                   });
 }
 
 Float Atan(Float value) noexcept
@@ -189,15 +280,12 @@ Float Atan2(Float y, Float x) noexcept
   const Float largest = std::max(std::abs(y), std::abs(x));
   if (near == 0 || !(largest > kSmallestLength && largest < 1 / kSmallestLength))
     return near;
-  return RoundOnce(
-    [&](Effort effort)
-    {
-      const Turn turn(near, effort);
-      const DoubleDouble sine = turn.GetSine();
-      const DoubleDouble cosine = turn.GetCosine();
-      const DoubleDouble aside = cosine * DoubleDouble(y) - sine * DoubleDouble(x);
-      return DoubleDouble(near) + DoubleDouble(aside.high / (cosine.high * x + sine.high * y));
-    });
+  return RoundOnce(near, kQuickError,
+                   [&](const Turn& turn)
+                   {
+                     const DoubleDouble aside = turn.cosine * DoubleDouble(y) - turn.sine * DoubleDouble(x);
+                     return DoubleDouble(near) + DoubleDouble(aside.high / (turn.cosine.high * x + turn.sine.high * y));
+                   });
 }
 
 Float Hypot(Float x, Float y) noexcept

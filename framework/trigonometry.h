@@ -13,6 +13,14 @@ Float Sin(Float angle) noexcept;
 Float Cos(Float angle) noexcept;
 Float Tan(Float angle) noexcept;
 
+struct SineAndCosine
+{
+  Float sine;
+  Float cosine;
+};
+/// Both for little more than the price of one.
+SineAndCosine SinCos(Float angle) noexcept;
+
 /// @param value  from -1 to 1.
 Float Asin(Float value) noexcept;
 Float Acos(Float value) noexcept;

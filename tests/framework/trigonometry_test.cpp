@@ -39,6 +39,8 @@ TEST(Trigonometry, RoundsOnce)
     EXPECT_EQ(Sin(row.angle), row.sine) << row.angle;
     EXPECT_EQ(Cos(row.angle), row.cosine) << row.angle;
     EXPECT_EQ(Tan(row.angle), row.tangent) << row.angle;
+    EXPECT_EQ(SinCos(row.angle).sine, row.sine) << row.angle;
+    EXPECT_EQ(SinCos(row.angle).cosine, row.cosine) << row.angle;
   }
 }
 
