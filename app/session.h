@@ -22,6 +22,8 @@ public:
   explicit Session(const Arguments& arguments);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
+  /// The document stays: the process ends behind its session, which gives all memory back at once.
+  ~Session();
 
   /// Starts the plug-in alone. @return the exit code so far; what failed has been said on stderr.
   int StartHost();

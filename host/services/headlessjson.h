@@ -19,6 +19,10 @@ public:
 /// strings of the result keep alive.
 Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noexcept;
 
+/// The byteLength of the one buffer that a glTF file's JSON declares: 0 for no buffers, -1 for anything else. Builds nothing of the
+/// rest. text as for ParseJson.
+Result<Int> ReadBufferLength(const Char* text, Int byteCount) noexcept;
+
 /// Bytes that must be readable behind a text that is parsed.
 inline constexpr Int kJsonPadding = 64;
 

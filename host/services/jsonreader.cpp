@@ -267,7 +267,34 @@ Result<Data> ParseText(std::string_view text, StringBlock* block, JsonPayloads* 
   return error ? MakeParseError(error) : DocumentBuilder(block, payloads).Build(root);
 }
 
+Int FindBufferLength(const dom::element& root) noexcept
+{
+  dom::object members;
+  dom::array buffers;
+  if (root.get(members) != simdjson::SUCCESS)
+    return -1;
+  const simdjson::simdjson_result<dom::element> found = members["buffers"];
+  if (found.error() == simdjson::NO_SUCH_FIELD)
+    return 0;
+  int64_t length = -1;
+  const bool isOne = found.get(buffers) == simdjson::SUCCESS && buffers.size() == 1;
+  return isOne && buffers.at(0)["byteLength"].get(length) == simdjson::SUCCESS ? length : -1;
+}
+
 }  // namespace
+
+Result<Int> ReadBufferLength(const Char* text, Int byteCount) noexcept
+{
+  dom::parser parser;
+  dom::element root;
+  const size_t length = static_cast<size_t>(byteCount);
+  simdjson::error_code error = parser.allocate(std::max<size_t>(length, 64), kDeepestJson + 1);
+  if (!error)
+    error = parser.parse(text, length, false).get(root);
+  if (error)
+    return MakeParseError(error);
+  return FindBufferLength(root);
+}
 
 Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noexcept
 {

@@ -110,7 +110,14 @@ const BoundCase kBoundCases[] = {
       {"id": 3, "type": 5612, "on": true, "limit": true, "angle": 1.0},
       {"id": 4, "type": 5673, "polygons": [[0,0]]}]}, {"id": 5, "type": 5103}]}])",
    true},
-  {"Instance", R"("objects": [{"id": 1, )" TRIANGLE R"(}, {"id": 2, "type": 5126, "reference": 1}])", false},
+  {"Instance", R"("objects": [{"id": 1, )" TRIANGLE R"(}, {"id": 2, "type": 5126, "reference": 1}])", true},
+  {"InstanceOfNothing", R"("objects": [{"id": 1, "type": 5126}])", false},
+  {"InstanceOfGroup", R"("objects": [{"id": 1, )" TRIANGLE R"(, "children": [{"id": 2, "type": 5140}]},
+      {"id": 3, "type": 5126, "reference": 1}])",
+   false},
+  {"InstanceOfInstance", R"("objects": [{"id": 1, )" TRIANGLE R"(}, {"id": 2, "type": 5126, "reference": 1},
+      {"id": 3, "type": 5126, "reference": 2}])",
+   false},
   {"Texture", R"("objects": [{"id": 1, )" TRIANGLE R"(, "tags": [{"id": 2, "type": 5616, "material": null}]}])", false},
   {"Material", R"("materials": [{"id": 1, "type": 5703, "name": "M", "channels": {}}])", false},
   {"Morphs", R"("objects": [{"id": 1, )" TRIANGLE R"(, "tags": [{"id": 2, "type": 1024237, "morphs": []}]}])", false},
@@ -123,14 +130,18 @@ const BoundCase kBoundCases[] = {
 #undef TRIANGLE
 INSTANTIATE_TEST_SUITE_P(Rows, GlbBound, testing::ValuesIn(kBoundCases), RowName());
 
-// A polygon takes up to 312 bytes, so that 4,000,000 of them are more than the quarter of 4 GiB that counts as far below.
-TEST(GlbBoundOfPolygons, EndsAtAQuarter)
+// A polygon takes up to 312 bytes, so that 11,000,000 of them are more than the three quarters of 4 GiB that count as far below.
+TEST(GlbBoundOfPolygons, EndsAtThreeQuarters)
 {
   HeadlessOwner<HeadlessDocument> document(HeadlessDocument::Create());
-  for (const int polygons : {3000000, 1000000})
+  HeadlessPolygonObject* const mesh = HeadlessPolygonObject::Create(0, 1000000);
+  document->InsertObjectLast(mesh);
+  for (int count = 2; count <= 11; ++count)
   {
-    EXPECT_TRUE(app::IsFarBelowGlbLimit(*document)) << polygons;
-    document->InsertObjectLast(HeadlessPolygonObject::Create(0, polygons));
+    EXPECT_TRUE(app::IsFarBelowGlbLimit(*document)) << count;
+    HeadlessObject* const instance = HeadlessObject::Create(kInstanceObjectType);
+    EXPECT_TRUE(instance->SetReference(mesh));
+    document->InsertObjectLast(instance);
   }
   EXPECT_FALSE(app::IsFarBelowGlbLimit(*document));
 }
