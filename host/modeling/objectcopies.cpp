@@ -77,13 +77,7 @@ Bool TakeAuxTag(const HeadlessObject& from, HeadlessObject& copy) noexcept
 /// Name, transform and visibility.
 Bool TakePlace(const HeadlessObject& from, HeadlessObject& copy) noexcept
 {
-  if (!copy.SetName(from.GetName()) || !copy.SetBase(from.GetBase()))
-    return false;
-  copy.SetRotationOrder(from.GetRotationOrder());
-  copy.SetVectorsAndMatrix(from.GetVectors(), from.GetLocalMatrix());
-  for (const Int32 selector : {kEditorVisibility, kRenderVisibility})
-    copy.SetVisibility(selector, from.GetVisibility(selector));
-  return true;
+  return copy.SetName(from.GetName()) && copy.CopyPlaceFrom(from);
 }
 
 /// All but pose morph tags, which are nothing without points.

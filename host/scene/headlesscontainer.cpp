@@ -140,7 +140,7 @@ Bool HeadlessContainer::SetSmallInt(const HostDescId& id, const HostValue& value
 {
   const Int32 slot = FindSlot(value);
   const Bool isOurs = HasSmallInt() && _smallIntId == id[0].id;
-  if (slot < 0 || id.GetDepth() != 1 || (HasSmallInt() && !isOurs) || FindEntry(id))
+  if (slot < 0 || id.GetDepth() != 1 || (HasSmallInt() && !isOurs) || (_entries && FindEntry(id)))
     return false;
   _smallIntId = id[0].id;
   _smallIntSlot = slot;

@@ -90,6 +90,21 @@ Bool HeadlessObject::SetBase(const BaseTransform& base) noexcept
   return true;
 }
 
+Bool HeadlessObject::CopyPlaceFrom(const HeadlessObject& other) noexcept
+{
+  std::unique_ptr<BaseTransform> base(other._base ? new (std::nothrow) BaseTransform(*other._base) : nullptr);
+  if (other._base && !base)
+    return false;
+  _base = std::move(base);
+  _matrix = other._matrix;
+  _vectors = other._vectors;
+  _vectorsFollow = other._vectorsFollow;
+  _rotationOrder = other._rotationOrder;
+  _editorMode = other._editorMode;
+  _renderMode = other._renderMode;
+  return true;
+}
+
 void HeadlessObject::SetRotationOrder(RotationOrder order) noexcept
 {
   const TransformVectors vectors = GetVectors();
@@ -233,17 +248,9 @@ Bool HeadlessObject::CopyObjectFrom(const HeadlessObject& other) noexcept
 {
   if (!CopyCommonFrom(other) || !CopyDataFrom(other))
     return false;
-  if (other._base && !SetBase(*other._base))
-    return false;
-  _matrix = other._matrix;
-  _vectors = other._vectors;
-  _vectorsFollow = other._vectorsFollow;
-  _rotationOrder = other._rotationOrder;
   _layer = other._layer;
   _reference = other._reference;
-  _editorMode = other._editorMode;
-  _renderMode = other._renderMode;
-  return true;
+  return CopyPlaceFrom(other);
 }
 
 HeadlessPolygonObject* HeadlessPolygonObject::Create(Int32 pointCount, Int32 polygonCount) noexcept

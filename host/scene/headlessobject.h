@@ -81,6 +81,8 @@ public:
   RotationOrder GetRotationOrder() const noexcept { return _rotationOrder; }
   /// The angles and the matrix stay; an order outside 0 to 6 counts as 6.
   void SetRotationOrder(RotationOrder order) noexcept;
+  /// Transform and visibility of another. @return false without memory.
+  Bool CopyPlaceFrom(const HeadlessObject& other) noexcept;
 
   /// The mode for selector 0 (editor) or 1 (render); 0 for any other selector.
   Int32 GetVisibility(Int32 selector) const noexcept;

@@ -120,12 +120,11 @@ Bool HeadlessCurve::Reserve(Int keyCount) noexcept
 }
 
 /// The place of the first key that is not before time; stands tells whether it is at that time.
-Int HeadlessCurve::FindPlace(const HostTime& time, Bool& stands) const noexcept
+Int HeadlessCurve::FindPlace(Float seconds, Bool& stands) const noexcept
 {
-  const Float seconds = time.GetSeconds();
   Int low = 0;
   Int high = _keys.GetCount();
-  if (high > 0 && _keys[high - 1]->_time.GetSeconds() < seconds)
+  if (_lastSeconds < seconds)
     low = high;  // keys mostly come in order
   while (low < high)
   {
@@ -157,15 +156,18 @@ HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
   for (Int i = count; i > place; --i)
     _keys[i] = _keys[i - 1];
   _keys[place] = key;
+  if (place == count)
+    _lastSeconds = time.GetSeconds();
   return key;
 }
 
 HeadlessKey* HeadlessCurve::AddKey(const HostTime& time, Int* index) noexcept
 {
-  if (!std::isfinite(time.GetSeconds()))
+  const Float seconds = time.GetSeconds();
+  if (!std::isfinite(seconds))
     return nullptr;
   Bool stands = false;
-  const Int place = FindPlace(time, stands);
+  const Int place = FindPlace(seconds, stands);
   HeadlessKey* const key = stands ? _keys[place] : InsertKey(place, time);
   if (key && index)
     *index = place;
@@ -229,21 +231,23 @@ Float HeadlessCurve::GetValue(const HostTime& time) const noexcept
 {
   if (_keys.IsEmpty())
     return 0;
+  const Float seconds = time.GetSeconds();
   Bool stands = false;
-  const Int place = FindPlace(time, stands);
+  const Int place = FindPlace(seconds, stands);
   if (stands || place == 0)
     return _keys[place]->GetValue();
   if (place == GetKeyCount())
     return _keys[place - 1]->GetValue();
-  return EvaluateSegment(*_keys[place - 1], *_keys[place], time.GetSeconds());
+  return EvaluateSegment(*_keys[place - 1], *_keys[place], seconds);
 }
 
 HeadlessKey* HeadlessCurve::AddKeyAdapted(const HostTime& time) noexcept
 {
-  if (!std::isfinite(time.GetSeconds()))
+  const Float seconds = time.GetSeconds();
+  if (!std::isfinite(seconds))
     return nullptr;
   Bool stands = false;
-  const Int place = FindPlace(time, stands);
+  const Int place = FindPlace(seconds, stands);
   if (stands)
     return _keys[place];
   if (place == 0 || place == GetKeyCount())
@@ -251,7 +255,7 @@ HeadlessKey* HeadlessCurve::AddKeyAdapted(const HostTime& time) noexcept
   const HeadlessKey& left = *_keys[place - 1];
   if (left.GetInterpolation() == InterpolationMode::Spline)
     return SplitSpline(place, time);
-  const Float value = EvaluateSegment(left, *_keys[place], time.GetSeconds());
+  const Float value = EvaluateSegment(left, *_keys[place], seconds);
   HeadlessKey* const key = InsertKey(place, time);
   if (key)
   {

@@ -126,7 +126,7 @@ public:
 
 private:
   struct Chunk;
-  Int FindPlace(const HostTime& time, Bool& stands) const noexcept;
+  Int FindPlace(Float seconds, Bool& stands) const noexcept;
   Bool AddChunk(Int capacity) noexcept;
   HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;
   HeadlessKey* SplitSpline(Int place, const HostTime& time) noexcept;
@@ -134,6 +134,7 @@ private:
 
   BaseArray<HeadlessKey*> _keys;  // in time order; the keys lie in _chunks
   Chunk* _chunks = nullptr;       // the newest first
+  Float _lastSeconds = 0;         // the last key's time
 };
 
 class HeadlessTrack : public HeadlessNode

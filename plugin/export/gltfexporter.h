@@ -46,6 +46,12 @@ private:
     BaseArray<Data> children;
   };
 
+  struct PointsHash
+  {
+    Int32 count;
+    UInt hash;
+  };
+
   GLTFExporter(const HostFilename& fileName, const ExportOptions& options) noexcept : _options(options), _fileName(fileName) {}
 
   // gltfexporter.cpp: the passes.
@@ -139,7 +145,7 @@ private:
   HashMap<HostObject*, NodeRecord> _objectNodes;                // under null the scene's root
   HashMap<HostObject*, Int32> _meshIndices;
   HashMap<HostObject*, HashMap<UInt, HostObject*>> _sourceCopies;  // by the hash of their points, the first of each
-  HashMap<HostObject*, UInt> _pointHashes;
+  HashMap<const Vector*, PointsHash> _pointHashes;
   SpinLock _progressLock;
 };
 

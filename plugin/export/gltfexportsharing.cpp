@@ -39,12 +39,14 @@ UInt HashPoints(const Vector* points, Int32 count) noexcept
 Result<UInt> GLTFExporter::PointHash(HostPolygonObject* op) noexcept
 {
   CHECK_STATE(op && op->GetType() == 5100);
-  if (const UInt* const known = _pointHashes.Find(op))
-    return *known;
   const Vector* const points = op->GetPointsR();
-  const UInt hash = points ? HashPoints(points, op->GetPointCount()) : 0;
+  const Int32 count = op->GetPointCount();
+  // Copies have the same points in memory, and nothing changes them while the file is made.
+  if (const PointsHash* const known = _pointHashes.Find(points); known && known->count == count)
+    return known->hash;
+  const UInt hash = points ? HashPoints(points, count) : 0;
   CHECK_STATE(hash);
-  RETURN_IF_ERROR(_pointHashes.Set(op, hash));
+  RETURN_IF_ERROR(_pointHashes.Set(points, PointsHash{count, hash}));
   return hash;
 }
 
