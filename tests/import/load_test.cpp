@@ -41,17 +41,14 @@ Bytes GlbHeader(uint32_t magic, uint32_t version, uint32_t length)
 }
 
 const IdentifyCase kIdentifyCases[] = {
-  {"TextBySuffix", "a/b.gltf", ToBytes("no JSON at all"), true},
   {"TextBySuffixInCapitals", "b.GLTF", {}, true},
   {"BinaryByContent", "a.dat", GlbHeader(0x46546C67, 2, 13), true},
   {"BinaryUnderTheTextSuffix", "a.gltf", GlbHeader(0x46546C67, 2, 13), true},
   {"SuffixOfTheBinaryFormAlone", "a.glb", ToBytes("{}"), false},
   {"OldVersion", "a.glb", GlbHeader(0x46546C67, 1, 13), false},
-  {"NewerVersion", "a.glb", GlbHeader(0x46546C67, 3, 13), false},
   {"TooShortByItsHeader", "a.glb", GlbHeader(0x46546C67, 2, 12), false},
   {"OtherMagic", "a.glb", GlbHeader(0x46546C68, 2, 13), false},
   {"HeaderCutShort", "a.glb", {0x67, 0x6C, 0x54, 0x46, 2, 0, 0, 0, 13, 0, 0}, false},
-  {"NoSuffix", "gltf", ToBytes("{}"), false},
 };
 
 class ImportIdentify : public ImportTest, public testing::WithParamInterface<IdentifyCase>
@@ -160,11 +157,9 @@ const StatusCase kStatusCases[] = {
   {"Success", R"({"scenes":[{}]})", "none", 0, ""},
   {"NoFile", nullptr, "io_error", 0, "The document is no plain file."},
   {"NoJson", "{", "unexpected_error", 10010, "JSON file couldn't be read"},
-  {"TextBehind", "{} {}", "unexpected_error", 10010, "JSON file couldn't be read"},
   {"EmptyObject", "{}", "unknown_error", 10021, CONDITION("jsonGLTF.IsPopulated()")},
   {"NodesNoArray", R"({"nodes":{}})", "unknown_error", 10021, kWalkFailed},
   {"NodeNoObject", R"({"nodes":[{},1]})", "unknown_error", 10021, kWalkFailed},
-  {"BuffersNull", R"({"buffers":null})", "unknown_error", 10021, kWalkFailed},
   {"NoSceneGroup", R"({"scenes":[{}]})", "unknown_error", 10021, CONDITION("sceneParent"), kNullObjectType},
   {"NoGroupForRoots", R"({"nodes":[{}]})", "out_of_memory", 10022, "Out of memory.", kNullObjectType},
   {"NoJoints", R"({"scenes":[{"nodes":[0]}],"nodes":[{}],"skins":[{"joints":[0]}]})", "out_of_memory", 10022, "Out of memory.",
@@ -250,25 +245,6 @@ TEST_F(ImportArguments, NothingIsDoneWithoutObjectsOrMaterials)
   EXPECT_EQ(Outline(), "Scene 0");
 }
 
-TEST_F(ImportArguments, MissingOnesEndTheLoad)
-{
-  const std::string file = _folder.Write("a.gltf", ToBytes(R"({"scenes":[{}]})"));
-  const HostFilename name("/a/b.GLB"_s);
-  DirectLoad load;
-  String error;
-  HostDocument* const document = Host().Document();
-  EXPECT_EQ(load.Loader().Load(nullptr, name, document, kLoadObjects, &error), 0);
-  EXPECT_STREQ(_event.status, "unknown_error");
-  EXPECT_EQ(std::string(error.GetView()), "Illegal state: Condition node && doc && error not fulfilled.");
-  EXPECT_EQ(load.Loader().Load(load.Node(), name, nullptr, kLoadObjects, &error), 0);
-  EXPECT_STREQ(_event.status, "unknown_error");
-  EXPECT_EQ(load.Loader().Load(load.Node(), name, document, kLoadObjects, nullptr), 0);
-  EXPECT_STREQ(_event.status, "unknown_error");
-  EXPECT_EQ(load.Loader().Load(load.Node(), HostFilename(), document, kLoadObjects, &error), 0);
-  EXPECT_STREQ(_event.status, "unknown_error");
-  EXPECT_EQ(_event.count, 4);
-}
-
 TEST_F(ImportTest, GeneratorAndCopyrightGoToTheDocumentUnlessItIsMerged)
 {
   const std::string file = R"({"asset":{"generator":"a maker","copyright":"(c) someone"},"scenes":[{}]})";
@@ -289,6 +265,29 @@ TEST_F(ImportTest, GeneratorAndCopyrightGoToTheDocumentUnlessItIsMerged)
   EXPECT_EQ(texts(), "a maker, (c) someone");
   EXPECT_EQ(Host().LoadText(R"({"scenes":[{}]})"), "none");
   EXPECT_EQ(texts(), ", ") << "a file without them clears them";
+}
+
+TEST_F(ImportArguments, MissingOnesEndTheLoad)
+{
+  DirectLoad load;
+  String error;
+  const struct
+  {
+    HostNode* node;
+    HostFilename name;
+    HostDocument* document;
+    String* error;
+  } rows[] = {{nullptr, HostFilename("/a/b.GLB"_s), Host().Document(), &error},
+              {load.Node(), HostFilename("/a/b.GLB"_s), nullptr, &error},
+              {load.Node(), HostFilename("/a/b.GLB"_s), Host().Document(), nullptr},
+              {load.Node(), HostFilename(), Host().Document(), &error}};
+  for (const auto& row : rows)
+  {
+    EXPECT_EQ(load.Loader().Load(row.node, row.name, row.document, kLoadObjects, row.error), 0);
+    EXPECT_STREQ(_event.status, "unknown_error");
+  }
+  EXPECT_EQ(std::string(error.GetView()), "Illegal state: Condition importer && fileUrl.IsPopulated() not fulfilled.");
+  EXPECT_EQ(_event.count, 4);
 }
 
 // Keeps every entry of the event as text.
@@ -364,7 +363,8 @@ TEST_F(ImportReport, IsSentWithoutWhatCannotBeHad)
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"file_id=", "error=unknown_error", "generator=", "details="}));
 }
 
-TEST_F(ImportReport, NamesTheFormThatWasIdentified)
+// Its form is the one that was identified; without a load the suffix tells it.
+TEST_F(ImportReport, NamesTheForm)
 {
   const Bytes glb = GlbBuilder().PaddedJson(R"({"scenes":[{}]})").File();
   const std::string file = _folder.Write("a.bin", glb);
@@ -372,21 +372,11 @@ TEST_F(ImportReport, NamesTheFormThatWasIdentified)
   ASSERT_TRUE(load.Identify(file, glb));
   EXPECT_EQ(load.Load(file, Host().Document()), 0);
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"extension=glb", "error=none"}));
-}
-
-TEST_F(ImportReport, TakesTheSuffixWhenThereWasNoLoad)
-{
-  DirectLoad load;
   String error;
-  load.Loader().Load(nullptr, HostFilename("/a/b.suffix"_s), Host().Document(), kLoadObjects, &error);
+  DirectLoad().Loader().Load(nullptr, HostFilename("/a/b.suffix"_s), Host().Document(), kLoadObjects, &error);
   EXPECT_THAT(_report.lines, testing::IsSupersetOf({"extension=suffix", "error=unknown_error"}));
-}
-
-TEST_F(DirectImport, NeedsNoReport)
-{
   Host().Host().ReplaceService(HostUsageReport::kId, nullptr);
-  EXPECT_EQ(DirectLoad().Load(_folder.Write("a.gltf", std::string_view(R"({"scenes":[{}]})")), Host().Document()), 0);
-  EXPECT_EQ(Outline(), "Scene 0");
+  EXPECT_EQ(load.Load(file, Host().Document()), 0) << "it is not needed";
 }
 
 TEST_F(ImportTest, ParserHashesAndPlacesAreNeeded)
@@ -443,8 +433,6 @@ TEST_P(ImportExtensions, AreReportedOrRefused)
 }
 
 const ExtensionsCase kExtensionsCases[] = {
-  {"UsedTwice", R"({"extensionsUsed":["A","B","A"]})", "A, B", nullptr,
-   R"({"id":"<A>","required":false},{"id":"<B>","required":false})"},
   {"RequiredOfNoneUsed", R"({"extensionsUsed":[],"extensionsRequired":["A"]})", nullptr, nullptr, ""},
   {"RequiredOnlyAndBroken", R"({"extensionsRequired":1,"scene":0})", nullptr, nullptr, ""},
   {"OtherRequired", R"({"extensionsUsed":["A"],"extensionsRequired":["B","a"]})", "A", nullptr,

@@ -1,7 +1,8 @@
-// Joints and skins: which objects joints replace, what is bound, and what is left outside the hierarchy.
+// Joints, skins and poses: what is bound, what is left outside the hierarchy, and what is hidden.
 
 #include "host/scene/conversion.h"
 #include "host/scene/headlessweighttag.h"
+#include "plugin/module/configvariables.h"
 #include "tests/import/importfixture.h"
 
 namespace q7z::test
@@ -9,52 +10,22 @@ namespace q7z::test
 namespace
 {
 
-const char* const kSkinnedTriangle =
-  R"("scenes":[{"nodes":[0,1]}],"skins":[{"joints":[1]}],"nodes":[{"name":"A","mesh":0,"skin":0},{"name":"J"}])";
-
-TEST_F(ImportTest, SkinsCanBeLeftOut)
-{
-  Host().Set(1014, false);
-  EXPECT_EQ(Load(kSkinnedTriangle, SomeMeshes()), "none");
-  EXPECT_EQ(Outline(), "Scene 0[A#, J]");
-}
-
-TEST_F(ImportTest, JointsWithoutGeometryStillStand)
-{
-  Host().Set(1004, false);
-  EXPECT_EQ(Load(kSkinnedTriangle, SomeMeshes()), "none");
-  EXPECT_EQ(Outline(), "Scene 0[A, J^]");
-}
-
-class ImportSharedSkin : public ImportTest
-{
-protected:
-  int CountLines(const std::string& text)
-  {
-    const auto& lines = Host().Diagnostics();
-    return static_cast<int>(std::ranges::count_if(lines,
-                                                  [&](const std::string& line) { return line.find(text) != std::string::npos; }));
-  }
-};
-
-TEST_F(ImportSharedSkin, LastPolygonObjectWins)
+TEST_F(ImportTest, LastPolygonObjectOnASkinWins)
 {
   EXPECT_EQ(Load(R"("scenes":[{"nodes":[0,1,2]}],"skins":[{"joints":[2]}],
                     "nodes":[{"name":"A","mesh":0,"skin":0},{"name":"B","mesh":3,"skin":0},{"name":"J"}])",
                  SomeMeshes()),
             "none");
   EXPECT_EQ(Outline(), "Scene 0[A#[~], B#, J^]");
-  EXPECT_EQ(CountLines("More than one node addresses same skin #0!"), 1);
+  EXPECT_THAT(Host().Diagnostics(), testing::Contains(testing::HasSubstr("More than one node addresses same skin #0!")).Times(1));
 }
 
-TEST_F(ImportSharedSkin, InstanceHasNoPolygonObject)
+TEST_F(ImportTest, VariableForbidsSkins)
 {
-  EXPECT_EQ(Load(R"("scenes":[{"nodes":[0,1,2]}],"skins":[{"joints":[2]}],
-                    "nodes":[{"name":"A","mesh":0,"skin":0},{"name":"B","mesh":0,"skin":0},{"name":"J"}])",
-                 SomeMeshes()),
-            "none");
-  EXPECT_EQ(Outline(), "Scene 0[A=B, B#[~], J^]");
-  EXPECT_EQ(CountLines("More than one node addresses same skin #0!"), 1);
+  g_gltfImporterNoSkin = true;
+  EXPECT_EQ(Load(R"("scenes":[{"nodes":[0]}],"skins":[{"joints":[0]}],"nodes":[{"name":"J"}])"), "none");
+  g_gltfImporterNoSkin = false;
+  EXPECT_EQ(Outline(), "Scene 0[J]");
 }
 
 // Refuses the mark of joints until told otherwise.
@@ -78,7 +49,7 @@ private:
   HostParameterTable* _base;
 };
 
-TEST_F(ImportSharedSkin, JointThatFailedServesTheNextVisit)
+TEST_F(ImportTest, JointThatFailedServesTheNextVisit)
 {
   RefusingParameters parameters(Host().Host().GetTables().parameter);
   parameters.refusals = 1;
@@ -165,12 +136,6 @@ TEST_F(ImportBinding, JointsAreBoundWhereTheirMatricesPutThem)
   ExpectThePlacesOfTheFile();
 }
 
-TEST_F(ImportBinding, WithoutMatricesTheNodesOwnPlacesAreBound)
-{
-  EXPECT_EQ(LoadSkin({}), "none");
-  EXPECT_EQ(BindMatrix(0).offset, (Vector{5, 5, -5}));
-}
-
 TEST_F(ImportBinding, JointListedTwiceComesBack)
 {
   EXPECT_EQ(LoadSkin(kTwoMatrices, "1,1"), "none");
@@ -190,6 +155,74 @@ TEST_F(ImportBinding, FailedBindPoseEndsTheLoad)
   Host().Host().GetTables().weight = &weights;
   EXPECT_EQ(LoadSkin(kTwoMatrices), "unknown_error");
   EXPECT_EQ(Outline(), "");
+}
+
+// Poses of morph targets: they are hidden and put on a layer.
+
+class NoLayers final : public HostLayerTable
+{
+public:
+  HostLayer* GetRoot(HostDocument*) noexcept override { return nullptr; }
+  HostLayer* Add(HostLayer*) noexcept override { return nullptr; }
+  Bool SetOnObject(HostObject*, HostLayer*) noexcept override { return false; }
+};
+
+class ImportMorphLayer : public ImportTest
+{
+protected:
+  std::string LoadTwoMeshes()
+  {
+    GltfJson file = SomeMeshes();
+    file.Add("meshes", R"({"primitives":[{"attributes":{"POSITION":0},"targets":[{"POSITION":0}]}]})");
+    return Load(R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","mesh":4},{"name":"B","mesh":5}])", file);
+  }
+  Int LayerCount() { return Host().Scene().GetLayerRoot().GetLayerCount(); }
+
+  // The names of all objects that are on the document's only layer, in the order of the walk.
+  std::string ObjectsOnTheLayer()
+  {
+    std::string names;
+    for (HeadlessObject* op = Host().Scene().GetFirstObject(); op; op = HeadlessDocument::GetNextInDocument(op))
+    {
+      if (op->GetLayer())
+      {
+        EXPECT_EQ(op->GetLayer(), Host().Scene().GetLayerRoot().GetLayer(0));
+        names += std::string(op->GetName().GetView()) + ", ";
+      }
+    }
+    return names;
+  }
+};
+
+const char* const kTwoPosedMeshes = "Scene 0[A#[Poses[Target 0#!, Target 1#!]], B#[Poses[Target 0#!]]]";
+
+TEST_F(ImportMorphLayer, OneLayerHoldsThePosesOfAllMeshes)
+{
+  EXPECT_EQ(LoadTwoMeshes(), "none");
+  EXPECT_EQ(Outline(), kTwoPosedMeshes);
+  ASSERT_EQ(LayerCount(), 1);
+  EXPECT_EQ(std::string(Host().Scene().GetLayerRoot().GetLayer(0)->GetName().GetView()), "Pose Morph Targets");
+  EXPECT_EQ(ObjectsOnTheLayer(), "Poses, Target 0, Target 1, Poses, Target 0, ");
+  EXPECT_EQ(LoadTwoMeshes(), "none");
+  EXPECT_EQ(LayerCount(), 2) << "every load makes one";
+}
+
+TEST_F(ImportMorphLayer, PosesAreHiddenWithoutALayer)
+{
+  Host().Set(1020, false);
+  EXPECT_EQ(LoadTwoMeshes(), "none");
+  EXPECT_EQ(Outline(), kTwoPosedMeshes);
+  EXPECT_EQ(LayerCount(), 0);
+}
+
+TEST_F(ImportMorphLayer, DocumentWithoutLayersFailsTheNode)
+{
+  NoLayers layers;
+  Host().Host().GetTables().layer = &layers;
+  EXPECT_EQ(LoadTwoMeshes(), "none");
+  EXPECT_EQ(Outline(), "Scene 0");
+  EXPECT_EQ(FailedNodes(), (std::vector<int>{1, 0}));
+  EXPECT_THAT(Host().Diagnostics(), testing::Contains(testing::HasSubstr("Illegal state: Condition rootLayer not fulfilled.")));
 }
 
 }  // namespace
