@@ -70,11 +70,6 @@ const SavedCase kSceneCases[] = {
       {"id": 2, "type": 431000045, "perPoint": true, "colors": [1,0,0,1, 0,1,0,0.5, 0,0,1,0]}]}])",
    {},
    {{"mesh 0 COLOR_0", "1 0 0 1 0 1 0 0.5 0 0 1 0"}, {"bufferViews/2/byteLength", "48"}, {"bufferViews/2/byteStride", "-"}}},
-  {"ColorsOfCorners",
-   R"("objects": [{"id": 1, "name": "T", )" TRIANGLE R"(, "tags": [
-      {"id": 2, "type": 431000045, "perPoint": false, "colors": [1,0,0,1, 0,1,0,0.5, 0,0,1,0, 9,9,9,9]}]}])",
-   {},
-   {{"mesh 0 COLOR_0", "1 0 0 1 0 1 0 0.5 0 0 1 0"}, {"bufferViews/1/byteStride", "28"}, {"bufferViews/2", "-"}}},
   {"Transform",
    R"("objects": [{"id": 1, "type": 5140, "name": "N", "position": [100,200,300], "rotation": [1.5707963267948966,0,0],
       "scale": [2,3,4], "children": [{"id": 2, "name": "T", )" TRIANGLE "}]}]",

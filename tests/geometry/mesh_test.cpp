@@ -123,18 +123,6 @@ TEST_F(Mesh, SplitPrimitivesAreMirroredObjectsOfTheirOwn)
   EXPECT_EQ(GetCorners(first, 5671, 0).a, (Vector{1, 1, 1})) << "UVs keep their direction";
 }
 
-TEST_F(Mesh, SignedNormalisedNormalsTurnTheirSign)
-{
-  GltfJson file;
-  const int normals = file.Numbers({127, 0, 0, -127, 0, 0, 0, -128, 127}, 5120, "VEC3", R"("normalized":true)");
-  const std::string primitive = AddPrimitive(file, kTriangle, Attribute("NORMAL", normals));
-  _host.Set(kFlipZ, false);
-  HostPolygonObject* const op = ToPoly(Load(MeshText(file, primitive)));
-  EXPECT_EQ(GetCorners(op, 5711, 0).a, (Vector{-1, 0, 0}));
-  EXPECT_EQ(GetCorners(op, 5711, 0).b, (Vector{1, 0, 0}));
-  EXPECT_EQ(GetCorners(op, 5711, 0).c, (Vector{0, 128.0 / 127.0, -1}));
-}
-
 struct ColorRow
 {
   const char* name;

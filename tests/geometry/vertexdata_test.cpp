@@ -86,17 +86,6 @@ const SharingRow kSharing[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Rows, VertexSharing, testing::ValuesIn(kSharing), RowName());
 
-TEST_F(VertexDataTest, CopyHasThePositionOfItsPointAndItsOwnValues)
-{
-  AddAll(_data, {{1, kUpward, {7, 8, 9}, {1, 2, 3, 4}}, {1, {1, 0, 0}, {4, 5, 6}, {5, 6, 7, 8}}});
-  EXPECT_EQ(_data.GetUV(1).GetValue(), (Vector32{7, 8, 9}));
-  EXPECT_EQ(_data.GetPosition(4).GetValue(), (Vector{1, 0, 0}));
-  EXPECT_EQ(_data.GetNormal(4).GetValue(), (Vector32{1, 0, 0}));
-  EXPECT_EQ(_data.GetUV(4).GetValue(), (Vector32{4, 5, 6}));
-  EXPECT_EQ(_data.GetPolygonColor(4).GetValue(), (VertexColor{5, 6, 7, 8}));
-  EXPECT_EQ(_data.TakeHostPoints()[4], 1);
-}
-
 TEST(VertexData, ColorsCountForNothingWhereNoneAreKept)
 {
   VertexData data;
@@ -108,42 +97,12 @@ TEST(VertexData, ColorsCountForNothingWhereNoneAreKept)
   EXPECT_EQ(data.GetPolygonColors().GetCount(), 0);
 }
 
-TEST_F(VertexDataTest, AddedVertexBelongsToNoPoint)
-{
-  EXPECT_EQ(_data.AddVertex({5, 6, 7}, kUpward, {}, {}).GetValue(), 4);
-  EXPECT_EQ(_data.GetPosition(4).GetValue(), (Vector{5, 6, 7}));
-  EXPECT_EQ(AddAll(_data, {{4}}), std::vector<Int32>{-1});
-  EXPECT_EQ(_data.TakeHostPoints()[4], -1);
-}
-
-TEST_F(VertexDataTest, LaterOfEqualVerticesIsFoundAmongMany)
-{
-  std::vector<Corner> corners = {{1}};
-  for (int i = 0; i < 2; ++i)
-  {
-    for (int number = 0; number < 40; ++number)
-      corners.push_back(NumberedCorner(number + 1));
-  }
-  AddAll(_data, corners, true);
-  EXPECT_EQ(_data.GetVertexCount(), 84);
-  // The second run of numbers stands behind the four points and the first run.
-  EXPECT_EQ(AddAll(_data, {NumberedCorner(1), NumberedCorner(40), {1}}), (std::vector<Int32>{44, 83, 1}));
-}
-
 TEST_F(VertexDataTest, ManyCopiesOfOnePointAreFound)
 {
   constexpr int kCount = 200000;  // looking through all of them for each would not end in time
   for (int i = 0; i < 2 * kCount; ++i)
     ASSERT_EQ(AddAll(_data, {NumberedCorner(i % kCount)})[0], i % kCount == 0 ? 1 : i % kCount + 3);
   EXPECT_EQ(AddAll(_data, {{1, {-0.0f, -0.0f, 1}, {5, -0.0f, -0.0f}, {-0.0f, 0, 0, 1}}}), std::vector<Int32>{8});
-}
-
-TEST_F(VertexDataTest, ManyCopiesOfTwoPointsStayApart)
-{
-  for (int number = 0; number < 50; ++number)
-    AddAll(_data, {NumberedCorner(number), {2, kUpward, {static_cast<Float32>(number), 0, 0}, {}}});
-  // Two points of the four hold the first number each; the copies take turns.
-  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUpward, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
 }
 
 constexpr const char* kEarly = "Illegal state: Condition _isInitialized not fulfilled. ";

@@ -60,6 +60,8 @@ std::string ToText(const Data& value)
 
 std::string FormatNumber(double value)
 {
+  if (std::isnan(value))
+    return "nan";
   char text[32];
   std::snprintf(text, sizeof(text), "%.7g", value + 0.0);  // -0 as 0
   return text;
