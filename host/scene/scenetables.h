@@ -13,10 +13,11 @@ namespace q7z
 
 struct HeadlessSceneState;
 
-class SceneDocumentTable final : public HostDocumentTable
+class SceneDocumentTable : public HostDocumentTable
 {
 public:
   explicit SceneDocumentTable(HeadlessSceneState& state) noexcept : _state(state) {}
+  virtual ~SceneDocumentTable() = default;
   HostDocument* Clone(const HostDocument* document, Int32 flags) noexcept override;
   void InsertObject(HostDocument* document, HostObject* object, HostObject* parent, HostObject* predecessor) noexcept override;
   void InsertMaterial(HostDocument* document, HostMaterial* material) noexcept override;

@@ -56,10 +56,6 @@ const SavedCase kTrackCases[] = {
                                                                                    R"(, "keys": [)" KEY(1, 100.0) "]}]"),
    {},
    {{"accessor 2", "0 1 3"}, {"accessor 3", "0 1 0 1 1 0 3 1 0"}, {"animations/0/samplers/0/interpolation", "\"LINEAR\""}}},
-  {"KeyBehindTheEnd",
-   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(5, 500.0) "]}]"),
-   {},
-   {{"accessor 2", "0 3"}, {"accessor 3", "0 0 0 3 0 0"}}},
   {"LateStart",
    Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]",
           R"("parameters": {"1002": {"time": [2, 1]}},)"),
@@ -119,10 +115,6 @@ const SavedCase kTrackCases[] = {
       {"time": [3, 1], "value": 1.5707963267948966, "interpolation": 1}]}])"),
    {},
    {{"animations/0/samplers/0/interpolation", "\"LINEAR\""}, {"accessors/3/count", "2"}}},
-  {"NotWanted",
-   Tracks(R"("tracks": [{)" X_TRACK R"(, "keys": [)" KEY(0, 0.0) "," KEY(3, 300.0) "]}]"),
-   {{kExportTransformAnimationParameter, false}},
-   {{"animations", "-"}, {"nodes/0/translation", "[0.0,0.0,-0.0]"}}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Tracks, SavedScene, testing::ValuesIn(kTrackCases), RowName());

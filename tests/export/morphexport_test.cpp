@@ -60,11 +60,6 @@ const SavedCase kMorphCases[] = {
     {"bufferViews/2", R"({"buffer":0,"byteOffset":44,"byteLength":36,"target":34962})"},
     {"bufferViews/3/byteOffset", "80"},
     {"buffers/0/byteLength", "116"}}},
-  {"TwoPosesInOneBuffer",
-   Mesh(Posed(kBase + ", " + kLift + ", " + kSlide)),
-   {{kFileFormatParameter, kGlbFormat}},
-   // A tag without a strength of its own counts as a whole.
-   {{"meshes/0/weights", "[0.5,0.0]"}, {"accessor 3", "0 0 0 2 0 0 0 0 -0.5"}, {"buffers", R"([{"byteLength":116}])"}}},
   {"WithoutMirror",
    Mesh(Posed(kBase + ", " + kLift)),
    {{kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
@@ -111,13 +106,6 @@ const SavedCase kMorphCases[] = {
     {"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0 1 1 0 0 1 0 1 0 0"},
     {"meshes/0/primitives/0/targets", R"([{"POSITION":3}])"},
     {"accessor 3", "0 0 0 0 0 -1 0 0 0 0 0 0 0 0 0 0 0 -1"}}},
-  {"UnusedPointsStay",
-   Mesh(R"("type": 5100, "points": [9,9,9, 0,0,0, 100,0,0, 0,100,0], "polygons": [1,2,3,3], "tags": [)" +
-        PoseTag(R"({"name": "Default", "points": [9,9,9, 0,0,0, 100,0,0, 0,100,0]},
-                {"name": "Lift", "points": [9,9,9, 0,0,100, 100,0,0, 0,100,0]})") +
-        "]"),
-   {},
-   {{"mesh 0 POSITION", "0.09 0.09 -0.09 0 0 0 1 0 0 0 1 0"}, {"accessor 2", "0 0 0 0 0 -1 0 0 0 0 0 0"}}},
   {"PointTrack",
    Mesh(kTriangle + ", " + PointTrack({kStill, kLifted, "0,0,0, 100,0,0, 0,100,-100"})),
    {},
@@ -133,10 +121,6 @@ const SavedCase kMorphCases[] = {
    {{"meshes/0/extras", R"({"targetNames":["curve0","curve1","curve2"]})"},
     {"meshes/0/primitives/0/targets", R"([{"POSITION":2},{},{"POSITION":3}])"},
     {"bufferViews/4/buffer", "1"}}},  // of the animation: the target without positions has no view
-  {"PosesComeBeforeThePointTrack",
-   Mesh(Posed(kBase + ", " + kLift) + ", " + PointTrack({kStill, kLifted})),
-   {},
-   {{"meshes/0/extras", R"({"targetNames":["Lift"]})"}}},
   {"PointTrackBesideABasePose",
    Mesh(Posed(kBase) + ", " + PointTrack({kStill, kLifted})),
    {},

@@ -8,10 +8,10 @@
 
 #include "framework/check.h"
 #include "host/scene/scenediagnostics.h"
+#include "host/services/headlessdialogs.h"
 #include "plugin/export/gltfpreprocessor.h"
 #include "plugin/export/gltfprogress.h"
 #include "plugin/module/hostconsole.h"
-#include "plugin/module/hostdialog.h"
 #include "plugin/module/hostfile.h"
 #include "plugin/module/hostservices.h"
 #include "tests/support/failingmemory.h"
@@ -302,74 +302,61 @@ public:
   Result<Url> GetBaseFolder() noexcept override { return Url(); }
 };
 
-struct StatusCase
+TEST_F(SaveFaults, StatusFollowsTheErrorsClass)
 {
-  const char* name;
-  ErrorClass errorClass;
-  Int32 status;
-};
-
-class SaveStatus : public SaveFaults, public testing::WithParamInterface<StatusCase>
-{};
-
-TEST_P(SaveStatus, FollowsTheErrorsClass)
-{
+  const std::pair<ErrorClass, Int32> rows[] = {{ErrorClass::kIllegalState, -6},
+                                               {ErrorClass::kIllegalArgument, -6},
+                                               {ErrorClass::kNullPtr, -100},
+                                               {ErrorClass::kOutOfMemory, -7},
+                                               {ErrorClass::kIo, -100},
+                                               {ErrorClass::kUnexpected, -100},
+                                               {ErrorClass::kUnsupportedOperation, -100},
+                                               {ErrorClass::kFunctionNotImplemented, -100},
+                                               {ErrorClass::kOperationCancelled, -8}};
   UseForm(kGltfFormat);
   FaultyUrls urls;
-  urls.errorClass = GetParam().errorClass;
   Host().ReplaceService(HostUrlService::kId, static_cast<HostUrlService*>(&urls));
-  EXPECT_EQ(Save(), GetParam().status);
-  EXPECT_EQ(_report.error, "The file could not be saved: No room left.");
-  EXPECT_FALSE(_hasFile);
+  for (const auto& [errorClass, status] : rows)
+  {
+    urls.errorClass = errorClass;
+    EXPECT_EQ(Save(), status);
+    EXPECT_EQ(_report.error, "The file could not be saved: No room left.");
+    EXPECT_FALSE(_hasFile);
+  }
 }
 
-const StatusCase kStatusCases[] = {
-  {"IllegalState", ErrorClass::kIllegalState, -6},
-  {"IllegalArgument", ErrorClass::kIllegalArgument, -6},
-  {"NullPtr", ErrorClass::kNullPtr, -100},
-  {"OutOfMemory", ErrorClass::kOutOfMemory, -7},
-  {"Io", ErrorClass::kIo, -100},
-  {"Unexpected", ErrorClass::kUnexpected, -100},
-  {"UnsupportedOperation", ErrorClass::kUnsupportedOperation, -100},
-  {"FunctionNotImplemented", ErrorClass::kFunctionNotImplemented, -100},
-  {"OperationCancelled", ErrorClass::kOperationCancelled, -8},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, SaveStatus, testing::ValuesIn(kStatusCases), RowName());
-
-struct MissingCase
+TEST(SaveWithoutService, FailsOnlyWhenItIsNeeded)
 {
-  const char* name;
-  const char* id;
-  Int32 format;
-  const char* message;  // null when the save does without
-};
-
-class SaveWithoutService : public SaveFaults, public testing::WithParamInterface<MissingCase>
-{};
-
-TEST_P(SaveWithoutService, FailsOnlyWhenItIsNeeded)
-{
-  UseForm(GetParam().format);
-  const std::string good = SaveWell();
-  Host().ReplaceService(GetParam().id, nullptr);
-  EXPECT_EQ(Save(), GetParam().message ? -100 : 0);
-  EXPECT_EQ(_bytes, GetParam().message ? "" : good);
-  EXPECT_EQ(_report.error, GetParam().message ? std::string("The file could not be saved: ") + GetParam().message : "");
+  const struct
+  {
+    const char* id;
+    Int32 format;
+    const char* message;  // empty when the save does without
+  } rows[] = {{HostJson::kId, kGltfFormat, "The host offers no JSON writer."},
+              {HostJson::kId, kGlbFormat, "The host offers no JSON writer."},
+              {HostBase64Encoder::kId, kGltfFormat, "The host offers no base64 encoder."},
+              {HostBase64Encoder::kId, kGlbFormat, ""},
+              {HostUrlService::kId, kGltfFormat, "The host offers no file access by location."},
+              {HostUrlService::kId, kGlbFormat, ""},
+              {HostJobs::kId, kGltfFormat, ""}};
+  for (const auto& row : rows)
+  {
+    TestHost host;
+    const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kScene));
+    const SaveFolder folder;
+    const Parameters parameters = {{kFileFormatParameter, row.format}};
+    ASSERT_EQ(folder.Save(host, *document, parameters).returnValue, 0);
+    const std::string good = folder.TakeBytes();
+    host.Host().ReplaceService(row.id, nullptr);
+    const SaveReport report = folder.Save(host, *document, parameters);
+    EXPECT_EQ(report.returnValue, *row.message ? -100 : 0);
+    EXPECT_EQ(folder.TakeBytes(), *row.message ? "" : good);
+    EXPECT_EQ(report.error, (*row.message ? "The file could not be saved: " : "") + std::string(row.message));
+  }
 }
-
-const MissingCase kMissingCases[] = {
-  {"JsonOfText", HostJson::kId, kGltfFormat, "The host offers no JSON writer."},
-  {"JsonOfBinary", HostJson::kId, kGlbFormat, "The host offers no JSON writer."},
-  {"Base64OfText", HostBase64Encoder::kId, kGltfFormat, "The host offers no base64 encoder."},
-  {"Base64OfBinary", HostBase64Encoder::kId, kGlbFormat, nullptr},
-  {"UrlsOfText", HostUrlService::kId, kGltfFormat, "The host offers no file access by location."},
-  {"UrlsOfBinary", HostUrlService::kId, kGlbFormat, nullptr},
-  {"Jobs", HostJobs::kId, kGltfFormat, nullptr},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, SaveWithoutService, testing::ValuesIn(kMissingCases), RowName());
 
 // A progress dialog without a thread, whose user cancels at the n-th question.
-class DirectDialogs final : public HostDialogTable
+class DirectDialogs final : public HeadlessDialogs
 {
 public:
   Bool mayShow = true;
@@ -380,7 +367,6 @@ public:
   int begun = 0;
   int ended = 0;
 
-  void ShowMessage(const String&) noexcept override {}
   Bool MayShowDialog() noexcept override { return mayShow; }
   void BeginBackgroundWork(Int32) noexcept override { ++begun; }
   void EndBackgroundWork() noexcept override { ++ended; }
@@ -391,27 +377,7 @@ public:
       *result = client->Run();
     return canOpen;
   }
-  void SetWorkerProgress(Float) noexcept override {}
   Bool IsWorkerCancelled() noexcept override { return ++questions == cancelAt; }
-  HostDialogBase* Alloc(HostDialogClient*) noexcept override { return nullptr; }
-  void Free(HostDialogBase*) noexcept override {}
-  Bool Open(HostDialogBase*, Int32, Int32, Int32, Int32, Int32, Int32) noexcept override { return false; }
-  Bool IsOpen(const HostDialogBase*) noexcept override { return false; }
-  Bool RestoreLayout(HostDialogBase*, Int32, void*) noexcept override { return false; }
-  void SetTitle(HostDialogBase*, const String&) noexcept override {}
-  Bool BeginMenu(HostDialogBase*, const String&) noexcept override { return false; }
-  Bool AddMenuItem(HostDialogBase*, Int32, const String&) noexcept override { return false; }
-  void EndMenu(HostDialogBase*) noexcept override {}
-  void SetMenuCheck(HostDialogBase*, Int32, Bool) noexcept override {}
-  Bool BeginGroup(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override { return false; }
-  void SetGroupBorderSpace(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override {}
-  void EndGroup(HostDialogBase*) noexcept override {}
-  Bool AddMultiLineText(HostDialogBase*, Int32, Int32, Int32, Int32) noexcept override { return false; }
-  void AddSeparator(HostDialogBase*) noexcept override {}
-  Bool GetText(HostDialogBase*, Int32, String&) noexcept override { return false; }
-  Bool SetText(HostDialogBase*, Int32, const String&) noexcept override { return false; }
-  Bool BaseCommand(HostDialogBase*, Int32) noexcept override { return false; }
-  Int BaseMessage(HostDialogBase*, Int32) noexcept override { return 0; }
 };
 
 class SaveDialog : public SaveFaults, public testing::WithParamInterface<Int32>
@@ -489,36 +455,28 @@ TEST(SaveProgress, NamesTheStages)
   EXPECT_DOUBLE_EQ(progress.lastProgress, 1);
 }
 
-struct DialogCase
-{
-  const char* name;
-  Bool mayShow;
-  Int32 flags;
-  int opened;
-};
-
-class SaveDialogChoice : public SaveFaults, public testing::WithParamInterface<DialogCase>
-{};
-
-TEST_P(SaveDialogChoice, TakesHostAndFlag)
+TEST_F(SaveFaults, DialogIsForHostAndFlagToAllow)
 {
   UseForm(kGlbFormat);
-  DirectDialogs dialogs;
-  dialogs.mayShow = GetParam().mayShow;
-  Tables().dialog = &dialogs;
-  Request().flags = GetParam().flags;
-  SaveWell();
-  EXPECT_EQ(dialogs.opened, GetParam().opened);
-  EXPECT_EQ(dialogs.begun, GetParam().opened);
-  EXPECT_EQ(dialogs.ended, 1);
-  EXPECT_EQ(dialogs.questions > 0, GetParam().opened > 0) << "only a dialog can be asked";
+  const struct
+  {
+    Bool mayShow;
+    Int32 flags;
+    int opened;
+  } rows[] = {{true, 1 | 8, 1}, {false, 1 | 8, 0}, {true, 1, 0}, {true, 1 | 2 | 4, 0}};
+  for (const auto& row : rows)
+  {
+    DirectDialogs dialogs;
+    dialogs.mayShow = row.mayShow;
+    Tables().dialog = &dialogs;
+    Request().flags = row.flags;
+    SaveWell();
+    EXPECT_EQ(dialogs.opened, row.opened) << row.flags;
+    EXPECT_EQ(dialogs.begun, row.opened);
+    EXPECT_EQ(dialogs.ended, 1);
+    EXPECT_EQ(dialogs.questions > 0, row.opened > 0) << "only a dialog can be asked";
+  }
 }
-
-const DialogCase kDialogCases[] = {{"Both", true, 1 | 8, 1},
-                                   {"FlagAlone", false, 1 | 8, 0},
-                                   {"HostAlone", true, 1, 0},
-                                   {"OtherFlags", true, 1 | 2 | 4, 0}};
-INSTANTIATE_TEST_SUITE_P(Rows, SaveDialogChoice, testing::ValuesIn(kDialogCases), RowName());
 
 }  // namespace
 }  // namespace q7z::test

@@ -57,36 +57,31 @@ TEST_F(Saver, ReadsMissingParametersAsDefaults)
   EXPECT_TRUE(options.shareMeshes);
 }
 
-struct EnablingCase
+TEST(SaverEnabling, FollowsTheOtherParameters)
 {
-  const char* name;
-  Parameters parameters;
-  Int32 parameter;
-  Bool enabled;
-};
-
-class SaverEnabling : public Saver, public testing::WithParamInterface<EnablingCase>
-{};
-
-TEST_P(SaverEnabling, Follows)
-{
-  for (const auto& [id, value] : GetParam().parameters)
-    ASSERT_TRUE(Options().Set(id, value));
-  EXPECT_EQ(_saver.GetEnabling(Node(), HostDescId(GetParam().parameter)), GetParam().enabled);
+  const struct
+  {
+    Parameters parameters;
+    Int32 parameter;
+    Bool enabled;
+  } rows[] = {{{}, 1023, true},
+              {{{1022, true}}, 1023, false},
+              {{{1022, false}}, 1023, true},
+              {{}, 1020, false},
+              {{{1014, true}}, 1020, true},
+              {{{1015, true}}, 1020, true},
+              {{{1019, true}}, 1020, true},
+              {{{1014, false}, {1015, false}, {1019, false}}, 1020, false},
+              {{}, 1001, true}};
+  const TestHost host;
+  for (const auto& row : rows)
+  {
+    HeadlessNode node(1041129);
+    for (const auto& [id, value] : row.parameters)
+      ASSERT_TRUE(ToHost(&node)->GetContainer()->Set(id, value));
+    EXPECT_EQ(GltfSceneSaver().GetEnabling(ToHost(&node), HostDescId(row.parameter)), row.enabled) << row.parameter;
+  }
 }
-
-const EnablingCase kEnablingCases[] = {
-  {"FrameWhenUnset", {}, 1023, true},
-  {"FrameOfTheCurrent", {{1022, true}}, 1023, false},
-  {"FrameChosen", {{1022, false}}, 1023, true},
-  {"BakingWhenUnset", {}, 1020, false},
-  {"BakingOfTransforms", {{1014, true}}, 1020, true},
-  {"BakingOfMorphs", {{1015, true}}, 1020, true},
-  {"BakingOfSkins", {{1019, true}}, 1020, true},
-  {"BakingOfNothing", {{1014, false}, {1015, false}, {1019, false}}, 1020, false},
-  {"AnyOther", {}, 1001, true},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, SaverEnabling, testing::ValuesIn(kEnablingCases), RowName());
 
 TEST_F(Saver, AnswersTheSuffixOfTheChosenForm)
 {
@@ -115,30 +110,6 @@ TEST_F(Saver, WritesNothingWithoutItsFlag)
   EXPECT_NE(stat(request.path.c_str(), &status), 0);
 }
 
-TEST_F(Saver, TellsWhyAFileCannotBeWritten)
-{
-  for (const int format : {kGltfFormat, kGlbFormat})
-  {
-    const HeadlessOwner<HeadlessDocument> document = ReadScene(SceneText(kSavedTriangle));
-    SaveRequest request;
-    request.path = "/tmp/q7z-no-such-folder/a.gltf";
-    request.parameters = {{kFileFormatParameter, HostValue(format)}};
-    const SaveReport report = _host.Host().Save(request, *document);
-    EXPECT_EQ(report.returnValue, format == kGlbFormat ? -6 : -100);
-    EXPECT_NE(report.writeFailure.find("No such file or directory"), std::string::npos) << report.writeFailure;
-  }
-}
-
-struct BinaryCase
-{
-  const char* name;
-  const char* members;
-  size_t binaryBytes;  // of the second chunk's data
-};
-
-class SaverBinary : public testing::TestWithParam<BinaryCase>
-{};
-
 uint32_t WordOf(const std::string& bytes, size_t offset)
 {
   uint32_t word = 0;
@@ -146,36 +117,34 @@ uint32_t WordOf(const std::string& bytes, size_t offset)
   return word;
 }
 
-TEST_P(SaverBinary, HasItsChunks)
+TEST(SaverBinary, HasItsChunks)
 {
-  const SavedFile file(SceneText(GetParam().members), {{kFileFormatParameter, HostValue(kGlbFormat)}});
-  ASSERT_EQ(file.Report().error, "");
-  const std::string& bytes = file.Bytes();
-  ASSERT_GE(bytes.size(), 20u);
-  EXPECT_EQ(bytes.substr(0, 4), "glTF");
-  EXPECT_EQ(WordOf(bytes, 4), 2u);
-  const uint32_t jsonLength = WordOf(bytes, 12);
-  EXPECT_EQ(bytes.substr(16, 4), "JSON");
-  EXPECT_EQ(jsonLength % 4, 0u);
-  // Without binary data the length still counts the header of its chunk.
-  EXPECT_EQ(WordOf(bytes, 8), 28 + jsonLength + GetParam().binaryBytes);
-  ASSERT_EQ(bytes.size(), 20 + jsonLength + (GetParam().binaryBytes ? 8 + GetParam().binaryBytes : 0));
-  if (GetParam().binaryBytes)
+  // Of a triangle three indices of two bytes, two blanks, three positions.
+  for (const size_t binaryBytes : {size_t(0), size_t(6 + 2 + 36)})
   {
-    EXPECT_EQ(WordOf(bytes, 20 + jsonLength), GetParam().binaryBytes);
-    EXPECT_EQ(bytes.substr(24 + jsonLength, 4), std::string("BIN\0", 4));
-    EXPECT_EQ(bytes.substr(28 + jsonLength + 6, 2), "  ");
+    const SavedFile file(SceneText(binaryBytes ? kSavedTriangle : R"("name": "nothing")"),
+                         {{kFileFormatParameter, HostValue(kGlbFormat)}});
+    ASSERT_EQ(file.Report().error, "");
+    const std::string& bytes = file.Bytes();
+    ASSERT_GE(bytes.size(), 20u);
+    EXPECT_EQ(bytes.substr(0, 4), "glTF");
+    EXPECT_EQ(WordOf(bytes, 4), 2u);
+    const uint32_t jsonLength = WordOf(bytes, 12);
+    EXPECT_EQ(bytes.substr(16, 4), "JSON");
+    EXPECT_EQ(jsonLength % 4, 0u);
+    // Without binary data the length still counts the header of its chunk.
+    EXPECT_EQ(WordOf(bytes, 8), 28 + jsonLength + binaryBytes);
+    ASSERT_EQ(bytes.size(), 20 + jsonLength + (binaryBytes ? 8 + binaryBytes : 0));
+    if (binaryBytes)
+    {
+      EXPECT_EQ(WordOf(bytes, 20 + jsonLength), binaryBytes);
+      EXPECT_EQ(bytes.substr(24 + jsonLength, 4), std::string("BIN\0", 4));
+      EXPECT_EQ(bytes.substr(28 + jsonLength + 6, 2), "  ");
+    }
+    EXPECT_EQ(file.At("buffers/0/uri"), "-");
+    EXPECT_EQ(file.At("buffers/0/byteLength"), binaryBytes ? std::to_string(binaryBytes) : "-");
   }
-  EXPECT_EQ(file.At("buffers/0/uri"), "-");
-  EXPECT_EQ(file.At("buffers/0/byteLength"), GetParam().binaryBytes ? std::to_string(GetParam().binaryBytes) : "-");
 }
-
-const BinaryCase kBinaryCases[] = {
-  {"NothingToSave", R"("name": "nothing")", 0},
-  // Three indices of two bytes, two blanks, three positions.
-  {"OneTriangle", kSavedTriangle, 6 + 2 + 36},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, SaverBinary, testing::ValuesIn(kBinaryCases), RowName());
 
 TEST_F(Saver, RunsOnAThreadAndStopsWhenAsked)
 {

@@ -13,10 +13,6 @@ namespace
 
 const SavedCase kSceneCases[] = {
   {"Empty", R"("name": "nothing")", {}, {{"", R"({"asset":{"version":"2.0"}})"}}},
-  {"HiddenAlone",
-   R"("objects": [{"id": 1, "name": "H", "editor": 1, "render": 1, )" TRIANGLE "}]",
-   {},
-   {{"", R"({"asset":{"version":"2.0"}})"}}},
   {"TextsOfTheDocument",
    R"("parameters": {"2000": "from an import", "2002": "somebody", "2007": "© nobody"})",
    {},
@@ -122,10 +118,6 @@ const SavedCase kSceneCases[] = {
    R"("objects": [{"id": 1, "name": "A", )" TRIANGLE R"(}, {"id": 2, "type": 5126, "name": "I", "reference": 1}])",
    {{kShareMeshesParameter, false}},
    {{"nodes/0/mesh", "0"}, {"nodes/1/mesh", "1"}}},
-  {"EqualObjectsDoNotShare",
-   R"("objects": [{"id": 1, "name": "A", )" TRIANGLE R"(}, {"id": 2, "name": "B", )" TRIANGLE "}]",
-   {},
-   {{"nodes/0/mesh", "0"}, {"nodes/1/mesh", "1"}}},
   {"NoPolygons",
    R"("objects": [{"id": 1, "type": 5100, "name": "P", "points": [0,0,0], "polygons": [], "children": [{"id": 2, "name": "C", )" TRIANGLE
    "}]}]",
@@ -136,21 +128,11 @@ const SavedCase kSceneCases[] = {
       "tags": [{"id": 2, "type": 5612, "on": true, "limit": true, "angle": 0.7}]}])",
    {},
    {{"mesh 0 NORMAL", "0 0 -1 0 0 -1 0 0 -1"}}},
-  {"FixedTransformUnderTheOwn",
-   R"("objects": [{"id": 1, "name": "T", "position": [0,100,0], "base": {"offset": [100,0,0], "axisX": [1,0,0], "axisY": [0,1,0],
-      "axisZ": [0,0,1]}, )" TRIANGLE "}]",
-   {},
-   {{"nodes/0/translation", "[1.0,1.0,-0.0]"}, {"nodes/0/scale", "[1.0,1.0,1.0]"}}},
   {"ChosenFrame",
    R"("objects": [{"id": 1, "name": "T", "tracks": [{"id": [[903,23,0],[1000,19,0]], "keys": [
       {"time": [0,1], "value": 0.0, "interpolation": 2}, {"time": [1,1], "value": 100.0, "interpolation": 2}]}], )" TRIANGLE "}]",
    {{kUseCurrentFrameParameter, false}, {kExportFrameParameter, 15}},
    {{"nodes/0/translation", "[0.5,0.0,-0.0]"}}},
-  {"TracksKeepTheIdentity",
-   R"("objects": [{"id": 1, "name": "T", "tracks": [{"id": [[903,23,0],[1000,19,0]], "keys": [
-      {"time": [0,1], "value": 0.0, "interpolation": 2}, {"time": [1,1], "value": 100.0, "interpolation": 2}]}], )" TRIANGLE "}]",
-   {},
-   {{"nodes/0/translation", "[0.0,0.0,-0.0]"}, {"nodes/0/rotation", "[0.0,0.0,0.0,-1.0]"}}},
   {"InstanceOfAGroup",
    R"("objects": [{"id": 1, "type": 5140, "name": "G", "position": [100,0,0], "children": [{"id": 2, "name": "A", )" TRIANGLE
    R"(}]},
@@ -200,21 +182,6 @@ const SavedCase kSceneCases[] = {
    {{"nodes/0", R"({"name":"N","children":[1]})"},
     {"nodes/1/translation", "[0.0,0.0,1.0]"},
     {"nodes/1/rotation", "[0.0,1.0,0.0,0.0]"}}},
-  {"SplitBySelections",
-   R"("materials": [{"id": 10, "type": 5703, "name": "Red", "channels": {}}, {"id": 11, "type": 5703, "name": "Blue", "channels": {}}],
-      "objects": [{"id": 1, "type": 5100, "name": "A", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0, 0,200,0],
-      "polygons": [0,1,2,2, 1,3,2,2, 2,3,4,4], "tags": [
-      {"id": 2, "type": 5673, "name": "s", "polygons": [[1,1]]},
-      {"id": 3, "type": 5616, "name": "t", "material": 11},
-      {"id": 4, "type": 5616, "name": "u", "material": 10, "parameters": {"1006": "s"}},
-      {"id": 5, "type": 5616, "name": "v", "material": 10, "parameters": {"1006": "none of these"}}]}])",
-   {},
-   // The rest leads the group; it keeps the tag without a selection.
-   {{"nodes/0", R"({"name":"A","children":[1,2]})"},
-    {"nodes/1/name", "\"A-Blue\""},
-    {"nodes/2/name", "\"A-Red\""},
-    {"mesh 0 indices", "4 3 2 2 1 0"},
-    {"mesh 1 POSITION", "1 0 0 0 1 0 1 1 0"}}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Scenes, SavedScene, testing::ValuesIn(kSceneCases), RowName());
