@@ -97,6 +97,21 @@ std::string WriteTracks(HeadlessNode* node)
   return text;
 }
 
+HeadlessObject* FindObject(HeadlessDocument& document, const std::string& name = "N")
+{
+  HeadlessObject* op = document.GetFirstObject();
+  while (op && op->GetName().GetView() != name)
+    op = HeadlessDocument::GetNextInDocument(op);
+  return op;
+}
+
+/// Those of the object, then those of its morphs.
+std::string WriteTracks(HeadlessDocument& document, const std::string& name = "N")
+{
+  HeadlessTag* const tag = FindObject(document, name)->FindTag(kPoseMorphTagType);
+  return WriteTracks(FindObject(document, name)) + (tag ? WriteTracks(tag) : "");
+}
+
 struct Channel
 {
   const char* path;
@@ -183,19 +198,8 @@ protected:
 
   std::string LoadFile(const AnimationFile& file) { return Host().LoadText(file.Text()); }
 
-  HeadlessObject* Object(const std::string& name = "N")
-  {
-    HeadlessObject* op = Host().Scene().GetFirstObject();
-    while (op && op->GetName().GetView() != name)
-      op = HeadlessDocument::GetNextInDocument(op);
-    return op;
-  }
-  /// Those of the object, then those of its morphs.
-  std::string Tracks(const std::string& name = "N")
-  {
-    HeadlessTag* const tag = Object(name)->FindTag(kPoseMorphTagType);
-    return WriteTracks(Object(name)) + (tag ? WriteTracks(tag) : "");
-  }
+  HeadlessObject* Object() { return FindObject(Host().Scene()); }
+  std::string Tracks(const std::string& name = "N") { return WriteTracks(Host().Scene(), name); }
   std::string TakeTracks(Int take, HeadlessNode* node)
   {
     HeadlessOverride* const over = Host().Scene().GetTakeData().GetTake(take)->FindOverride(node);
@@ -351,45 +355,58 @@ TEST_F(AnimationImport, NodesAndPathsDoNotMixAndTheLastOfEachCounts)
 
 // Options and the variable.
 
-TEST_F(AnimationImport, CleanTracksLeaveConstantSamplersOut)
+TEST(CleanTracks, LeaveConstantSamplersOut)
 {
-  Host().Set(kCleanTracksParameter, true);
-  AnimationFile file = MorphFile(2);
-  file.Animation("", {{"scale", "LINEAR", {0, 1}, {2, 2, 2, 2, 2, 2}},
-                      {"translation", "LINEAR", {0, 1}, {0, 0, 0, 1, 1, -1}},
-                      {"weights", "LINEAR", {0, 1}, {1, 2, 3, 2}}});
-  EXPECT_EQ(LoadFile(file), "none");
-  EXPECT_EQ(Tracks(), "pos L -33/1000=0 0=0 1=100\nweight.1 L -33/1000=0.25 0=1 1=3\n");
+  const struct
+  {
+    Channel channel;
+    const char* tracks;
+  } rows[] = {
+    {{"scale", "LINEAR", {0, 1}, {2, 2, 2, 2, 2, 2}}, ""},
+    {{"scale", "LINEAR", {0}, {2, 2, 2}}, ""},
+    {{"scale", "LINEAR", {0, 1}, {2, 2, -0.0F, 2, 2, 0}}, ""},
+    {{"scale", "LINEAR", {0, 1, 2}, {2, 2, 2, 2, 2, 2, 2, 2, 2.0000002F}}, "scale"},
+    {{"scale", "LINEAR", {0, 1}, {kNaN, 2, 2, kNaN, 2, 2}}, "scale"},
+    {{"rotation", "LINEAR", {0, 1}, {0, 0, 0, 1, 0, 0, 0, 2}}, "rot"},
+    {{"scale", "CUBICSPLINE", {0, 1}, {1, 1, 1, 2, 2, 2, 3, 3, 3, 1, 1, 1, 2, 2, 2, 3, 3, 3}}, ""},
+    {{"scale", "CUBICSPLINE", {0, 1}, {1, 1, 1, 2, 2, 2, 3, 3, 3, 0, 1, 1, 2, 2, 2, 3, 3, 3}}, "scale"},
+    {{"scale", "CUBICSPLINE", {0, 1}, {1, 1, 1, 2, 2, 2, 3, 3, 3, 1, 1, 1, 2, 2, 2, 3, 3, 0}}, "scale"},
+    {{"weights", "LINEAR", {0, 1}, {1, 2, 1, 3}}, "weight.2 L -33/1000=0.5 0=2 1=3\n"},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i)
+  {
+    TestHost host;
+    host.Set(kCleanTracksParameter, true);
+    EXPECT_EQ(host.LoadText(MorphFile(2).Animation("", {rows[i].channel}).Text()), "none");
+    const std::string tracks = WriteTracks(host.Scene());
+    EXPECT_TRUE(tracks.starts_with(rows[i].tracks) && tracks.empty() == !*rows[i].tracks) << i << ": " << tracks;
+  }
 }
 
-struct GateRow
+TEST(AnimationGate, DecidesWhatIsAnimated)
 {
-  const char* name;
-  std::vector<Int32> off;
-  const char* tracks;
-  HostTime end;
-};
-
-class AnimationGate : public AnimationImport, public testing::WithParamInterface<GateRow>
-{};
-
-TEST_P(AnimationGate, DecidesWhatIsAnimated)
-{
-  Host().Document()->SetParameter(1003, HostTime{7, 1});
-  for (const Int32 parameter : GetParam().off)
-    Host().Set(parameter, false);
-  EXPECT_EQ(LoadFile(MorphFile(1).Animation("", {kScaleToTwo, {"weights", "LINEAR", {0}, {1}}})), "none");
-  EXPECT_EQ(Tracks(), GetParam().tracks);
-  EXPECT_EQ(TimeParameter(1003), GetParam().end);
+  const struct
+  {
+    std::vector<Int32> off;
+    const char* tracks;
+    HostTime end;
+  } rows[] = {{{kAnimationTrsParameter}, "weight.1 L -33/1000=0.25 0=1\n", {1, 1}},
+              {{kAnimationMorphParameter}, "scale L -33/1000=1 0=1 1=2\n", {1, 1}},
+              {{kAnimationTrsParameter, kAnimationMorphParameter}, "", {7, 1}},
+              {{kAnimationTrsParameter, kGeometryParameter}, "", {7, 1}}};
+  for (const auto& row : rows)
+  {
+    TestHost host;
+    host.Document()->SetParameter(1003, HostTime{7, 1});
+    for (const Int32 parameter : row.off)
+      host.Set(parameter, false);
+    EXPECT_EQ(host.LoadText(MorphFile(1).Animation("", {kScaleToTwo, {"weights", "LINEAR", {0}, {1}}}).Text()), "none");
+    EXPECT_EQ(WriteTracks(host.Scene()), row.tracks);
+    HostValue end;
+    host.Document()->GetParameter(1003, end);
+    EXPECT_EQ(end.GetTime(), row.end);
+  }
 }
-
-const GateRow kGateRows[] = {
-  {"WithoutTransforms", {kAnimationTrsParameter}, "weight.1 L -33/1000=0.25 0=1\n", {1, 1}},
-  {"WithoutMorphs", {kAnimationMorphParameter}, "scale L -33/1000=1 0=1 1=2\n", {1, 1}},
-  {"WithoutBoth", {kAnimationTrsParameter, kAnimationMorphParameter}, "", {7, 1}},
-  {"MorphsWithoutGeometry", {kAnimationTrsParameter, kGeometryParameter}, "", {7, 1}},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, AnimationGate, testing::ValuesIn(kGateRows), RowName());
 
 TEST_F(AnimationImport, VariableBakesSplinesAtEveryFrame)
 {
@@ -420,53 +437,38 @@ TEST_F(AnimationImport, BakingBackwardRangesMakesNoKeys)
 
 // Ranges of the document.
 
-struct EndRow
+TEST_F(AnimationImport, LastKeyIsTheDocumentsEnd)
 {
-  const char* name;
-  float lastTime;
-  Int32 framesPerSecond;
-  HostTime end;
-};
-
-const EndRow kEndRows[] = {
-  {"LastKey", 2.5F, 30, {5, 2}},
-  {"AtLeastAFrame", 0, 30, {33, 1000}},
-  {"AtLeastAHundredthOfASecond", 0, 240, {1, 100}},
-  {"ThirtyFramesWithoutARate", 0, 0, {33, 1000}},
-};
-
-class AnimationEnd : public AnimationImport, public testing::WithParamInterface<EndRow>
-{};
-
-TEST_P(AnimationEnd, IsTheDocumentsEnd)
-{
-  Host().Document()->SetParameter(1001, GetParam().framesPerSecond);
-  Host().Document()->SetParameter(1002, HostTime{7, 1});
-  // What no channel uses does not count.
-  AnimationFile file;
-  const std::string unused = R"(],"samplers":[{"input":)" + std::to_string(file.Floats({99}, "SCALAR")) + R"(,"output":0}])";
-  file.Animation("", {{"scale", "LINEAR", {GetParam().lastTime}, {1, 1, 1}}}).RawAnimation(R"("channels":[)" + unused);
-  EXPECT_EQ(LoadFile(file), "none");
-  EXPECT_EQ(TimeParameter(1002), (HostTime{0, 1}));
-  EXPECT_EQ(TimeParameter(1003), GetParam().end);
-  EXPECT_EQ(TimeParameter(1004), (HostTime{0, 1}));
-  EXPECT_EQ(TimeParameter(1005), GetParam().end);
+  const struct
+  {
+    float lastTime;
+    Int32 framesPerSecond;
+    HostTime end;  // at least a frame, or a hundredth of a second; thirty frames without a rate
+  } rows[] = {{2.5F, 30, {5, 2}}, {0, 30, {33, 1000}}, {0, 240, {1, 100}}, {0, 0, {33, 1000}}};
+  for (const auto& row : rows)
+  {
+    Host().Document()->SetParameter(1001, row.framesPerSecond);
+    Host().Document()->SetParameter(1002, HostTime{7, 1});
+    // What no channel uses does not count.
+    AnimationFile file;
+    const std::string unused = R"(],"samplers":[{"input":)" + std::to_string(file.Floats({99}, "SCALAR")) + R"(,"output":0}])";
+    file.Animation("", {{"scale", "LINEAR", {row.lastTime}, {1, 1, 1}}}).RawAnimation(R"("channels":[)" + unused);
+    EXPECT_EQ(LoadFile(file), "none");
+    EXPECT_EQ(TimeParameter(1002), (HostTime{0, 1}));
+    EXPECT_EQ(TimeParameter(1003), row.end);
+    EXPECT_EQ(TimeParameter(1004), (HostTime{0, 1}));
+    EXPECT_EQ(TimeParameter(1005), row.end);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, AnimationEnd, testing::ValuesIn(kEndRows), RowName());
 
 // Takes.
 
-TEST_F(AnimationImport, OnlyAnimationNamesTheMainTake)
-{
-  EXPECT_EQ(LoadFile(AnimationFile().Animation("Walk", {kScaleToTwo})), "none");
-  EXPECT_THAT(TakeNames(), ElementsAre("Walk"));
-}
-
-TEST_F(AnimationImport, NamelessOnlyAnimationLeavesTheMainTakesName)
+TEST_F(AnimationImport, OnlyAnimationNamesTheMainTakeIfItHasAName)
 {
   EXPECT_EQ(LoadFile(AnimationFile().Animation("", {kScaleToTwo})), "none");
   EXPECT_THAT(TakeNames(), ElementsAre("Main"));
+  EXPECT_EQ(LoadFile(AnimationFile().Animation("Walk", {kScaleToTwo})), "none");
+  EXPECT_THAT(TakeNames(), ElementsAre("Walk"));
 }
 
 TEST_F(AnimationImport, SeveralAnimationsGetATakeEachAndNoRestKeys)
@@ -504,33 +506,21 @@ TEST_F(AnimationImport, FailedAnimationIsAWarningAndTheNextFollows)
   EXPECT_EQ(TakeTracks(3, Object()), "scale L 0=1 1=2\n");
 }
 
-struct FailureRow
+TEST_F(AnimationImport, MissingValuesAreAWarning)
 {
-  const char* name;
-  int targetCount;
-  std::vector<Channel> channels;
-  const char* tracks;
-};
-
-class AnimationFailure : public AnimationImport, public testing::WithParamInterface<FailureRow>
-{};
-
-TEST_P(AnimationFailure, IsAWarning)
-{
-  EXPECT_EQ(LoadFile(MorphFile(GetParam().targetCount).Animation("", GetParam().channels)), "none");
+  AnimationFile keys = MorphFile(1);
+  keys.Animation("", {{"translation", "LINEAR", {0}, {1, 1, -1}}, {"scale", "LINEAR", {0, 1}, {1, 1, 1}}});
+  EXPECT_EQ(LoadFile(keys), "none");
   EXPECT_THAT(Warnings(), ElementsAre(AnimationWarning(0)));
-  EXPECT_EQ(Tracks(), GetParam().tracks);
+  EXPECT_EQ(Tracks(), "pos L -33/1000=0 0=100\nscale -\n");
 }
 
-const FailureRow kFailureRows[] = {
-  {"KeysWithoutValues",
-   1,
-   {{"translation", "LINEAR", {0}, {1, 1, -1}}, {"scale", "LINEAR", {0, 1}, {1, 1, 1}}},
-   "pos L -33/1000=0 0=100\nscale -\n"},
-  {"TooFewWeights", 2, {{"weights", "LINEAR", {0, 1}, {1, 2, 3}}}, "weight.1 L -33/1000=0.25 0=1 1=3\nweight.2 -\n"},
-  {"NoTargets", 0, {{"weights", "LINEAR", {0, 1}, {1, 2, 3}}}, ""},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, AnimationFailure, testing::ValuesIn(kFailureRows), RowName());
+TEST_F(AnimationImport, MissingWeightsAreAWarning)
+{
+  EXPECT_EQ(LoadFile(MorphFile(2).Animation("", {{"weights", "LINEAR", {0, 1}, {1, 2, 3}}})), "none");
+  EXPECT_THAT(Warnings(), ElementsAre(AnimationWarning(0)));
+  EXPECT_EQ(Tracks(), "weight.1 L -33/1000=0.25 0=1 1=3\nweight.2 -\n");
+}
 
 TEST_F(AnimationImport, SamplerWithoutBoundsFailsTheWholeStage)
 {

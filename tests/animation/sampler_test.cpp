@@ -1,4 +1,4 @@
-// Samplers in time: their range, their value at any time, and whether they are constant.
+// Samplers: what refers to them, their range in time, and their value at any time.
 
 #include <algorithm>
 #include <cmath>
@@ -39,10 +39,10 @@ public:
 
   const GltfAnimationSampler& Sampler() const { return *_data.animations.Find(0)->samplers.Find(0); }
 
-  std::vector<double> Scalars(const std::vector<double>& times, const SamplerLayout& layout = {}) const
+  std::vector<double> Scalars(const std::vector<double>& times) const
   {
     BaseArray<Float> values;
-    message = ErrorText(ResampleScalar(Sampler(), MakeTimes(times), layout, values));
+    message = ErrorText(ResampleScalar(Sampler(), MakeTimes(times), {}, values));
     return ToVector(values);
   }
 
@@ -59,40 +59,71 @@ private:
   GltfData _data;
 };
 
-// Time ranges.
+// Of animations as they are resolved: the samplers of channels, and the time ranges of samplers.
 
-struct RangeRow
+TEST(AnimationReferences, AreFoundOrTellWhatIsMissing)
 {
-  const char* name;
-  const char* bounds;
-  const char* message;
-};
-
-class SamplerTimeRange : public testing::TestWithParam<RangeRow>
-{};
-
-// The keys themselves are not searched.
-TEST_P(SamplerTimeRange, ComesFromTheInputsBounds)
-{
-  const std::string accessor = R"(,"accessors":[{"bufferView":0,"count":2,"type":"SCALAR","componentType":)";
-  GltfData data = ReadRecords(R"({"buffers":[{"byteLength":8}],"bufferViews":[{"buffer":0,"byteLength":8}])" + accessor +
-                                GetParam().bounds + R"(}],"animations":[{"samplers":[{"input":0,"output":0}]}]})",
-                              Bytes(8));
-  ASSERT_EQ(ErrorText(data.animations.Find(0)->ResolveAnimation(&data)), "");
-  const Result<GltfTimeRange> range = GetSamplerTimeRange(*data.animations.Find(0)->samplers.Find(0));
-  EXPECT_EQ(ErrorText(range), GetParam().message);
-  EXPECT_TRUE(range.HasError() || (range.GetValue().minSeconds == -7 && range.GetValue().maxSeconds == 1000));
+  constexpr const char* kNoAccessor = "Illegal state: Condition accessor not fulfilled. ";
+  const struct
+  {
+    const char* animation;
+    const char* message;
+    const char* links;  // for each channel whether it has its sampler
+  } rows[] =
+    {{R"("channels":[{"sampler":1,"target":{"path":"scale"}},{"sampler":0,"target":{"path":"scale"}}],
+      "samplers":[{"input":0,"output":1},{"input":1,"output":0}])",
+      "", "++"},
+     {R"("channels":[{"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":0,"output":9}])", kNoAccessor, "-"},
+     // One that is broken unlinks all.
+     {R"("channels":[{"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":0,"output":1},{"input":0,"output":9}])",
+      kNoAccessor, "-"},
+     // One that is missing ends the linking.
+     {R"("channels":[{"sampler":0,"target":{"path":"scale"}},{"sampler":5,"target":{"path":"scale"}},
+                  {"sampler":0,"target":{"path":"scale"}}],"samplers":[{"input":0,"output":1}])",
+      "Illegal state: Condition sampler not fulfilled. ", "+--"}};
+  for (const auto& row : rows)
+  {
+    GltfJson file;
+    file.Floats({0}, "SCALAR");
+    file.Floats({0}, "SCALAR");
+    file.Add("animations", std::string("{") + row.animation + "}");
+    GltfData data = ReadRecords(file.Text(), file.Buffer());
+    GltfAnimation& animation = *data.animations.Find(0);
+    EXPECT_EQ(ErrorText(animation.ResolveAnimation(&data)), row.message);
+    std::string links;
+    for (const GltfChannel& channel : animation.channels)
+      links += channel.sampler ? "+" : "-";
+    EXPECT_EQ(links, row.links) << row.animation;
+  }
 }
 
-const RangeRow kRangeRows[] = {
-  {"Both", R"(5126,"min":[-7],"max":[1000])", ""},
-  {"NoMin", R"(5126,"max":[2])", "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. "},
-  {"TwoMin", R"(5126,"min":[1,2],"max":[2])", "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. "},
-  {"NoMax", R"(5126,"min":[2])", "Illegal state: Condition maxArray.GetCount() == 1 not fulfilled. "},
-  {"NotFloats", R"(5125,"min":[0],"max":[1])",
-   "Illegal state: Condition _inputAccessor->GetComponentType() == 5126 not fulfilled. "},
-};
-INSTANTIATE_TEST_SUITE_P(Rows, SamplerTimeRange, testing::ValuesIn(kRangeRows), RowName());
+// The keys themselves are not searched.
+TEST(SamplerTimeRange, ComesFromTheInputsBounds)
+{
+  constexpr const char* kNoMinimum = "Illegal state: Condition minArray.GetCount() == 1 not fulfilled. ";
+  const struct
+  {
+    int componentType;
+    const char* bounds;
+    const char* message;
+  } rows[] = {{5126, R"("min":[-7],"max":[1000])", ""},
+              {5126, R"("max":[2])", kNoMinimum},
+              {5126, R"("min":[1,2],"max":[2])", kNoMinimum},
+              {5126, R"("min":[2])", "Illegal state: Condition maxArray.GetCount() == 1 not fulfilled. "},
+              {5123, R"("min":[0],"max":[1])",
+               "Illegal state: Condition _inputAccessor->GetComponentType() == 5126 not fulfilled. "}};
+  for (const auto& row : rows)
+  {
+    GltfJson file;
+    file.Numbers({0, 0}, row.componentType, "SCALAR", row.bounds);
+    file.Add("animations", R"({"samplers":[{"input":0,"output":0}]})");
+    GltfData data = ReadRecords(file.Text(), file.Buffer());
+    ASSERT_EQ(ErrorText(data.animations.Find(0)->ResolveAnimation(&data)), "");
+    const Result<GltfTimeRange> range = GetSamplerTimeRange(*data.animations.Find(0)->samplers.Find(0));
+    EXPECT_EQ(ErrorText(range), row.message);
+    EXPECT_TRUE(range.HasError() || (range.GetValue().minSeconds == -7 && range.GetValue().maxSeconds == 1000));
+  }
+}
 
 // Values.
 
@@ -113,9 +144,7 @@ const ValueRow kValueRows[] = {
   // they are 1/2, 1/4, 1/2 and -1/4.
   {"Spline", "CUBICSPLINE", {0, 2}, {9, 1, 3, -2, 5, 9}, {-1, 0, 0.5, 1, 2, 3}, {1, 1, 2.65625, 4.25, 5, 5}},
   {"NoKeys", "LINEAR", {}, {1}, {0, 1}, {0, 0}},
-  {"NoTimes", "LINEAR", {0}, {1}, {}, {}},
   {"UnknownNameIsZeroBetweenKeys", "cubicspline", {0, 2}, {3, 5}, {0, 1, 2}, {3, 0, 5}},
-  {"EqualTimesTakeTheLater", "LINEAR", {0, 1, 1, 2}, {1, 2, 3, 4}, {0.5, 1, 1.5}, {1.5, 3, 3.5}},
   // The order of the times is 0, 1, 2 with the values 5, 10, 20, but the times of a bracket are taken at the keys' indices: 1 and 2
   // at 0.5, and 2 and 0 at 1.5.
   {"UnsortedTimes", "LINEAR", {2, 0, 1}, {20, 5, 10}, {-1, 0, 0.5, 1, 1.5, 2, 3}, {5, 5, 2.5, 10, 12.5, 20, 20}},
@@ -150,15 +179,6 @@ TEST(SamplerValues, OfVectorsAndQuaternionsGoByComponent)
   EXPECT_EQ(quaternions[1], Vector4());
 }
 
-TEST(SamplerValues, OfOneTargetAmongSeveral)
-{
-  const SamplerFile linear({0, 1}, {1, 2, 3, 4, 5, 6}, "LINEAR");
-  EXPECT_THAT(linear.Scalars({0, 0.5, 1}, {3, 1}), ElementsAre(2, 3.5, 5));
-
-  const SamplerFile spline({0, 1}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}, "CUBICSPLINE");
-  EXPECT_THAT(spline.Scalars({0, 1}, {3, 1}), ElementsAre(4, 13));
-}
-
 TEST(SamplerValues, DoNotDependOnTheOrderOfTimes)
 {
   std::vector<float> numbers(100);
@@ -180,56 +200,8 @@ TEST(SamplerValues, FailWhereAKeyIsMissing)
   EXPECT_EQ(file.message, "");
   file.Scalars({0.5, 1.5});
   EXPECT_EQ(file.message, "Illegal state: Condition (idx >= 0 && idx < _count) not fulfilled. ");
-  file.Scalars({}, {});
+  file.Scalars({});
   EXPECT_EQ(file.message, "");
-}
-
-// Constant samplers.
-
-struct ConstantRow
-{
-  const char* name;
-  const char* interpolation;
-  std::vector<float> values;
-  SamplerLayout layout;
-  Bool isConstant;
-};
-
-const ConstantRow kConstantRows[] = {
-  {"Equal", "LINEAR", {2, 2, 2}, {}, true},
-  {"LastDiffers", "LINEAR", {2, 2, 2.0000002F}, {}, false},
-  {"ZerosOfBothSigns", "LINEAR", {0, -0.0F, 0}, {}, true},
-  {"NoNumber", "LINEAR", {kNan, kNan, kNan}, {}, false},
-  {"SplineEqual", "CUBICSPLINE", {1, 2, 3, 1, 2, 3, 1, 2, 3}, {}, true},
-  {"InTangentDiffers", "CUBICSPLINE", {1, 2, 3, 0, 2, 3, 1, 2, 3}, {}, false},
-  {"OutTangentDiffers", "CUBICSPLINE", {1, 2, 3, 1, 2, 3, 1, 2, 0}, {}, false},
-  {"OneTargetEqual", "LINEAR", {1, 5, 2, 5, 3, 5}, {2, 1}, true},
-  {"OneTargetDiffers", "LINEAR", {1, 5, 2, 5, 3, 5}, {2, 0}, false},
-};
-
-class ConstantSampler : public testing::TestWithParam<ConstantRow>
-{};
-
-TEST_P(ConstantSampler, HasEqualKeys)
-{
-  const SamplerFile file({0, 1, 2}, GetParam().values, GetParam().interpolation);
-  const Result<Bool> isConstant = IsConstantSampler<Float>(file.Sampler(), GetParam().layout);
-  ASSERT_EQ(ErrorText(isConstant), "");
-  EXPECT_EQ(isConstant.GetValue(), GetParam().isConstant);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, ConstantSampler, testing::ValuesIn(kConstantRows), RowName());
-
-TEST(ConstantSampler, HasFewerThanTwoKeysOrEqualComponents)
-{
-  const SamplerFile one({0}, {}, "LINEAR");  // nothing is read
-  EXPECT_TRUE(IsConstantSampler<Float>(one.Sampler(), {}).GetValue());
-  const SamplerFile scales({0, 1}, {1, 2, 3, 1, 2, 4}, "LINEAR", "VEC3");
-  EXPECT_FALSE(IsConstantSampler<Vector>(scales.Sampler(), {}).GetValue());
-  const SamplerFile rotations({0, 1}, {0, 0, 0, 1, 0, 0, 0, 2}, "LINEAR", "VEC4");
-  EXPECT_FALSE(IsConstantSampler<Vector4>(rotations.Sampler(), {}).GetValue());
-  EXPECT_EQ(ErrorText(IsConstantSampler<Vector4>(scales.Sampler(), {})),
-            "Illegal state: Condition count <= GetComponentCount() not fulfilled. ");
 }
 
 }  // namespace

@@ -43,7 +43,9 @@ TEST(Records, AreLeftOutWhereTheyAreBroken)
       "bufferViews":[{"buffer":0},{"byteLength":4},{"buffer":0,"byteLength":4}],
       "accessors":[{"componentType":5126,"type":"VEC3"},{"componentType":5126,"count":1,"type":"VEC3"},
                    {"componentType":5126,"count":1,"type":"VEC3","sparse":{}}],
-      "materials":[{"emissiveFactor":[]},{}],"textures":[{"sampler":2},{"source":0}],"samplers":[{},{"magFilter":1}],"images":[{}]})"),
+      "materials":[{"emissiveFactor":[]},{}],"textures":[{"sampler":2},{"source":0}],"samplers":[{},{"magFilter":1}],"images":[{}],
+      "animations":[{"channels":[{"target":{"path":"scale"}}]},{"channels":[{"sampler":0,"target":{"node":0}}]},{"channels":[3]},
+                    {"samplers":[{"output":1}]},{"channels":{}},{}]})"),
             "");
   const GltfData& data = load.GetData();
   EXPECT_TRUE(data.generator.IsEmpty());
@@ -57,6 +59,7 @@ TEST(Records, AreLeftOutWhereTheyAreBroken)
   EXPECT_THAT(Keys(data.accessors), ElementsAre(-1, 1));
   EXPECT_THAT(Keys(data.materials), ElementsAre(1));
   EXPECT_THAT(Keys(data.textures), ElementsAre(1));
+  EXPECT_THAT(Keys(data.animations), ElementsAre(5));
   EXPECT_THAT(load.GetMessages(), ElementsAre(kAssetMissing));  // skin 1, which has no accessor
 }
 
