@@ -30,6 +30,34 @@ public:
   }
 };
 
+// A textured, animated triangle with normals and UVs, one metre to the right, and an instance of it.
+inline constexpr const char* kScene = R"({"format": "q7z scene", "version": 1, "parameters": {"2002": "by hand"},
+  "materials": [{"id": 9, "type": 5703, "name": "Red", "channels": {}}],
+  "objects": [{"id": 1, "type": 5100, "name": "Tri", "position": [100,0,100], "points": [0,0,0, 100,0,0, 0,100,0],
+    "polygons": [0,1,2,2], "tags": [{"id": 2, "type": 5711, "normals": [0,0,1, 0,0,1, 0,0,1, 0,0,1]},
+      {"id": 3, "type": 5671, "uvws": [0,0,0, 1,0,0, 0,1,0, 0,0,0]}]},
+    {"id": 4, "type": 5126, "name": "Again", "position": [0,100,0], "reference": 1},
+    {"id": 5, "type": 5103, "name": "Eye", "parameters": {"1001": 0, "1008": 1.0, "4600": 0.5}}]})";
+
+/// A folder with inputs.
+class ExportStage : public Stage
+{
+public:
+  ExportStage()
+  {
+    Write("in.json", kScene);
+    Write("in.gltf", kGoodFile);
+    Write("warned.gltf", kWarnedFile);
+  }
+  /// The names beside the inputs.
+  std::vector<std::string> ListNew() const
+  {
+    std::vector<std::string> names = List();
+    std::erase_if(names, [](const std::string& name) { return name == "in.json" || name == "in.gltf" || name == "warned.gltf"; });
+    return names;
+  }
+};
+
 inline std::vector<std::string> Join(std::vector<std::string> arguments, const std::vector<std::string>& more)
 {
   arguments.insert(arguments.end(), more.begin(), more.end());
