@@ -94,26 +94,18 @@ TEST_F(NodeMaterials, TellEachTexture)
   EXPECT_TRUE(tells("Material: M0: | Channel: baseColorTexture | Filename: 18446744073709551200 | Size: 3"));
 }
 
-TEST_F(NodeMaterials, ShareImagesWithEachOther)
+// Occlusion, roughness and metallic often lie in one image.
+TEST_F(NodeMaterials, ShareImagesWithEachOtherAndAmongTheirTextures)
 {
   _exchange.records["M0"] = {.textures = {{"normalTexture", &_blue}, {"emissiveTexture", &_red}}};
-  _exchange.records["M1"] = {.textures = {{"normalTexture", &_red}, {"occlusionTexture", &_blue}}};
+  _exchange.records["M1"] = {
+    .textures = {{"normalTexture", &_red}, {"occlusionTexture", &_blue}, {"metallicRoughnessTexture", &_blue}}};
   ASSERT_EQ(SaveNodes(2), "");
   EXPECT_EQ(Count("images"), 2);
-  EXPECT_EQ(At("textures"), R"([{"sampler":0,"source":0},{"sampler":1,"source":1},{"sampler":2,"source":1},)"
-                            R"({"sampler":3,"source":0}])");
+  // The last object's material comes first.
+  EXPECT_EQ(At("textures"), R"([{"sampler":0,"source":0},{"sampler":1,"source":1},{"sampler":2,"source":0},)"
+                            R"({"sampler":3,"source":0},{"sampler":4,"source":1}])");
   EXPECT_EQ(_sessions.encoded.size(), 2u) << "each is encoded once";
-}
-
-// Occlusion, roughness and metallic often lie in one image.
-TEST_F(NodeMaterials, ShareImagesAmongTheirTextures)
-{
-  _exchange.records["M0"] = {.textures = {{"occlusionTexture", &_blue}, {"metallicRoughnessTexture", &_blue}}};
-  ASSERT_EQ(SaveNodes(), "");
-  EXPECT_EQ(Count("images"), 1);
-  EXPECT_EQ(Image(0), "png 2x1 all 0,0,200");
-  EXPECT_EQ(At("textures"), R"([{"sampler":0,"source":0},{"sampler":1,"source":0}])");
-  EXPECT_EQ(_sessions.encoded.size(), 1u);
 }
 
 TEST_F(NodeMaterials, WithoutTexturesHaveFactorsAlone)
@@ -170,7 +162,6 @@ const RefusedCase kRefusedCases[] = {
    "Illegal state: Condition parameterDataPtr != nullptr not fulfilled."},
   {"ModeIsANumber", {.parameters = {{"alphaMode", Data(1)}}}, kWrongKind},
   {"EmissionOfTwo", {.parameters = {{"emissiveFactor", Numbers({1, 2})}}}, kWrongKind},
-  {"ColorOfThree", {.parameters = {{"baseColorFactor", Numbers({1, 1, 1})}}}, kWrongKind},
   {"RoughnessIsAText", {.parameters = {{"roughnessFactor", Data("rough"_s)}}}, kWrongKind},
   {"UnknownTexture", {.textures = {{"specularTexture", &g_gray}}}, "Illegal state: Condition textureInfo not fulfilled."},
 };

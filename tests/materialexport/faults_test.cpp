@@ -146,24 +146,5 @@ TEST_P(MaterialMemory, RunsOutAtEveryRequest)
 INSTANTIATE_TEST_SUITE_P(OneAndAllFollowing, MaterialMemory, testing::Values(Int(1), Int(1) << 40),
                          [](const auto& row) { return row.param == 1 ? "One" : "AllFollowing"; });
 
-TEST_F(MaterialFaults, ADescriptorChecksWhatItIsAskedFor)
-{
-  const HeadlessOwner<HeadlessDocument> document = ReadScene(TrianglesWith({""}));
-  const HostTextureTag* const tag = FindTextureTag(ToHost(document.get())->GetFirstObject());
-  MaterialDescriptor material;
-  EXPECT_EQ(material.Export(tag, true, MaterialIndexMap(), nullptr, true, DataDictionary()).GetError().GetMessage(),
-            "Illegal state: Condition dupdetect not fulfilled. "_s);
-  EXPECT_FALSE(material.Export(nullptr, true, MaterialIndexMap(), nullptr, true, DataDictionary()).HasError());
-  EXPECT_FALSE(material.IsWanted());
-  EXPECT_EQ(material.GetBitmapFilename(6).GetValue(), String());
-  for (const int index : {-1, 7})
-  {
-    EXPECT_EQ(material.GetBitmapFilename(index).GetError().GetMessage(),
-              "MaterialDescriptor::GetBitmapFilename Index Out of Range"_s);
-  }
-  EXPECT_FALSE(material.GetTexture(4).HasError());
-  EXPECT_TRUE(material.GetTexture(5).HasError() && material.GetTexture(-1).HasError());
-}
-
 }  // namespace
 }  // namespace q7z::test

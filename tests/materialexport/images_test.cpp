@@ -100,14 +100,6 @@ TEST_F(MaterialImages, AreSharedByMaterialsWithTheSameFiles)
   }
 }
 
-TEST_F(MaterialImages, DifferWhenOneOfTheirFilesDoes)
-{
-  const std::string withAlpha = R"("channels": {)" + Channel(0, "color.jpg") + ", " + Channel(7, "alpha.png") + "}";
-  ASSERT_EQ(Save({ColorOf("color.jpg"), withAlpha}), "");
-  EXPECT_THAT(Images(), testing::UnorderedElementsAre("jpg 1x1 0,0,0", "png 1x1 0,0,0,1"));
-  EXPECT_EQ(_bitmaps.loadCounts["color.jpg"], 1);
-}
-
 TEST_F(MaterialImages, AreSharedByTexturesOfOneMaterial)
 {
   ASSERT_EQ(Save({R"("channels": {)" + Channel(0, "color.jpg") + ", " + Channel(1, "color.jpg") + ", " +
@@ -165,50 +157,34 @@ TEST_F(MaterialImages, OfAnUnwrittenMaterialAreNotMade)
 
 constexpr const char* kTriangle = R"("type": 5100, "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2])";
 
-class MaterialTags : public MaterialExportTest
+// Of the tags of an object and its parents, which have the materials "one" and "two", the nearest counts.
+TEST_F(MaterialExportTest, NearestTagCounts)
 {
-protected:
-  std::string SaveObjects(const std::string& objects)
+  const struct
+  {
+    const char* parent;
+    const char* tags;
+    const char* material;  // "-" for none
+  } rows[] = {{"1", R"({"id": 6, "type": 5616, "name": "t", "material": null})", "-"},
+              {"2", "", "\"two\""},
+              {"2", R"({"id": 6, "type": 5616, "name": "t", "material": 1}, {"id": 7, "type": 5616, "name": "t", "material": 2})",
+               "\"one\""}};
+  for (const auto& row : rows)
   {
     const HeadlessOwner<HeadlessDocument> document = ReadScene(
       R"({"format": "q7z scene", "version": 1, "materials": [{"id": 1, "type": 5703, "name": "one"},
-          {"id": 2, "type": 5703, "name": "two"}], "objects": [)" +
-      objects + "]}");
-    return Save(*document);
+          {"id": 2, "type": 5703, "name": "two"}], "objects": [{"id": 3, "type": 5140, "name": "p",
+          "tags": [{"id": 4, "type": 5616, "name": "t", "material": )" +
+      std::string(row.parent) + R"(}], "children": [{"id": 5, "type": 5140, "name": "q", "children": [{"id": 8, )" + kTriangle +
+      R"(, "tags": [)" + row.tags + "]}]}]}]}");
+    ASSERT_EQ(Save(*document), "");
+    EXPECT_EQ(At("materials/0/name"), row.material);
+    EXPECT_EQ(At("materials/1/name"), "-");
+    EXPECT_EQ(At("meshes/0/primitives/0/material"), *row.material == '-' ? "-" : "0");
   }
-  static std::string Tag(int id, const std::string& material)
-  {
-    return R"({"id": )" + std::to_string(id) + R"(, "type": 5616, "name": "t", "material": )" + material + "}";
-  }
-};
-
-TEST_F(MaterialTags, WithoutAMaterialHideTheParents)
-{
-  ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "1") + R"(], "children": [{"id": 5, )" +
-                        kTriangle + R"(, "tags": [)" + Tag(6, "null") + "]}]}"),
-            "");
-  EXPECT_EQ(At("meshes/0/primitives/0/material"), "-");
 }
 
-TEST_F(MaterialTags, AreLookedUpThroughAllParents)
-{
-  ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "2") +
-                        R"(], "children": [{"id": 5, "type": 5140, "name": "q", "children": [{"id": 6, )" + kTriangle + "}]}]}"),
-            "");
-  EXPECT_EQ(At("materials/0/name"), "\"two\"");
-  EXPECT_EQ(At("meshes/0/primitives/0/material"), "0");
-}
-
-TEST_F(MaterialTags, OfTheObjectComeBeforeThoseOfParents)
-{
-  ASSERT_EQ(SaveObjects(R"({"id": 3, "type": 5140, "name": "p", "tags": [)" + Tag(4, "2") + R"(], "children": [{"id": 5, )" +
-                        kTriangle + R"(, "tags": [)" + Tag(6, "1") + ", " + Tag(7, "2") + "]}]}"),
-            "");
-  EXPECT_EQ(Count("materials"), 1);
-  EXPECT_EQ(At("materials/0/name"), "\"one\"");
-}
-
-TEST_F(MaterialTags, OfAForeignMaterialGiveNone)
+TEST_F(MaterialExportTest, TagsOfAForeignMaterialGiveNone)
 {
   const HeadlessOwner<HeadlessDocument> document = ReadScene(TrianglesWith({""}));
   HeadlessMaterial* const foreign = HeadlessMaterial::Create(5704);
