@@ -119,26 +119,6 @@ TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
   EXPECT_EQ(copy->GetDown()->GetLocalMatrix(), Offset({7, 7, 7}));
 }
 
-TEST_F(CurrentState, DeformedMeshIsSharedByItsCopies)
-{
-  HeadlessObject& root = AddRoot();
-  HeadlessObject& mesh = AddMeshObject("mesh", &root);
-  auto& tag = static_cast<HeadlessPoseMorphTag&>(AddTag(mesh, kPoseMorphTagType));
-  ASSERT_TRUE(tag.AddMorph());
-  tag.AddMorph()->SetPoints(MakeArray({{1, 2, 13}}));
-  tag.GetMorph(1)->SetStrength(0.5);
-  AddInstance("one", &root, &mesh);
-  AddInstance("two", &root, &mesh);
-  const Owner copy = MakeCopy(root);
-  const HeadlessObject& first = *copy->GetDown();
-  EXPECT_EQ(PointsOf(first), (std::vector<Vector>{{1, 2, 8}}));
-  for (const HeadlessObject* other = first.GetNext(); other; other = other->GetNext())
-  {
-    EXPECT_EQ(other->AsPolygonObject()->GetPoints().GetR(), first.AsPolygonObject()->GetPoints().GetR());
-    EXPECT_EQ(other->FindTag(kPoseMorphTagType), nullptr);
-  }
-}
-
 // Aux tags and tracks.
 
 struct AuxRow
