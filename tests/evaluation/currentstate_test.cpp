@@ -52,15 +52,8 @@ protected:
 
 // What stands there.
 
-struct TreeRow
-{
-  const char* name;
-  const char* objects;
-  const char* expected;
-};
-
 // 1019363 is a skin deformer, 1018957 the second type of instances.
-const TreeRow kTreeRows[] = {
+const std::tuple<const char*, const char*, const char*> kTreeRows[] = {
   {"PlainObjects", "root(group(mesh* camera:5103) last)", "root(group(mesh* camera:5103) last)"},
   {"InstancesOfBothTypes", "root(mesh* first=mesh second:1018957=mesh)", "root(mesh* first* second*)"},
   {"ChildrenOfBoth", "root(mesh*(child(below)) i=mesh(own))", "root(mesh*(child(below)) i*(child(below) own))"},
@@ -81,15 +74,15 @@ const TreeRow kTreeRows[] = {
 
 TEST_F(CurrentState, IsOfPlainObjects)
 {
-  for (const TreeRow& row : kTreeRows)
+  for (const auto& [name, objects, expected] : kTreeRows)
   {
-    SCOPED_TRACE(row.name);
-    Build(row.objects);
+    SCOPED_TRACE(name);
+    Build(objects);
     HeadlessObject& root = Find("root");
     const std::string before = Describe(root);
     const Owner copy = MakeCopy(root);
     ASSERT_TRUE(copy);
-    EXPECT_EQ(Describe(*copy), row.expected);
+    EXPECT_EQ(Describe(*copy), expected);
     EXPECT_EQ(Describe(root), before);
     EXPECT_EQ(copy->GetDocument(), nullptr);
     Clear();
@@ -121,16 +114,7 @@ TEST_F(CurrentState, InstanceKeepsNameTransformAndVisibility)
 
 // Aux tags and tracks.
 
-struct AuxRow
-{
-  const char* name;
-  HostDescId shownTrack;  ///< without levels for none
-  HostDescId instanceTrack;
-  const char* aux;
-  const char* tracks;  ///< first levels of the copy's tracks
-};
-
-const AuxRow kAuxRows[] = {
+const std::tuple<const char*, HostDescId, HostDescId, const char*, const char*> kAuxRows[] = {
   {"NeitherMoves", {}, {}, "nonemesh", ""},
   {"InstanceMoves", {}, kPositionX, "noneinstance", "903=2 "},
   {"ShownMoves", HostDescId(kScaleParameter, kComponentZ), {}, "noneinstance", ""},
@@ -140,26 +124,26 @@ const AuxRow kAuxRows[] = {
 
 TEST_F(CurrentState, AuxTagsAreOfWhatMoves)
 {
-  for (const AuxRow& row : kAuxRows)
+  for (const auto& [name, shownTrack, instanceTrack, aux, expected] : kAuxRows)
   {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(name);
     HeadlessObject& root = AddRoot();
     HeadlessObject& mesh = AddMeshObject("mesh", &root);
     HeadlessObject& instance = AddInstance("instance", &root, &mesh);
     AddTag(mesh, kNodeBasedTagType, "another");
     AddAux(mesh);
     AddAux(instance);
-    if (row.shownTrack.GetDepth() > 0)
-      AddTrack(mesh, row.shownTrack, {{0, 1}});
-    if (row.instanceTrack.GetDepth() > 0)
-      AddTrack(instance, row.instanceTrack, {{0, 2}});
+    if (shownTrack.GetDepth() > 0)
+      AddTrack(mesh, shownTrack, {{0, 1}});
+    if (instanceTrack.GetDepth() > 0)
+      AddTrack(instance, instanceTrack, {{0, 2}});
     const Owner copy = MakeCopy(root);
     EXPECT_EQ(AuxOf(*copy->GetDown()), "nonemesh");
-    EXPECT_EQ(AuxOf(*copy->GetLastChild()), row.aux);
+    EXPECT_EQ(AuxOf(*copy->GetLastChild()), aux);
     std::string tracks;
     for (const HeadlessTrack* track = copy->GetLastChild()->GetTracks()->GetFirst(); track; track = track->GetNext())
       tracks += std::to_string(track->GetId()[0].id) + "=" + std::to_string(Int(track->GetCurve()->GetKey(0)->GetValue())) + " ";
-    EXPECT_EQ(tracks, row.tracks);
+    EXPECT_EQ(tracks, expected);
   }
 }
 

@@ -18,15 +18,7 @@ class Tracks : public EvaluationTest
 
 // Values over time.
 
-struct CurveRow
-{
-  const char* name;
-  InterpolationMode mode;
-  Float seconds;
-  Float expected;
-};
-
-constexpr CurveRow kCurveRows[] = {
+const std::tuple<const char*, InterpolationMode, Float, Float> kCurveRows[] = {
   {"LinearBetween", InterpolationMode::Linear, 0.25, 12.5},
   {"LinearBehind", InterpolationMode::Linear, 5, 0},
   {"StepBefore", InterpolationMode::Step, -1, 10},
@@ -40,16 +32,16 @@ constexpr CurveRow kCurveRows[] = {
 // between two keys a fraction s of the time gives the fraction 3 s^2 - 2 s^3 of the way.
 TEST_F(Tracks, GiveTheValueOfTheTime)
 {
-  for (const CurveRow& row : kCurveRows)
+  for (const auto& [name, mode, seconds, expected] : kCurveRows)
   {
-    HeadlessObject& object = AddObject(row.name);
-    HeadlessCurve& curve = AddTrack(object, kPositionX, {{0, 10}, {1, 20}, {3, 0}}, row.mode);
+    HeadlessObject& object = AddObject(name);
+    HeadlessCurve& curve = AddTrack(object, kPositionX, {{0, 10}, {1, 20}, {3, 0}}, mode);
     ASSERT_TRUE(curve.GetKey(0)->SetRightTangent({1, 3}, 0));
     ASSERT_TRUE(curve.GetKey(1)->SetLeftTangent({-1, 3}, 0));
     ASSERT_TRUE(curve.GetKey(1)->SetRightTangent({2, 3}, 0));
     ASSERT_TRUE(curve.GetKey(2)->SetLeftTangent({-2, 3}, 0));
-    GoTo(row.seconds);
-    EXPECT_NEAR(object.GetLocalMatrix().offset.x, row.expected, 1e-12) << row.name;
+    GoTo(seconds);
+    EXPECT_NEAR(object.GetLocalMatrix().offset.x, expected, 1e-12) << name;
   }
 }
 
@@ -264,16 +256,7 @@ TEST_F(TakeTracks, CountWhileTheTakeIsCurrent)
   EXPECT_EQ(_object.GetVectors().position, (Vector{1, 2, 0}));
 }
 
-struct PrecedenceRow
-{
-  const char* name;
-  HostDescId valueId;  ///< of the override's value
-  HostValue value;
-  Bool hasTrack;  ///< the override has a track of position X, of 30
-  Float expected;
-};
-
-const PrecedenceRow kPrecedenceRows[] = {
+const std::tuple<const char*, HostDescId, HostValue, Bool, Float> kPrecedenceRows[] = {
   {"ValueOverTrack", kPositionX, HostValue(20.0), false, 20},
   {"VectorOverTrack", HostDescId(kPositionParameter), HostValue(Vector{25, 0, 0}), false, 25},
   {"TrackOverValue", kPositionX, HostValue(20.0), true, 30},
@@ -284,16 +267,16 @@ const PrecedenceRow kPrecedenceRows[] = {
 TEST_F(TakeTracks, SettlePositionX)
 {
   Scene().GetTakeData().SetCurrentTake(&_take);
-  for (const PrecedenceRow& row : kPrecedenceRows)
+  for (const auto& [name, valueId, value, hasTrack, expected] : kPrecedenceRows)
   {
-    HeadlessObject& object = AddObject(row.name);
+    HeadlessObject& object = AddObject(name);
     AddTrack(object, kPositionX, {{0, 10}});
     HeadlessOverride& over = Override(object);
-    ASSERT_TRUE(over.GetParameters().Set(row.valueId, row.value));
-    if (row.hasTrack)
+    ASSERT_TRUE(over.GetParameters().Set(valueId, value));
+    if (hasTrack)
       AddTrack(over, kPositionX, {{0, 30}});
     GoTo(0);
-    EXPECT_EQ(object.GetLocalMatrix().offset.x, row.expected) << row.name;
+    EXPECT_EQ(object.GetLocalMatrix().offset.x, expected) << name;
   }
 }
 

@@ -133,23 +133,6 @@ protected:
   DataArena* const arena = DataArena::Create();
 };
 
-TEST_F(DataArenas, GiveAlignedMemoryThatDoesNotOverlap)
-{
-  const Int sizes[] = {1, 7, 8, 9, 4000, 5000, 0, 1 << 20, (8 << 20) + 1, 3};
-  std::vector<std::pair<Byte*, Int>> blocks;
-  for (const Int size : sizes)
-  {
-    Byte* const block = static_cast<Byte*>(arena->Allocate(size));
-    ASSERT_NE(block, nullptr) << size;
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 8, 0u) << size;
-    std::fill_n(block, size, static_cast<Byte>(blocks.size() + 1));
-    blocks.emplace_back(block, size);
-  }
-  for (size_t i = 0; i < blocks.size(); ++i)
-    EXPECT_EQ(std::count(blocks[i].first, blocks[i].first + blocks[i].second, static_cast<Byte>(i + 1)), blocks[i].second);
-  arena->Release();
-}
-
 TEST_F(DataArenas, RefuseWhatTheyCannotHave)
 {
   EXPECT_EQ(arena->Allocate(-1), nullptr);

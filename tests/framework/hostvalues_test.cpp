@@ -11,13 +11,7 @@ namespace q7z::test
 namespace
 {
 
-struct InverseCase
-{
-  const char* name;
-  HostMatrix matrix;
-  HostMatrix inverse;
-};
-const InverseCase kInverseCases[] = {
+const std::tuple<const char*, HostMatrix, HostMatrix> kInverseCases[] = {
   {"Stretch", {{2, 4, 1}, {2, 0, 0}, {0, 4, 0}, {0, 0, 0.5}}, {{-1, -1, -2}, {0.5, 0, 0}, {0, 0.25, 0}, {0, 0, 2}}},
   {"Mirror", {{0, 0, 4}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, {{0, 0, 4}, {1, 0, 0}, {0, 1, 0}, {0, 0, -1}}},
   {"Shear", {{3, 2, 1}, {1, 0, 0}, {1, 1, 0}, {0, 0, 1}}, {{-1, -2, -1}, {1, 0, 0}, {-1, 1, 0}, {0, 0, 1}}},
@@ -26,10 +20,10 @@ const InverseCase kInverseCases[] = {
 
 TEST(HostMatrix, InverseByHand)
 {
-  for (const InverseCase& row : kInverseCases)
+  for (const auto& [name, matrix, inverse] : kInverseCases)
   {
-    EXPECT_EQ(row.matrix.GetInverse(), row.inverse) << row.name;
-    EXPECT_EQ(row.inverse.GetInverse(), row.matrix) << row.name;
+    EXPECT_EQ(matrix.GetInverse(), inverse) << name;
+    EXPECT_EQ(inverse.GetInverse(), matrix) << name;
   }
 }
 
@@ -49,13 +43,7 @@ TEST(HostMatrix, MatrixWithoutInverseGivesTheIdentity)
 
 // Times.
 
-struct SecondsCase
-{
-  Float seconds;
-  Float numerator;
-  Float denominator;
-};
-const SecondsCase kSecondsCases[] = {
+const std::tuple<Float, Float, Float> kSecondsCases[] = {
   {0.0005, 1, 1000},
   {-0.0005, 0, 1},  // halves go up
   {-0.0006, -1, 1000},
@@ -72,21 +60,15 @@ const SecondsCase kSecondsCases[] = {
 
 TEST(HostTime, SecondsAreQuantisedToMillisecondsAndReduced)
 {
-  for (const SecondsCase& row : kSecondsCases)
+  for (const auto& [seconds, numerator, denominator] : kSecondsCases)
   {
-    const HostTime time = HostTimeFromSeconds(row.seconds);
-    EXPECT_EQ(time.numerator, row.numerator) << row.seconds;
-    EXPECT_EQ(time.denominator, row.denominator) << row.seconds;
+    const HostTime time = HostTimeFromSeconds(seconds);
+    EXPECT_EQ(time.numerator, numerator) << seconds;
+    EXPECT_EQ(time.denominator, denominator) << seconds;
   }
 }
 
-struct FrameCase
-{
-  HostTime time;
-  Float framesPerSecond;
-  Int32 frame;
-};
-const FrameCase kFrameCases[] = {
+const std::tuple<HostTime, Float, Int32> kFrameCases[] = {
   {{51, 100}, 30, 15},  // 15.3
   {{33, 1000}, 30, 0},  // 0.99, a frame's own time falls short of the frame
   {{-1, 4}, 30, -7},    // -7.5, towards zero
@@ -98,9 +80,9 @@ const FrameCase kFrameCases[] = {
 
 TEST(HostTime, FrameIsTruncatedBehindTheFloors)
 {
-  for (const FrameCase& row : kFrameCases)
-    EXPECT_EQ(FrameOfHostTime(row.time, row.framesPerSecond), row.frame)
-      << row.time.numerator << "/" << row.time.denominator << " at " << row.framesPerSecond;
+  for (const auto& [time, framesPerSecond, frame] : kFrameCases)
+    EXPECT_EQ(FrameOfHostTime(time, framesPerSecond), frame)
+      << time.numerator << "/" << time.denominator << " at " << framesPerSecond;
   EXPECT_EQ(FrameOfHostTime(HostTimeFromSeconds(0.51), 30), 15);
 }
 

@@ -44,13 +44,7 @@ TEST(Rotation, OrderSettlesWhichAngleTurnsWhenAboutWhat)
     ExpectNear(AnglesToMatrix({kHalf, kPi, -kHalf}, order) * Vector{1, 2, 3}, target, 1e-14, "order " + std::to_string(order));
 }
 
-struct AnglesCase
-{
-  const char* name;
-  HostMatrix matrix;
-  Vector angles;
-};
-const AnglesCase kAnglesCases[] = {
+const std::tuple<const char*, HostMatrix, Vector> kAnglesCases[] = {
   {"Heading315", {{}, {kRoot, 0, -kRoot}, {0, 1, 0}, {kRoot, 0, kRoot}}, {7 * kPi / 4, 0, 0}},
   {"PoleUp", {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}, {0, kHalf, 0}},
   {"PoleUpBank90", {{}, {0, 0, 1}, {1, 0, 0}, {0, 1, 0}}, {0, kHalf, kHalf}},
@@ -64,8 +58,8 @@ const AnglesCase kAnglesCases[] = {
 
 TEST(Rotation, AnglesOfAMatrix)
 {
-  for (const AnglesCase& row : kAnglesCases)
-    ExpectNear(MatrixToAngles(row.matrix, 6, false), row.angles, 1e-9, row.name);
+  for (const auto& [name, matrix, angles] : kAnglesCases)
+    ExpectNear(MatrixToAngles(matrix, 6, false), angles, 1e-9, name);
 }
 
 TEST(Rotation, NormalizedMatrixIsTakenAsItStands)
@@ -75,14 +69,7 @@ TEST(Rotation, NormalizedMatrixIsTakenAsItStands)
   ExpectNear(MatrixToAngles(half, 6, true), {0, 0, 1.318116071652818}, 1e-12, "acos(0.25)");
 }
 
-struct QuaternionCase
-{
-  const char* name;
-  Vector4 quaternion;
-  Vector mirrored;  // the angles with Z mirrored
-  Vector plain;
-};
-const QuaternionCase kQuaternionCases[] = {
+const std::tuple<const char*, Vector4, Vector, Vector> kQuaternionCases[] = {
   {"X90IsAPole", {kRoot, 0, 0, kRoot}, {0, kHalf, 0}, {0, kHalf, 0}},
   {"Z90", {0, 0, kRoot, kRoot}, {0, 0, 3 * kHalf}, {0, 0, kHalf}},
   {"Zero", {0, 0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
@@ -92,10 +79,10 @@ const QuaternionCase kQuaternionCases[] = {
 
 TEST(Rotation, AnglesOfAQuaternion)
 {
-  for (const QuaternionCase& row : kQuaternionCases)
+  for (const auto& [name, quaternion, mirrored, plain] : kQuaternionCases)
   {
-    ExpectNear(QuaternionToAngles(row.quaternion, true), row.mirrored, 1e-7, row.name);
-    ExpectNear(QuaternionToAngles(row.quaternion, false), row.plain, 1e-7, row.name);
+    ExpectNear(QuaternionToAngles(quaternion, true), mirrored, 1e-7, name);
+    ExpectNear(QuaternionToAngles(quaternion, false), plain, 1e-7, name);
   }
 }
 
@@ -156,15 +143,7 @@ TEST(Rotation, AnglesInEveryOrderGiveTheMatrixBack)
             });
 }
 
-struct OptimalCase
-{
-  const char* name;
-  Vector previous;
-  Vector current;
-  RotationOrder order;
-  Vector angles;
-};
-const OptimalCase kOptimalCases[] = {
+const std::tuple<const char*, Vector, Vector, RotationOrder, Vector> kOptimalCases[] = {
   {"EachAngleByItsOwnTurns", {0, -2 * kPi, 6 * kPi}, {2 * kPi - 0.1, 0.2, 0.3}, 6, {-0.1, 0.2 - 2 * kPi, 0.3 + 6 * kPi}},
   {"HalfATurnGoesBack", {0, 0, 0}, {kPi, 0, 0}, 6, {-kPi, 0, 0}},
   {"OtherFormOfOrder0", {kPi, kPi, kPi}, {0.1, 0.2, 0.3}, 0, {kPi - 0.1, kPi + 0.2, kPi + 0.3}},
@@ -179,8 +158,8 @@ const OptimalCase kOptimalCases[] = {
 
 TEST(Rotation, OptimalAnglesAreTheNearestForm)
 {
-  for (const OptimalCase& row : kOptimalCases)
-    ExpectNear(OptimalAngles(row.previous, row.current, row.order), row.angles, 1e-14, row.name);
+  for (const auto& [name, previous, current, order, angles] : kOptimalCases)
+    ExpectNear(OptimalAngles(previous, current, order), angles, 1e-14, name);
 }
 
 }  // namespace

@@ -13,14 +13,7 @@ namespace q7z::test
 namespace
 {
 
-struct ReferenceCase
-{
-  String text;
-  UrlScheme scheme;
-  const char* path;
-  const char* url;
-};
-const ReferenceCase kReferenceCases[] = {
+const std::tuple<String, UrlScheme, const char*, const char*> kReferenceCases[] = {
   // Relative references, whose queries and fragments belong to the name.
   {"a%20b.bin"_s, URLSCHEME_RELATIVE, "a b.bin", "relative:///a b.bin"},
   {"a.bin?v=1#2"_s, URLSCHEME_RELATIVE, "a.bin?v=1#2", "relative:///a.bin?v=1#2"},
@@ -47,14 +40,14 @@ const ReferenceCase kReferenceCases[] = {
 
 TEST(Url, ReferenceSettlesSchemeAndPath)
 {
-  for (const ReferenceCase& row : kReferenceCases)
+  for (const auto& [text, scheme, path, written] : kReferenceCases)
   {
-    const Result<Url> url = Url::FromReference(row.text);
-    ASSERT_FALSE(url.HasError()) << Text(row.text);
-    EXPECT_EQ(url.GetValue().GetScheme(), row.scheme) << Text(row.text);
-    EXPECT_EQ(Text(url.GetValue().GetPath()), row.path) << Text(row.text);
-    EXPECT_EQ(Text(url.GetValue().GetUrl()), row.url) << Text(row.text);
-    EXPECT_TRUE(Url::FromReference(url.GetValue().GetUrl().GetValue()).GetValue() == url.GetValue()) << Text(row.text);
+    const Result<Url> url = Url::FromReference(text);
+    ASSERT_FALSE(url.HasError()) << Text(text);
+    EXPECT_EQ(url.GetValue().GetScheme(), scheme) << Text(text);
+    EXPECT_EQ(Text(url.GetValue().GetPath()), path) << Text(text);
+    EXPECT_EQ(Text(url.GetValue().GetUrl()), written) << Text(text);
+    EXPECT_TRUE(Url::FromReference(url.GetValue().GetUrl().GetValue()).GetValue() == url.GetValue()) << Text(text);
   }
 }
 

@@ -35,29 +35,20 @@ TEST_F(SceneDocument, NodeSpaceComesFromTheHostThenTheDocument)
 
 // Units.
 
-struct UnitRow
-{
-  const char* name;
-  HostUnitScale from;
-  HostUnitScale to;
-  Float factor;
-};
-
-const UnitRow kUnits[] = {
-  {"CentimetreToMetre", {1, 3}, {1, 2}, 0.01},
-  {"Nanometre", {1, 6}, {1, 2}, 0.000000001},
-  {"Yard", {1, 8}, {1, 9}, 3},
-  {"Foot", {1, 9}, {1, 10}, 12},
-  {"Inch", {1, 10}, {1, 4}, 25.4},
-  {"CodeTooLarge", {1, 3}, {1, 11}, 1},
-  {"NoFactor", {0, 3}, {1, 2}, 1},
-  {"OutOfReach", {1e300, 1}, {1e-300, 6}, 1},
-};
-
 TEST_F(SceneDocument, UnitsConvertBy)
 {
-  for (const UnitRow& row : kUnits)
-    EXPECT_DOUBLE_EQ(HostUnitConversionFactor(row.from, row.to), row.factor) << row.name;
+  const std::tuple<HostUnitScale, HostUnitScale, Float> rows[] = {
+    {{1, 3}, {1, 2}, 0.01},         // centimetres to metres
+    {{1, 6}, {1, 2}, 0.000000001},  // nanometres
+    {{1, 8}, {1, 9}, 3},            // yards to feet
+    {{1, 9}, {1, 10}, 12},          // and to inches
+    {{1, 10}, {1, 4}, 25.4},        // and to millimetres
+    {{1, 3}, {1, 11}, 1},           // no such code
+    {{0, 3}, {1, 2}, 1},            // no factor
+    {{1e300, 1}, {1e-300, 6}, 1},   // out of reach
+  };
+  for (const auto& [from, to, factor] : rows)
+    EXPECT_DOUBLE_EQ(HostUnitConversionFactor(from, to), factor) << from.unitCode << " to " << to.unitCode;
 }
 
 // Parameters and containers.

@@ -48,15 +48,7 @@ TEST_F(SceneTag, ColorsStartOpaqueAndPerPoint)
   EXPECT_EQ(tag->GetHandleR().GetCorner(1, 3)[3], 1);
 }
 
-struct SelectionRow
-{
-  const char* name;
-  std::vector<SelectionRange> added;
-  std::vector<SelectionRange> ranges;
-  Int32 count;
-};
-
-const SelectionRow kSelections[] = {
+const std::tuple<const char*, std::vector<SelectionRange>, std::vector<SelectionRange>, Int32> kSelections[] = {
   {"NextToEachOtherFromBehindJoin", {{2, 3}, {0, 1}}, {{0, 3}}, 4},
   {"InsideChangesNothing", {{0, 9}, {3, 4}}, {{0, 9}}, 10},
   {"CoversAll", {{2, 3}, {6, 7}, {0, 9}}, {{0, 9}}, 10},
@@ -67,11 +59,11 @@ const SelectionRow kSelections[] = {
 
 TEST_F(SceneTag, SelectionKeepsRangesApart)
 {
-  for (const SelectionRow& row : kSelections)
+  for (const auto& [name, added, expected, count] : kSelections)
   {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(name);
     HeadlessSelection selection;
-    for (const SelectionRange& range : row.added)
+    for (const SelectionRange& range : added)
       EXPECT_TRUE(selection.SelectRange(range.first, range.last));
     EXPECT_FALSE(selection.SelectRange(-3, -1));
     EXPECT_FALSE(selection.SelectRange(-1, 3));
@@ -80,9 +72,9 @@ TEST_F(SceneTag, SelectionKeepsRangesApart)
     EXPECT_TRUE(copy.SelectRange(100, 200));
     EXPECT_TRUE(copy.CopyFrom(selection));
     const BaseArray<SelectionRange>& ranges = copy.GetRanges();
-    EXPECT_EQ(std::vector<SelectionRange>(ranges.begin(), ranges.end()), row.ranges);
-    EXPECT_EQ(selection.GetCount(), row.count);
-    for (const SelectionRange& range : row.ranges)
+    EXPECT_EQ(std::vector<SelectionRange>(ranges.begin(), ranges.end()), expected);
+    EXPECT_EQ(selection.GetCount(), count);
+    for (const SelectionRange& range : expected)
     {
       EXPECT_TRUE(selection.IsSelected(range.first) && selection.IsSelected(range.last));
       EXPECT_FALSE(selection.IsSelected(range.first - 1));

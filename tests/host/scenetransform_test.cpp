@@ -24,16 +24,8 @@ void ExpectNear(const HostMatrix& actual, const HostMatrix& expected)
   ExpectNear(actual.axisZ, expected.axisZ, "axisZ");
 }
 
-struct TransformRow
-{
-  const char* name;
-  RotationOrder order;
-  TransformVectors vectors;
-  HostMatrix matrix;
-};
-
 // A quarter turn of heading takes X to Z and Z to -X; one about X takes Y to -Z and Z to Y.
-const TransformRow kTransforms[] = {
+const std::tuple<const char*, RotationOrder, TransformVectors, HostMatrix> kTransforms[] = {
   {"Heading", 6, {{1, 2, 3}, {kPi / 2, 0, 0}, {2, 3, 4}}, {{1, 2, 3}, {0, 0, 2}, {0, 3, 0}, {-4, 0, 0}}},
   {"FirstAngleOfOrder2IsAboutX", 2, {{}, {kPi / 2, 0, 0}, {1, 1, 1}}, {{}, {1, 0, 0}, {0, 0, -1}, {0, 1, 0}}},
   // What is left of a mirrored Z after X was negated is half a turn of heading.
@@ -45,21 +37,21 @@ class SceneTransform : public SceneTest
 
 TEST_F(SceneTransform, VectorsBuildTheMatrixAndTheMatrixGivesTheVectors)
 {
-  for (const TransformRow& row : kTransforms)
+  for (const auto& [name, order, vectors, matrix] : kTransforms)
   {
-    SCOPED_TRACE(row.name);
-    HostObject* const object = Add(row.name);
-    ToHeadless(object)->SetRotationOrder(row.order);
-    EXPECT_TRUE(object->SetParameter(kPositionParameter, row.vectors.position));
-    EXPECT_TRUE(object->SetParameter(kRotationParameter, row.vectors.rotation));
-    EXPECT_TRUE(object->SetParameter(kScaleParameter, row.vectors.scale));
-    ExpectNear(object->GetLocalMatrix(), row.matrix);
-    HostObject* const other = Add(row.name);
-    ToHeadless(other)->SetRotationOrder(row.order);
-    other->SetLocalMatrix(row.matrix);
-    ExpectNear(other->GetRelativePosition(), row.vectors.position, "position");
-    ExpectNear(other->GetRelativeScale(), row.vectors.scale, "scale");
-    ExpectNear(other->GetRelativeRotation(), row.vectors.rotation, "rotation");
+    SCOPED_TRACE(name);
+    HostObject* const object = Add(name);
+    ToHeadless(object)->SetRotationOrder(order);
+    EXPECT_TRUE(object->SetParameter(kPositionParameter, vectors.position));
+    EXPECT_TRUE(object->SetParameter(kRotationParameter, vectors.rotation));
+    EXPECT_TRUE(object->SetParameter(kScaleParameter, vectors.scale));
+    ExpectNear(object->GetLocalMatrix(), matrix);
+    HostObject* const other = Add(name);
+    ToHeadless(other)->SetRotationOrder(order);
+    other->SetLocalMatrix(matrix);
+    ExpectNear(other->GetRelativePosition(), vectors.position, "position");
+    ExpectNear(other->GetRelativeScale(), vectors.scale, "scale");
+    ExpectNear(other->GetRelativeRotation(), vectors.rotation, "rotation");
   }
 }
 

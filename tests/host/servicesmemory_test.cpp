@@ -45,13 +45,7 @@ Error ErrorOf(const Result<T>& result)
   return result.HasError() ? result.GetError() : Error();
 }
 
-struct SweepRow
-{
-  const char* name;
-  Try work;
-};
-
-const SweepRow kSweeps[] = {
+const std::pair<const char*, Try> kSweeps[] = {
   {"JsonFile", [](Material& m) { return ErrorOf(HeadlessJson().ParseFile(m.file)); }},
   {"JsonBytes",
    [](Material& m)
@@ -82,12 +76,12 @@ const SweepRow kSweeps[] = {
 
 TEST(OutOfMemory, IsAnError)
 {
-  for (const SweepRow& row : kSweeps)
+  for (const auto& [name, work] : kSweeps)
   {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(name);
     Material material;
     Error error;
-    SweepAllocations([&] { error = row.work(material); },
+    SweepAllocations([&] { error = work(material); },
                      [&](bool failed)
                      {
                        EXPECT_EQ(static_cast<bool>(error), failed) << Text(error.GetMessage());

@@ -332,13 +332,7 @@ TEST(Base64, GoesBothWaysForEveryLength)
   EXPECT_EQ(Encode("\xFB\xEF\xBE\xFF\xFF\xFF"), "++++////");
 }
 
-struct BrokenRow
-{
-  std::string text;
-  const char* decoded;
-};
-
-const BrokenRow kBroken[] = {
+const std::pair<std::string, const char*> kBroken[] = {
   // Bits of the last character that no byte holds are not looked at, as most writers and readers hold it.
   {"Zh==", "f"},
   {"Zm9=", "fo"},
@@ -355,8 +349,8 @@ const BrokenRow kBroken[] = {
 
 TEST(Base64, TellsWhereATextIsBroken)
 {
-  for (const BrokenRow& row : kBroken)
-    EXPECT_EQ(Decode(row.text), row.decoded) << row.text;
+  for (const auto& [text, decoded] : kBroken)
+    EXPECT_EQ(Decode(text), decoded) << text;
 }
 
 // Every byte outside the alphabet, at every position: of the wide steps and of the plain end.

@@ -135,18 +135,8 @@ TEST_F(Bitmaps, SayWhenMemoryRunsOut)
 
 // Other sizes.
 
-struct ResampleRow
-{
-  const char* name;
-  const char* source;
-  Int32 width;
-  Int32 height;
-  Int32 channels;
-  const char* expected;
-};
-
 // At a distance of 1/4, 3/4 and 5/4 samples the cubic is 0.8671875, 0.2265625 and -0.0703125.
-const ResampleRow kResampled[] = {
+const std::tuple<const char*, const char*, Int32, Int32, Int32, const char*> kResampled[] = {
   {"SameSizeIsACopy", "1,2,3 4,5,6 / 7,8,9 0,255,1", 2, 2, 3, "1,2,3 4,5,6 / 7,8,9 0,255,1"},
   {"SameSizeWithoutAlpha", "1,2,3,4 5,6,7,8", 2, 1, 3, "1,2,3 5,6,7"},
   // 255 · (0.2265625 - 0.0703125) / (2 · 0.8671875 + 0.2265625 - 0.0703125), and what is left of 255.
@@ -160,11 +150,11 @@ const ResampleRow kResampled[] = {
 
 TEST(Resampling, GivesTheTargetsSize)
 {
-  for (const ResampleRow& row : kResampled)
+  for (const auto& [name, source, width, height, channels, expected] : kResampled)
   {
-    const std::shared_ptr<PixelImage> target = PixelImage::Create(row.width, row.height, row.channels);
-    ASSERT_FALSE(Resample(*ImageOf(row.source), *target, nullptr).HasError());
-    EXPECT_EQ(PixelText(*target), row.expected) << row.name;
+    const std::shared_ptr<PixelImage> target = PixelImage::Create(width, height, channels);
+    ASSERT_FALSE(Resample(*ImageOf(source), *target, nullptr).HasError());
+    EXPECT_EQ(PixelText(*target), expected) << name;
   }
 }
 

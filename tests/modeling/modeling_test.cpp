@@ -232,14 +232,7 @@ private:
 constexpr Int32 kSplit = kSplitPolygonsCommand;
 constexpr Int32 kUnused = kRemoveUnusedPointsCommand;
 
-struct DataRow
-{
-  Int32 command;
-  const char* mesh;
-  const char* part;
-};
-
-const DataRow kDataRows[] = {
+const std::tuple<Int32, const char*, const char*> kDataRows[] = {
   {kSplit,
    "1 2 3 5 | 1,0,3,3\n\n"
    "10 11 12 13\n10 11 12 13\n10 11 12 13\n"
@@ -277,12 +270,12 @@ const DataRow kDataRows[] = {
 
 TEST_F(Modeling, DataFollowsPointsAndPolygons)
 {
-  for (const DataRow& row : kDataRows)
+  for (const auto& [command, left, split] : kDataRows)
   {
     HeadlessPolygonObject& mesh = AddSample();
-    const HeadlessPolygonObject* const part = Run(row.command, mesh);
-    EXPECT_EQ(Dump(mesh), row.mesh) << row.command;
-    EXPECT_EQ(part ? Dump(*part) : "", row.part) << row.command;
+    const HeadlessPolygonObject* const part = Run(command, mesh);
+    EXPECT_EQ(Dump(mesh), left) << command;
+    EXPECT_EQ(part ? Dump(*part) : "", split) << command;
   }
 }
 
@@ -345,16 +338,6 @@ TEST_F(Modeling, PartIsLikeItsSource)
   EXPECT_TRUE(part->GetParameter(77, parameter) && parameter.GetInt() == 5);
   EXPECT_EQ(Text(part->FindTag(kTextureTagType)->GetName()), "texture");
   EXPECT_TRUE(mesh.GetDown() && mesh.FindTag(kTextureTagType));
-}
-
-TEST_F(Modeling, NothingToDoTouchesNothing)
-{
-  HeadlessPolygonObject& mesh = AddGrid(3, {{0, 1, 2, 2}});
-  const HeadlessOwner<HeadlessObject> clone(mesh.CloneAlone());
-  EXPECT_TRUE(Send(kTriangulateCommand, &mesh));
-  EXPECT_TRUE(Send(kRemoveUnusedPointsCommand, &mesh));
-  EXPECT_EQ(mesh.GetPoints().GetR(), clone->AsPolygonObject()->GetPoints().GetR());
-  EXPECT_EQ(mesh.GetPolygons().GetR(), clone->AsPolygonObject()->GetPolygons().GetR());
 }
 
 TEST_F(Modeling, RefusedWithoutAChange)

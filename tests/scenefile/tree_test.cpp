@@ -112,16 +112,7 @@ TEST(SceneTree, ControlCharactersAreEscaped)
   EXPECT_EQ(text.find("b\n"), std::string::npos) << text;
 }
 
-struct LocaleRow
-{
-  const char* name;
-  const char* lcAll;
-  const char* lcCtype;
-  const char* lang;
-  Bool isUtf8;
-};
-
-const LocaleRow kLocales[] = {
+const std::tuple<const char*, const char*, const char*, const char*, Bool> kLocales[] = {
   {"NothingSet", nullptr, nullptr, nullptr, false},
   {"Lang", nullptr, nullptr, "en_US.UTF-8", true},
   {"OtherCodeset", nullptr, nullptr, "de_DE.ISO-8859-1", false},
@@ -132,8 +123,8 @@ const LocaleRow kLocales[] = {
 
 TEST(TerminalLocale, FirstThatIsSetDecides)
 {
-  for (const LocaleRow& row : kLocales)
-    EXPECT_EQ(IsUtf8Locale(row.lcAll, row.lcCtype, row.lang), row.isUtf8) << row.name;
+  for (const auto& [name, lcAll, lcCtype, lang, isUtf8] : kLocales)
+    EXPECT_EQ(IsUtf8Locale(lcAll, lcCtype, lang), isUtf8) << name;
 }
 
 }  // namespace

@@ -191,14 +191,7 @@ DocumentOwner MakeDocument(Float number, Bool asDoubles)
   return document;
 }
 
-struct CornerRow
-{
-  Float number;
-  Bool asDoubles;
-  const char* text;
-};
-
-const CornerRow kCorners[] = {
+const std::tuple<Float, Bool, const char*> kCorners[] = {
   {0.1, false, "0.1"},
   {1.0 / 3, false, "0.33333334"},
   {1e-45, false, "1e-45"},
@@ -219,19 +212,19 @@ const CornerRow kCorners[] = {
 
 TEST(SceneCorner, IsWrittenAndReadsBackInItsPrecision)
 {
-  for (const CornerRow& row : kCorners)
+  for (const auto& [number, asDoubles, shortest] : kCorners)
   {
-    SCOPED_TRACE(row.text);
-    const std::string text = Write(*MakeDocument(row.number, row.asDoubles));
-    EXPECT_NE(text.find("\"uvws\": [" + std::string(row.text) + ", 0.0, "), std::string::npos) << text;
+    SCOPED_TRACE(shortest);
+    const std::string text = Write(*MakeDocument(number, asDoubles));
+    EXPECT_NE(text.find("\"uvws\": [" + std::string(shortest) + ", 0.0, "), std::string::npos) << text;
     const DocumentOwner document = Read(text);
     ASSERT_TRUE(document);
-    ASSERT_EQ(FirstTag(*document).IsDouble(), row.asDoubles);
+    ASSERT_EQ(FirstTag(*document).IsDouble(), asDoubles);
     const HostCornerHandle handle = FirstTag(*document).GetHandleR();
-    if (row.asDoubles)
-      EXPECT_EQ(std::bit_cast<UInt>(handle.doubles[0]), std::bit_cast<UInt>(row.number));
+    if (asDoubles)
+      EXPECT_EQ(std::bit_cast<UInt>(handle.doubles[0]), std::bit_cast<UInt>(number));
     else
-      EXPECT_EQ(std::bit_cast<UInt32>(handle.singles[0]), std::bit_cast<UInt32>(static_cast<Float32>(row.number)));
+      EXPECT_EQ(std::bit_cast<UInt32>(handle.singles[0]), std::bit_cast<UInt32>(static_cast<Float32>(number)));
   }
 }
 

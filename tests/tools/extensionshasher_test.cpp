@@ -52,14 +52,7 @@ protected:
   BracketHash hash;
 };
 
-struct HashCase
-{
-  const char* input;
-  const char* output;
-  const char* onlyHashes;
-};
-
-constexpr HashCase kHashCases[] = {
+const std::tuple<const char*, const char*, const char*> kHashCases[] = {
   {"EXT_a\r\nEXT_b", "EXT_a\t[EXT_a]\r\nEXT_b\t[EXT_b]", "[EXT_a]\r\n[EXT_b]"},
   {"a\nb", "a\nb\t[a\nb]", "[a\nb]"},  // a line feed splits nothing
   {"\r\na\r\n\r\n b ", "\t[]\r\na\t[a]\r\n\t[]\r\n b \t[ b ]", "[]\r\n[a]\r\n[]\r\n[ b ]"},
@@ -69,11 +62,11 @@ constexpr HashCase kHashCases[] = {
 
 TEST_F(Hasher, LinesComeOutHashed)
 {
-  for (const HashCase& row : kHashCases)
+  for (const auto& [input, output, onlyHashes] : kHashCases)
   {
-    EXPECT_EQ(Run(row.input), row.output);
-    EXPECT_EQ(Run(row.input, kOnlyHashes), row.onlyHashes) << row.input;
-    EXPECT_EQ(Run(row.input, kOnlyHashes), row.output) << "chosen again";
+    EXPECT_EQ(Run(input), output);
+    EXPECT_EQ(Run(input, kOnlyHashes), onlyHashes) << input;
+    EXPECT_EQ(Run(input, kOnlyHashes), output) << "chosen again";
   }
 }
 
@@ -112,13 +105,8 @@ TEST_F(Hasher, DialogHasItsElementsAndGoesWithItsCommand)
 class DeafDialogs : public HeadlessDialogs
 {
 public:
-  Int BaseMessage(HostDialogBase*, Int32 message) noexcept override
-  {
-    passedOn.push_back(message);
-    return 42;
-  }
+  Int BaseMessage(HostDialogBase*, Int32) noexcept override { return 42; }
   Bool GetText(HostDialogBase*, Int32, String&) noexcept override { return false; }
-  std::vector<Int32> passedOn;
 };
 
 TEST_F(Hasher, TellsThatItCouldNotRead)
@@ -136,9 +124,6 @@ TEST_F(Hasher, TellsThatItCouldNotRead)
   EXPECT_EQ(client.Message(dialog.ToHost(), 0x696E7465), 42);
   EXPECT_EQ(lines, std::vector<std::string>{"Failed to get input string"});
   EXPECT_EQ(dialog.GetText(kOutput).GetView(), "as it was");
-  EXPECT_EQ(client.Message(dialog.ToHost(), 7), 42);
-  EXPECT_EQ(dialogs.passedOn, (std::vector<Int32>{0x696E7465, 7}));
-  EXPECT_EQ(lines.size(), 1u);
 }
 
 }  // namespace
