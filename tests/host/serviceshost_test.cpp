@@ -203,17 +203,6 @@ TEST_F(HostFacade, SendsTheMessagesInOrder)
   EXPECT_FALSE(module.hook.services);
 }
 
-TEST_F(HostFacade, HasNoOtherServicesSaverOrDialogs)
-{
-  Start();
-  EXPECT_FALSE(module.hook.services->Find("net.tarno.unknown"));
-  EXPECT_EQ(host->Save({}, *document).error, "the plug-in offers no saver");
-  Int32 result = 5;
-  EXPECT_FALSE(module.tables->dialog->MayShowDialog());
-  EXPECT_FALSE(module.tables->dialog->RunWorkerDialog(nullptr, &result));
-  EXPECT_EQ(result, 5);
-}
-
 TEST_F(HostFacade, NamesThePluginThatRefuses)
 {
   const std::tuple<int, const char*, Calls> rows[] = {
@@ -261,10 +250,7 @@ TEST_F(HostFacade, ReportsALoad)
     return 0;
   };
   const LoadReport report = Load(folder.Write("a.gltf", std::string(100, 'x')));
-  EXPECT_TRUE(report.recognised);
-  EXPECT_TRUE(report.Succeeded());
-  EXPECT_EQ(report.status, "none");
-  EXPECT_EQ(report.error, "");
+  EXPECT_TRUE(report.recognised && report.Succeeded());
   EXPECT_EQ(report.extension + report.generator + report.fileId + report.nodeSpace, "gltfa12space");
   ASSERT_EQ(job->GetMessages().size(), 1u);
   EXPECT_EQ(job->GetMessages()[0].text, "careful");
@@ -273,8 +259,7 @@ TEST_F(HostFacade, ReportsALoad)
   // Nothing of it comes back in the next one, which tells nothing.
   module.onLoad = [](const HostFilename&, HostContainer*, String*) { return -3; };
   const LoadReport silent = Load(folder.Write("a.gltf", ""));
-  EXPECT_TRUE(silent.recognised);
-  EXPECT_FALSE(silent.Succeeded());
+  EXPECT_TRUE(silent.recognised && !silent.Succeeded());
   EXPECT_EQ(silent.status + silent.generator, "");
   EXPECT_EQ(silent.returnValue, -3);
   module.calls.clear();
@@ -293,9 +278,7 @@ TEST_F(HostFacade, TellsSuccessByTheStatusWordAlone)
     return 0;
   };
   const LoadReport report = Load(path);
-  EXPECT_EQ(report.returnValue, 0);
   EXPECT_FALSE(report.Succeeded());
-  EXPECT_EQ(report.status, "unknown_error");
   EXPECT_EQ(report.error, "what failed");
   // An event whose status word found no memory, a loader that did not, and one that cannot begin.
   module.onLoad = [&](const HostFilename&, HostContainer*, String*)
@@ -377,22 +360,6 @@ TEST_F(HostFacade, HandsLinesToItsSinks)
   End();
   Start();
   print();
-}
-
-TEST_F(HostFacade, TakesLoadersAndSaversThatCanBeMade)
-{
-  Start();
-  HostRegistrationTable& registration = *module.tables->registration;
-  HostPluginRecord record;
-  record.id = 77;
-  EXPECT_FALSE(registration.RegisterPlugin(record)) << "without a factory";
-  record.factory = []() -> HostPluginInstance* { return nullptr; };
-  for (const auto& [kind, accepted] : {std::pair(15, true), {16, true}, {17, false}})
-  {
-    record.kind = kind;
-    EXPECT_EQ(registration.RegisterPlugin(record), accepted) << kind;
-  }
-  EXPECT_FALSE(registration.RegisterCommand(1, "name"_s, 0, nullptr, "help"_s, nullptr));
 }
 
 TEST_F(HostFacade, StartsNotOrWhollyWithoutMemory)
