@@ -296,23 +296,6 @@ TEST_F(CurrentState, DeepAndWideTreesCostNoStack)
   EXPECT_EQ(count, 200001);
 }
 
-TEST_F(CurrentState, LongChainsOfInstancesAreFollowedOnce)
-{
-  HeadlessObject& root = AddRoot();
-  HeadlessObject* shown = &AddMeshObject("mesh");
-  for (int i = 0; i < 50000; ++i)
-  {
-    HeadlessObject* const instance = HeadlessObject::Create(kInstanceObjectType);
-    instance->InsertUnder(&root);  // the last one first
-    ASSERT_TRUE(instance->SetReference(shown));
-    shown = instance;
-  }
-  const Owner copy = MakeCopy(root, {0, Int(1) << 30});
-  ASSERT_TRUE(copy);
-  EXPECT_TRUE(copy->GetDown()->IsPolygonObject());
-  EXPECT_TRUE(copy->GetLastChild()->IsPolygonObject());
-}
-
 TEST_F(CurrentState, NullWithoutMemoryAndNothingLeftOver)
 {
   HeadlessObject& root = AddRoot();

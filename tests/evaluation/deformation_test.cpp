@@ -171,32 +171,6 @@ TEST_F(Skin, WithoutABindPoseNothingMoves)
   EXPECT_EQ(PointsOf(*MakeCopy(mesh)), (Points{{1, 2, 3}}));
 }
 
-TEST_F(Skin, GlobalMatricesOfDeepJointsAreWorkedOutOnce)
-{
-  // A chain of joints, all of which carry the mesh: each goes up by 1 from the one before.
-  constexpr Int32 kJointCount = 20000;
-  HeadlessPolygonObject& mesh = AddPoints({{0, 0, 0}});
-  auto& tag = static_cast<HeadlessWeightTag&>(*HeadlessTag::Create(kWeightTagType));
-  tag.InsertInto(&mesh);
-  HeadlessObject* joint = &AddObject("first", nullptr, kJointObjectType);
-  HeadlessObject& first = *joint;
-  for (Int32 i = 0; i < kJointCount; ++i)
-  {
-    ASSERT_EQ(tag.AddJoint(joint), i);
-    ASSERT_TRUE(tag.SetWeight(i, 0, 1));
-    HeadlessObject* const next = HeadlessObject::Create(kJointObjectType);
-    next->InsertUnder(joint);
-    joint = next;
-  }
-  const std::vector<HostMatrix> binds(kJointCount);
-  ASSERT_TRUE(tag.SetBindPose(HostMatrix(), binds.data(), kJointCount));
-  for (HeadlessObject* object = &first; object; object = object->GetDown())
-    object->SetLocalMatrix(Offset({0, 1, 0}));
-  AddDeformer(&mesh);
-  // 1 to 20000, on average.
-  EXPECT_NEAR(PointsOf(*MakeCopy(mesh))[0].y, 10000.5, 1e-6);
-}
-
 // Pose morphs.
 
 class Morphs : public CurrentStateTest

@@ -88,13 +88,7 @@ TEST(Rotation, AnglesOfAQuaternion)
 
 TEST(Rotation, QuaternionOfOneAngle)
 {
-  struct Row
-  {
-    Vector angles;
-    Bool flipZ;
-    Vector4 quaternion;
-  };
-  const Row rows[] = {
+  const std::tuple<Vector, Bool, Vector4> rows[] = {
     {{0, 0, 0}, true, {0, 0, 0, -1}},
     {{kHalf, 0, 0}, true, {0, -kRoot, 0, -kRoot}},
     {{0, kHalf, 0}, false, {kRoot, 0, 0, -kRoot}},
@@ -105,12 +99,11 @@ TEST(Rotation, QuaternionOfOneAngle)
     {{kHalf, 0, kHalf}, false, {-0.5, 0.5, 0.5, -0.5}},
     {{0, kHalf, kHalf}, false, {0.5, 0.5, 0.5, -0.5}},
   };
-  for (const Row& row : rows)
+  for (const auto& [angles, flipZ, expected] : rows)
   {
-    const Vector4 quaternion = AnglesToQuaternion(row.angles, row.flipZ);
-    ExpectNear(Vector{quaternion.x, quaternion.y, quaternion.z}, {row.quaternion.x, row.quaternion.y, row.quaternion.z}, 1e-15,
-               Shown(row.angles));
-    EXPECT_NEAR(quaternion.w, row.quaternion.w, 1e-15) << Shown(row.angles);
+    const Vector4 found = AnglesToQuaternion(angles, flipZ);
+    ExpectNear(Vector{found.x, found.y, found.z}, {expected.x, expected.y, expected.z}, 1e-15, Shown(angles));
+    EXPECT_NEAR(found.w, expected.w, 1e-15) << Shown(angles);
   }
 }
 

@@ -12,7 +12,6 @@
 #include "host/images/mediasessions.h"
 #include "tests/host/servicesupport.h"
 #include "tests/images/imagebuilders.h"
-#include "tests/support/rowname.h"
 #include "tests/support/sweep.h"
 
 namespace q7z::test
@@ -28,15 +27,8 @@ Result<std::shared_ptr<PixelImage>> Decode(const Bytes& file)
   return DecodeImage(exact.get(), static_cast<Int>(file.size()));
 }
 
-struct PixelRow
-{
-  const char* name;
-  Bytes file;
-  const char* pixels;
-};
-
 // Colour types: 0 gray, 2 RGB, 3 palette, 4 gray with alpha, 6 RGB with alpha.
-const PixelRow kPixels[] = {
+const std::tuple<const char*, Bytes, const char*> kPixels[] = {
   {"PngRgb", PngBuilder({2, 2}).Rows({0, 1, 2, 3, 4, 5, 6, 0, 7, 8, 9, 10, 11, 12}).Build(), "1,2,3 4,5,6 / 7,8,9 10,11,12"},
   {"PngRgba", PngBuilder({1, 1, 8, 6}).Rows({0, 1, 2, 3, 4}).Build(), "1,2,3,4"},
   {"PngGray", PngBuilder({2, 1, 8, 0}).Rows({0, 7, 200}).Build(), "7,7,7 200,200,200"},
@@ -63,24 +55,20 @@ const PixelRow kPixels[] = {
   {"JpegProgressive", JpegBuilder(1, 2).Components({9}).Scans(3).Build(), "9,9,9 / 9,9,9"},
 };
 
-class DecodesPixels : public testing::TestWithParam<PixelRow>
-{};
-
-TEST_P(DecodesPixels, AsTheFileHasThemOrNoneWhereTheyAreCutOff)
+TEST(DecodedPixels, AreThoseOfTheFileOrNoneWhereItIsCutOff)
 {
-  const Bytes& file = GetParam().file;
-  // Behind the last pixel a PNG file has the checksum of their chunk and an empty chunk, whose loss takes nothing away.
-  const std::size_t neededBytes = file[0] == 0x89 ? file.size() - 4 - 12 : file.size();
-  for (std::size_t size = 0; size <= file.size(); ++size)
+  for (const auto& [name, file, pixels] : kPixels)
   {
-    const Result<std::shared_ptr<PixelImage>> image =
-      Decode(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)));
-    ASSERT_EQ(image.HasError(), size < neededBytes) << size << " of " << file.size() << " bytes: " << ErrorText(image);
-    EXPECT_EQ(image.HasError() ? GetParam().pixels : PixelText(*image.GetValue()), GetParam().pixels) << size;
+    // Behind the last pixel a PNG file has the checksum of their chunk and an empty chunk, whose loss takes nothing away.
+    const std::size_t neededBytes = file[0] == 0x89 ? file.size() - 4 - 12 : file.size();
+    for (std::size_t size = 0; size <= file.size(); ++size)
+    {
+      const Result<std::shared_ptr<PixelImage>> image = Decode(Bytes(file.data(), file.data() + size));
+      ASSERT_EQ(image.HasError(), size < neededBytes) << name << " cut at " << size << ": " << ErrorText(image);
+      EXPECT_EQ(image.HasError() ? pixels : PixelText(*image.GetValue()), pixels) << name;
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, DecodesPixels, testing::ValuesIn(kPixels), RowName());
 
 Bytes WithByte(Bytes file, std::size_t index, int value)
 {
