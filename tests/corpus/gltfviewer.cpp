@@ -244,28 +244,6 @@ bool GltfViewer::IsJoint(int node) const
                      { return std::find(skin.joints.begin(), skin.joints.end(), node) != skin.joints.end(); });
 }
 
-void GltfViewer::KeepFourJoints()
-{
-  for (std::vector<Mesh>& primitives : _meshes)
-  {
-    for (Mesh& mesh : primitives)
-    {
-      for (size_t i = 0; i < mesh.points.size(); ++i)
-      {
-        std::vector<double*> weights;
-        for (Influences& set : mesh.influences)
-        {
-          for (size_t k = 4 * i; k < 4 * i + 4; ++k)
-            weights.push_back(&set.weights.at(k));
-        }
-        std::sort(weights.begin(), weights.end(), [](const double* a, const double* b) { return *a > *b; });
-        std::for_each(weights.begin() + std::min<std::ptrdiff_t>(4, std::ssize(weights)), weights.end(),
-                      [](double* weight) { *weight = 0; });
-      }
-    }
-  }
-}
-
 std::pair<double, double> GltfViewer::GetTimeRange() const
 {
   if (_samplers.empty())

@@ -62,8 +62,6 @@ public:
   /// Whether some skin counts the node among its joints.
   bool IsJoint(int node) const;
   std::vector<GltfSampler>& GetSamplers() { return _samplers; }
-  /// Leaves each point the four joints with the largest weights.
-  void KeepFourJoints();
   /// The first and the last key; 0 twice without any.
   std::pair<double, double> GetTimeRange() const;
 

@@ -61,7 +61,6 @@ const Film kFilms[] = {
   {"valid/skins/generic-hand-left.glb", 0},
   {"valid/skins/greenman.glb", 2},
   {"valid/skins/magnum-skin.gltf", 0},
-  {"valid/skins/quad_skin.glb", 0, {Change::kFourJoints}},
   {"valid/skins/robot.glb", 3},
   {"valid/skins/simple_skin.gltf", 1, {Change::kQuaternions}},
 };
@@ -228,8 +227,6 @@ std::string WriteClip(const Clip& clip, const TestFolder& folder)
 
 void ApplyChange(Change change, GltfViewer& original)
 {
-  if (change == Change::kFourJoints)
-    original.KeepFourJoints();
   for (GltfSampler& sampler : original.GetSamplers())
   {
     if (change == Change::kSplines)

@@ -20,7 +20,6 @@ enum class Change
   kTurnSplines,  ///< rotations leave without tangents
   kSteps,        ///< a rotation that jumps turns over the last frame before a key
   kQuaternions,  ///< quaternions whose length is not 1 count as they stand: compared less closely
-  kFourJoints,   ///< of more joints on a point the four with the largest weights stay
   kBentSkin,     ///< what joints bend while it is saved is bound as it stands: triangles are compared at the first time alone
   kSkinLost,     ///< a skin with several meshes holds the last one, a joint takes the place of the mesh on its node: nodes alone
 };

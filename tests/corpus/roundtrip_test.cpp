@@ -80,14 +80,23 @@ bool AreBytesEqual(const std::string& a, const std::string& b, bool hasAnimation
   return true;
 }
 
+template <typename Takes>
+bool AnyObject(const HeadlessDocument& document, Takes takes)
+{
+  const HeadlessObject* object = document.GetFirstObject();
+  while (object && !takes(*object))
+    object = HeadlessDocument::GetNextInDocument(object);
+  return object;
+}
+
 bool HasAnimations(const HeadlessDocument& document)
 {
-  for (const HeadlessObject* object = document.GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
-  {
-    if (!object->GetTracks()->IsEmpty())
-      return true;
-  }
-  return false;
+  return AnyObject(document, [](const HeadlessObject& object) { return !object.GetTracks()->IsEmpty(); });
+}
+
+bool HasMorphs(const HeadlessDocument& document)
+{
+  return AnyObject(document, [](const HeadlessObject& object) { return object.FindTag(kPoseMorphTagType); });
 }
 
 class RoundTrip : public testing::TestWithParam<Asset>
@@ -138,10 +147,8 @@ protected:
   /// As q7z does: without the option for morphs, which costs a vertex for each corner, where there are none.
   std::string SaveGlb(HeadlessDocument& document, const std::string& name)
   {
-    bool hasMorphs = false;
-    for (const HeadlessObject* op = document.GetFirstObject(); op; op = HeadlessDocument::GetNextInDocument(op))
-      hasMorphs = hasMorphs || op->FindTag(kPoseMorphTagType);
-    return Save(document, name, {{kFileFormatParameter, HostValue(kGlbFormat)}, {kExportMorphsParameter, HostValue(hasMorphs)}});
+    return Save(document, name,
+                {{kFileFormatParameter, HostValue(kGlbFormat)}, {kExportMorphsParameter, HostValue(HasMorphs(document))}});
   }
 
   std::string _input;
@@ -155,6 +162,8 @@ protected:
 TEST_P(RoundTrip, ShowsTheSameAgain)
 {
   const HeadlessOwner<HeadlessDocument> document = Load(_input);
+  if (HasMorphs(*document) || AnyObject(*document, [](const HeadlessObject& object) { return object.FindTag(kWeightTagType); }))
+    GTEST_SKIP() << "what is deformed is looked at with what moves";
   const TrianglePaths triangles = CollectTriangles(*document);
   for (const std::string& path : {Save(*document, "saved.gltf", {}), SaveGlb(*document, "saved.glb")})
   {

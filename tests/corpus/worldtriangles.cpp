@@ -4,16 +4,13 @@
 #include <array>
 #include <cmath>
 
-#include "host/scene/headlessposemorphtag.h"
-#include "host/scene/headlessweighttag.h"
+#include "host/scene/headlesstag.h"
 
 namespace q7z::test
 {
 
 namespace
 {
-
-constexpr Int32 kMorphTagStrength = 1031;
 
 constexpr double kTolerance = 1e-5;
 
@@ -26,8 +23,6 @@ enum Aspect
   kRest,
   kAspects,
 };
-
-using Points = std::vector<Vector>;
 
 template <typename Tag>
 const Tag* FindTag(const HeadlessObject& object, Int32 type)
@@ -48,98 +43,13 @@ Vector TurnNormal(const HostMatrix& m, const Vector& n)
   return Normalized(turned) * (m.GetDeterminant() < 0 ? -1.0 : 1.0);
 }
 
-// Pose morphs.
-
-Points ToPoints(const HostArray<Vector>& array)
-{
-  return array.IsEmpty() ? Points() : Points(array.GetR(), array.GetR() + array.GetCount());
-}
-
-Points GetShape(const HeadlessMorph& morph)
-{
-  if (morph.GetPointNode())
-    return ToPoints(morph.GetPointNode()->GetPoints());
-  const HeadlessObject* const object = morph.GetObject();
-  return object && object->IsPolygonObject() ? ToPoints(object->AsPolygonObject()->GetPoints()) : Points();
-}
-
-void ApplyMorphs(const HeadlessPoseMorphTag& tag, Points& points)
-{
-  const HostValue* const parameter = tag.GetParameters().Find(kMorphTagStrength);
-  const Float tagStrength = parameter ? parameter->GetFloat(1) : 1;
-  const Points own = points;
-  const Points kept = tag.GetMorphCount() > 0 ? GetShape(*tag.GetMorph(0)) : Points();
-  const Points& base = kept.size() == own.size() ? kept : own;
-  for (Int32 m = 1; m < tag.GetMorphCount(); ++m)
-  {
-    const Points shape = GetShape(*tag.GetMorph(m));
-    for (size_t i = 0; shape.size() == base.size() && i < base.size(); ++i)
-      points[i] += (shape[i] - base[i]) * (tagStrength * tag.GetMorph(m)->GetStrength());
-  }
-}
-
-// Skins.
-
-HostMatrix Scaled(const HostMatrix& m, Float factor)
-{
-  return {m.offset * factor, m.axisX * factor, m.axisY * factor, m.axisZ * factor};
-}
-
-HostMatrix Sum(const HostMatrix& a, const HostMatrix& b)
-{
-  return {a.offset + b.offset, a.axisX + b.axisX, a.axisY + b.axisY, a.axisZ + b.axisZ};
-}
-
-bool HasSkinDeformer(const HeadlessObject& object)
-{
-  for (const HeadlessObject* child = object.GetDown(); child; child = child->GetNext())
-  {
-    if (child->GetType() == kSkinDeformerType)
-      return true;
-  }
-  return false;
-}
-
-/// The matrix of each point in the object's space: the mean of what its joints do, by weight. Empty where nothing is deformed.
-std::vector<HostMatrix> BlendJoints(const HeadlessPolygonObject& object)
-{
-  const auto* const tag = FindTag<HeadlessWeightTag>(object, kWeightTagType);
-  if (!tag || !tag->HasBindPose() || !HasSkinDeformer(object))
-    return {};
-  const size_t count = static_cast<size_t>(object.GetPointCount());
-  const HostMatrix nothing = Scaled(HostMatrix(), 0);
-  std::vector<HostMatrix> blends(count, nothing);
-  std::vector<Float> sums(count, 0);
-  for (Int32 j = 0; j < tag->GetJointCount(); ++j)
-  {
-    if (!tag->GetJoint(j))
-      continue;
-    const HostMatrix movement = object.GetGlobalMatrix().GetInverse() * tag->GetJoint(j)->GetGlobalMatrix() *
-                                tag->GetJointBindMatrix(j).GetInverse() * tag->GetObjectBindMatrix();
-    for (const PointWeight& entry : tag->GetWeights(j))
-    {
-      const size_t point = static_cast<size_t>(entry.point);
-      blends[point] = Sum(blends[point], Scaled(movement, entry.weight));
-      sums[point] += entry.weight;
-    }
-  }
-  for (size_t i = 0; i < count; ++i)
-    blends[i] = sums[i] == 0 ? HostMatrix() : Scaled(blends[i], 1 / sums[i]);
-  return blends;
-}
-
 // One object.
 
 class MeshReader
 {
 public:
-  explicit MeshReader(const HeadlessPolygonObject& object)
-      : _object(object), _points(ToPoints(object.GetPoints())), _blends(BlendJoints(object))
+  explicit MeshReader(const HeadlessPolygonObject& object) : _object(object)
   {
-    if (const auto* const morphs = FindTag<HeadlessPoseMorphTag>(object, kPoseMorphTagType))
-      ApplyMorphs(*morphs, _points);
-    for (size_t i = 0; i < _blends.size(); ++i)
-      _points[i] = _blends[i] * _points[i];
     if (const auto* const tag = FindTag<HeadlessCornerTag>(object, kNormalTagType))
       _normals = tag->GetHandleR();
     if (const auto* const tag = FindTag<HeadlessCornerTag>(object, kUvwTagType))
@@ -172,13 +82,9 @@ private:
     {
       const int corner = corners[i];
       const Int32 point = corner == 0 ? indices.a : corner == 1 ? indices.b : corner == 2 ? indices.c : indices.d;
-      const size_t index = static_cast<size_t>(point);
-      paths[kPlaces].back()[i] = world * _points.at(index);
+      paths[kPlaces].back()[i] = world * _object.GetPoints().GetR()[point];
       if (_normals)
-      {
-        const Vector normal = GetCorner(_normals, polygon, corner);
-        paths[kNormals].back()[i] = TurnNormal(world, _blends.empty() ? normal : TurnNormal(_blends[index], normal));
-      }
+        paths[kNormals].back()[i] = TurnNormal(world, GetCorner(_normals, polygon, corner));
       if (_uvs)
         paths[kUvs].back()[i] = GetCorner(_uvs, polygon, corner).Scaled({1, 1, 0});
       Vector& rest = paths[kRest].back()[i];
@@ -199,8 +105,6 @@ private:
   }
 
   const HeadlessPolygonObject& _object;
-  Points _points;  // deformed, in the object's space
-  std::vector<HostMatrix> _blends;
   HostCornerHandle _normals;
   HostCornerHandle _uvs;
   HostColorHandle _colors;

@@ -1,7 +1,7 @@
 #pragma once
 
-// What a scene shows, as triangles in world space, and the comparison of two scenes by it. Worked out anew from the objects: groups,
-// instances, pose morphs and skins are applied here, and what is hidden is left out.
+// What a scene shows, as triangles in world space, and the comparison of two scenes by it. Worked out anew from the objects: groups
+// and instances are applied here, and what is hidden is left out. Nothing is deformed.
 
 #include <string>
 

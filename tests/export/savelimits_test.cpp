@@ -13,8 +13,6 @@
 #include "tests/support/rowname.h"
 #include "tests/support/savedfile.h"
 
-using namespace std::string_literals;
-
 namespace q7z::test
 {
 namespace
@@ -185,30 +183,22 @@ INSTANTIATE_TEST_SUITE_P(Rows, LargeSave, testing::ValuesIn(kLargeCases), RowNam
 /// Some hundred objects at one level: animated, split by selections, shown again, and groups of them.
 std::string MakeMixedScene()
 {
-  std::string objects;
-  for (int i = 0; i < 120; ++i)
-  {
-    const int id = 1000 + i * 20;
-    const auto n = [id](int k) { return std::to_string(id + k); };
-    const std::string x = std::to_string(i);
-    objects += (i ? ", " : "") + R"({"id": )"s + n(0) + R"(, "type": 5100, "name": "Cut )" + x + R"(", "points": [0,0,)" + x +
-               R"(, 100,0,0, 0,100,0, 100,100,0, 0,200,0], "polygons": [0,1,3,2, 2,3,4,4], "tags": [
-      {"id": )" +
-               n(1) + R"(, "type": 5673, "name": "a", "polygons": [[0,0]]},
-      {"id": )" +
-               n(2) + R"(, "type": 5616, "name": "t", "material": 10, "parameters": {"1006": "a"}},
-      {"id": )" +
-               n(3) + R"(, "type": 5612, "on": true, "limit": false, "angle": 0.7}],
+  const std::string one = R"({"id": #0, "type": 5100, "name": "Cut #", "points": [0,0,#, 100,0,0, 0,100,0, 100,100,0, 0,200,0],
+     "polygons": [0,1,3,2, 2,3,4,4], "tags": [{"id": #1, "type": 5673, "name": "a", "polygons": [[0,0]]},
+       {"id": #2, "type": 5616, "name": "t", "material": 10, "parameters": {"1006": "a"}},
+       {"id": #3, "type": 5612, "on": true, "limit": false, "angle": 0.7}],
      "tracks": [{"id": [[903,23,0],[1000,19,0]], "keys": [{"time": [0,1], "value": 0.0, "interpolation": 2},
-       {"time": [1,1], "value": )" +
-               x + R"(.0, "interpolation": 2}]}]},
-     {"id": )" +
-               n(4) + R"(, "type": 5126, "name": "Again )" + x + R"(", "position": [0,0,)" + x + R"(], "reference": )" + n(0) +
-               R"(}, {"id": )" + n(5) + R"(, "type": 5140, "name": "Group", "children": [
-       {"id": )" +
-               n(6) + R"(, "type": 5100, "name": "Plain", "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2]},
-       {"id": )" +
-               n(7) + R"(, "type": 5126, "name": "Shown", "reference": )" + n(6) + "}]}";
+       {"time": [1,1], "value": #.0, "interpolation": 2}]}]},
+    {"id": #4, "type": 5126, "name": "Again #", "position": [0,0,#], "reference": #0},
+    {"id": #5, "type": 5140, "name": "Group", "children": [
+       {"id": #6, "type": 5100, "name": "Plain", "points": [0,0,0, 1,0,0, 0,1,0], "polygons": [0,1,2,2]},
+       {"id": #7, "type": 5126, "name": "Shown", "reference": #6}]})";
+  std::string objects;
+  for (int i = 100; i < 220; ++i)
+  {
+    objects += i > 100 ? ", " : "";
+    for (const char c : one)
+      objects += c == '#' ? std::to_string(i) : std::string(1, c);
   }
   return SceneText(R"("parameters": {"1001": 4, "1002": {"time": [0,1]}, "1003": {"time": [1,1]}},
     "materials": [{"id": 10, "type": 5703, "name": "Red", "channels": {}}], "objects": [)" +
@@ -231,7 +221,7 @@ TEST_P(SaveThreads, DoNotShowInTheBytes)
 {
   const std::string scene = MakeMixedScene();
   const std::string one = SaveWithThreads(1, GetParam(), scene);
-  EXPECT_EQ(CountText(one, R"("Cut 119-Red")"), 3) << "two nodes and the mesh that they share";
+  EXPECT_EQ(CountText(one, R"("Cut 219-Red")"), 3) << "two nodes and the mesh that they share";
   for (const int threads : {2, 8, 8})
     EXPECT_TRUE(SaveWithThreads(threads, GetParam(), scene) == one) << threads << " threads";
 }

@@ -14,6 +14,7 @@
 #include "host/services/base64.h"
 #include "host/services/headlessjson.h"
 #include "plugin/document/gltfaccessor.h"
+#include "tests/document/testjson.h"
 
 namespace q7z::test
 {
@@ -42,13 +43,9 @@ uint32_t WordAt(std::string_view bytes, size_t offset)
 
 Data ParseJson(std::string_view text)
 {
-  HeadlessJson json;
-  BaseArray<Byte> bytes;
-  if (bytes.AppendCopies(reinterpret_cast<const Byte*>(text.data()), static_cast<Int>(text.size())).HasError())
-    throw std::bad_alloc();
-  Result<BaseArray<Data>> parsed = json.ParseBytes(std::move(bytes));
+  const Result<BaseArray<Data>> parsed = ParseText(text);
   if (parsed.HasError())
-    throw std::runtime_error("the file is no JSON: " + std::string(parsed.GetError().GetMessage().GetView()));
+    throw std::runtime_error("the file is no JSON: " + ErrorText(parsed));
   return parsed.GetValue()[0];
 }
 
