@@ -30,25 +30,11 @@ std::string Posed(const std::string& morphs, const std::string& members = "")
   return kTriangle + ", \"tags\": [" + PoseTag(morphs, members) + "]";
 }
 
-/// A track of the triangle's points. @param keys  for each the points at one more second, "" for none.
-std::string PointTrack(const std::vector<std::string>& keys)
-{
-  std::string text;
-  for (size_t i = 0; i < keys.size(); ++i)
-  {
-    text += (i == 0 ? "" : ", ") + std::string("{\"time\": [") + std::to_string(i) + R"(,1], "value": 0.0, "interpolation": 2)" +
-            (keys[i].empty() ? "" : ", \"points\": [" + keys[i] + "]") + "}";
-  }
-  return R"("tracks": [{"id": [[100004812,0,0]], "keys": [)" + text + "]}]";
-}
-
-const char* const kStill = "0,0,0, 100,0,0, 0,100,0";
 const char* const kLifted = "0,0,100, 100,0,0, 0,100,0";
 
 const SavedCase kMorphCases[] = {
   {"TwoPoses",
    Mesh(Posed(kBase + ", " + kLift + ", " + kSlide, R"("parameters": {"1031": 0.5})")),
-   {},
    {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
     {"meshes/0/extras", R"({"targetNames":["Lift","Slide"]})"},
     {"meshes/0/weights", "[0.25,0.0]"},
@@ -62,53 +48,44 @@ const SavedCase kMorphCases[] = {
     {"buffers/0/byteLength", "116"}}},
   {"WithoutMirror",
    Mesh(Posed(kBase + ", " + kLift)),
-   {{kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
-   {{"accessor 2", "0 0 2 0 0 0 0 0 0"}}},
+   {{"accessor 2", "0 0 2 0 0 0 0 0 0"}},
+   {{kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}}},
   {"LeftOut",
-   Mesh(Posed(kBase + ", " + kLift)),
-   {{kExportMorphsParameter, false}},
-   // The points as they look now: half lifted.
-   {{"mesh 0 POSITION", "0 0 -0.5 1 0 0 0 1 0"}, {"meshes/0/primitives/0/targets", "-"}, {"meshes/0/weights", "-"}}},
+   Mesh(Posed(kBase + ", " + kLift)),  // The points as they look now: half lifted.
+   {{"mesh 0 POSITION", "0 0 -0.5 1 0 0 0 1 0"}, {"meshes/0/primitives/0/targets", "-"}, {"meshes/0/weights", "-"}},
+   {{kExportMorphsParameter, false}}},
   {"BaseAlone",
    Mesh(Posed(kBase)),
-   {},
    {{"meshes/0/primitives/0/targets", "-"}, {"meshes/0/extras", "-"}, {"meshes/0/weights", "-"}}},
   {"BaseWithoutPoints",
-   Mesh(Posed(R"({"name": "Default"}, )" + kLift)),
-   {},
-   // Targets count from what the mesh looks like now.
+   Mesh(Posed(R"({"name": "Default"}, )" + kLift)),  // Targets count from what the mesh looks like now.
    {{"mesh 0 POSITION", "0 0 -0.5 1 0 0 0 1 0"}, {"accessor 2", "0 0 -0.5 0 0 0 0 0 0"}}},
   {"BaseOfFewerPoints",
    Mesh(Posed(R"({"name": "Default", "points": [7,7,7, 7,7,7]}, )" + kSlide)),
-   {},
    {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"accessor 2", "0 0 0 2 0 0 0 0 -0.5"}}},
   {"BaseOfMorePoints",
    Mesh(Posed(R"({"name": "Default", "points": [0,0,0, 100,0,0, 0,200,0, 7,7,7]}, )" + kSlide)),
-   {},
    {{"mesh 0 POSITION", "0 0 0 1 0 0 0 2 0"}, {"accessor 2", "0 0 0 2 0 0 0 -1 -0.5"}}},
   {"LinkedPose",
    Mesh(Posed(kBase + R"(, {"name": "Linked", "strength": 1.0, "object": 5})") +
         R"(, "children": [{"id": 5, "name": "L", "editor": 1, "render": 1, "type": 5100, "points": [0,0,0, 100,0,0, 0,300,0],
         "polygons": []}])"),
-   {},
    {{"nodes", R"([{"name":"T","mesh":0}])"},
     {"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
     {"meshes/0/extras", R"({"targetNames":["Linked"]})"},
     {"accessor 2", "0 0 0 0 0 0 0 2 0"}}},
   {"EveryCornerItsOwnVertex",
-   Mesh(R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0], "polygons": [0,1,2,2, 2,1,3,3], "tags": [)" +
-        PoseTag(R"({"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0]},
+   Mesh(
+     R"("type": 5100, "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0], "polygons": [0,1,2,2, 2,1,3,3], "tags": [)" +
+     PoseTag(R"({"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0, 100,100,0]},
                 {"name": "Lift", "points": [0,0,0, 100,0,100, 0,100,0, 100,100,0]})") +
-        R"(, {"id": 91, "type": 5671, "uvws": [0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0]}])"),
-   {},
-   // The second triangle has copies of the points 2 and 1 of its own.
+     R"(, {"id": 91, "type": 5671, "uvws": [0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0, 0,0,0]}])"),  // The second triangle has copies of the points 2 and 1 of its own.
    {{"mesh 0 indices", "3 5 4 2 1 0"},
     {"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0 1 1 0 0 1 0 1 0 0"},
     {"meshes/0/primitives/0/targets", R"([{"POSITION":3}])"},
     {"accessor 3", "0 0 0 0 0 -1 0 0 0 0 0 0 0 0 0 0 0 -1"}}},
   {"PointTrack",
    Mesh(kTriangle + ", " + PointTrack({kStill, kLifted, "0,0,0, 100,0,0, 0,100,-100"})),
-   {},
    {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
     {"meshes/0/extras", R"({"targetNames":["curve0","curve1","curve2"]})"},
     {"meshes/0/weights", "[0.0,0.0,0.0]"},
@@ -117,13 +94,12 @@ const SavedCase kMorphCases[] = {
     {"accessor 4", "0 0 0 0 0 0 0 0 1"}}},
   {"PointTrackKeyThatStoresNothing",
    Mesh(kTriangle + ", " + PointTrack({kStill, "", kLifted})),
-   {},
    {{"meshes/0/extras", R"({"targetNames":["curve0","curve1","curve2"]})"},
     {"meshes/0/primitives/0/targets", R"([{"POSITION":2},{},{"POSITION":3}])"},
-    {"bufferViews/4/buffer", "1"}}},  // of the animation: the target without positions has no view
+    {"bufferViews/4/buffer", "1"}}},
+  // of the animation: the target without positions has no view
   {"PointTrackBesideABasePose",
    Mesh(Posed(kBase) + ", " + PointTrack({kStill, kLifted})),
-   {},
    {{"meshes/0/extras", R"({"targetNames":["curve0","curve1"]})"}}},
 };
 

@@ -123,7 +123,6 @@ const SavedCase kPreparedCases[] = {
   {"GroupOfPartsTakesTheTransform",
    Scene(MakeStrip(kHalf), "", R"(, "position": [100,200,300], "scale": [1,-2,1], "tracks": [{"id": [[903,23,0],[1001,19,0]],
       "keys": [{"time": [0,1], "value": 200.0, "interpolation": 2}, {"time": [1,1], "value": 500.0, "interpolation": 2}]}])"),
-   {},
    {{"nodes/0/translation", "[1.0,2.0,-3.0]"},
     {"nodes/0/scale", "[1.0,-2.0,1.0]"},
     {"nodes/1/name", "\"strip\""},
@@ -136,30 +135,26 @@ const SavedCase kPreparedCases[] = {
   {"GroupOfPartsStandsOverABaseTransform",
    Scene(MakeStrip(kHalf), "", R"(, "position": [100,0,0],
       "base": {"offset": [1000,0,0], "axisX": [0,1,0], "axisY": [-1,0,0], "axisZ": [0,0,1]})"),
-   {},
    {{"nodes/0/translation", "[10.0,1.0,-0.0]"}}},
   {"InstancesShowTheGroupOfParts",
    Scene(MakeStrip(kHalf), R"(, {"id": 1, "type": 5126, "name": "first", "reference": 105},
       {"id": 2, "type": 1018957, "name": "second", "reference": 105}, {"id": 3, "type": 5126, "name": "none"})"),
-   {},
    {{"outline", "second[strip#2, strip-red#2, eye*], first[strip#2, strip-red#2, eye*], strip[strip#2, strip-red#2, eye*]"}}},
   {"WhatStandsUnderAPartIsCutToo",
    Scene({MakeStrip(kHalf).materials + ", " + MakeStrip(kHalf, "inner", 200).materials,
           MakeStrip(kHalf).object + ", " + MakeStrip(kHalf, "inner", 200).object + "]}"}),
-   {},
    {{"outline", "strip[strip#2, strip-red#2, eye*, inner[inner#2, inner-red#2, eye*]]"}}},
   {"HiddenInBothViewsAlone",
    Objects(Triangle(1, "hidden") + R"(, "editor": 1, "render": 1, "children": [)" + Triangle(2, "child") + "}]}, " +
            Triangle(3, "editorOnly") + R"(, "editor": 1}, )" + Triangle(4, "otherMode") + R"(, "editor": 2, "render": 2}, )" +
            Triangle(5, "outer") + ", \"children\": [" + Triangle(6, "inner") + R"(, "editor": 1, "render": 1}]})"),
-   {},
    {{"outline", "outer#1, otherMode#1, editorOnly#1"}}},
   {"CurrentFrame",
    R"("time": [1,1], )" +
      Objects(Triangle(1, "T") + R"(, "position": [100,0,0], "tracks": [{"id": [[903,23,0],[1000,19,0]], "keys": [
       {"time": [0,1], "value": 0.0, "interpolation": 2}, {"time": [2,1], "value": 200.0, "interpolation": 2}]}]})"),
-   {{kExportFrameParameter, 15}},
-   {{"nodes/0/translation", "[1.0,0.0,-0.0]"}}},
+   {{"nodes/0/translation", "[1.0,0.0,-0.0]"}},
+   {{kExportFrameParameter, 15}}},
 };
 INSTANTIATE_TEST_SUITE_P(Preparation, SavedScene, testing::ValuesIn(kPreparedCases), RowName());
 

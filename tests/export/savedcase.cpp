@@ -1,10 +1,18 @@
 #include "tests/export/savedcase.h"
 
+#include <regex>
+
 namespace q7z::test
 {
 
 namespace
 {
+
+std::string WriteTime(const std::string& text)
+{
+  const size_t slash = text.find('/');
+  return "[" + text.substr(0, slash) + "," + (slash == std::string::npos ? "1" : text.substr(slash + 1)) + "]";
+}
 
 std::string WriteNodes(const SavedContent& file, const std::string& list)
 {
@@ -26,6 +34,33 @@ std::string WriteNodes(const SavedContent& file, const std::string& list)
 }
 
 }  // namespace
+
+std::string Track(const std::string& id, const std::string& keys, int interpolation)
+{
+  const std::regex pattern("([^ =]+)=([^ <>]+)(?:<([^ ,]+),([^ >]+))?(?:>([^ ,]+),([^ ]+))?");
+  std::string text;
+  for (std::sregex_iterator key(keys.begin(), keys.end(), pattern), end; key != end; ++key)
+  {
+    const auto write = [&](size_t time)
+    { return R"("time": )" + WriteTime((*key)[time].str()) + R"(, "value": )" + (*key)[time + 1].str(); };
+    text += (text.empty() ? "{" : ", {") + write(1) + R"(, "interpolation": )" + std::to_string(interpolation);
+    text += (*key)[3].matched ? R"(, "left": {)" + write(3) + "}" : "";
+    text += (*key)[5].matched ? R"(, "right": {)" + write(5) + "}" : "";
+    text += "}";
+  }
+  return R"({"id": )" + id + R"(, "keys": [)" + text + "]}";
+}
+
+std::string PointTrack(const std::vector<std::string>& keys)
+{
+  std::string text;
+  for (size_t i = 0; i < keys.size(); ++i)
+  {
+    text += (i == 0 ? "" : ", ") + std::string("{\"time\": [") + std::to_string(i) + R"(,1], "value": 0.0, "interpolation": 2)" +
+            (keys[i].empty() ? "" : ", \"points\": [" + keys[i] + "]") + "}";
+  }
+  return R"("tracks": [{"id": [[100004812,0,0]], "keys": [)" + text + "]}]";
+}
 
 std::string WriteOutline(const SavedContent& file)
 {

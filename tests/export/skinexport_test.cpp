@@ -52,7 +52,6 @@ std::string Bound(const std::string& tags)
 const SavedCase kSkinCases[] = {
   {"TwoJoints",
    Objects(kTwoJoints),
-   kSkins,
    {{"nodes/0", R"({"name":"T","mesh":0,"skin":0})"},
     {"nodes/1/name", "\"J\""},
     {"nodes/1/translation", "[1.0,0.0,-0.0]"},
@@ -68,81 +67,78 @@ const SavedCase kSkinCases[] = {
     {"buffers/1/byteLength", "128"},
     {"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"},
     {"mesh 0 JOINTS_0", "0 1 0 0 1 0 0 0 1 0 0 0"},
-    {"mesh 0 WEIGHTS_0", "1 0 0 0 0.75 0.25 0 0 1 0 0 0"}}},
+    {"mesh 0 WEIGHTS_0", "1 0 0 0 0.75 0.25 0 0 1 0 0 0"}},
+   kSkins},
   {"TwoJointsInOneBuffer",
-   Objects(kTwoJoints),
-   {{kExportSkinsParameter, true}, {kFileFormatParameter, kGlbFormat}},
-   // Behind indices, padding, vertices, joints and weights.
+   Objects(kTwoJoints),  // Behind indices, padding, vertices, joints and weights.
    {{"bufferViews/4", R"({"buffer":0,"byteOffset":116,"byteLength":128})"},
     {"buffers", R"([{"byteLength":244}])"},
-    {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 -2 1 1 0 0 0 0 1 0 0 0 0 1 0 -1 -1 -2 1"}}},
+    {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 -2 1 1 0 0 0 0 1 0 0 0 0 1 0 -1 -1 -2 1"}},
+   {{kExportSkinsParameter, true}, {kFileFormatParameter, kGlbFormat}}},
   {"TurnedAndScaledJoint",
    Objects(Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0], "scale": [1,1,2])") + ", " +
-           Skinned(2, "T", "1", kWhole)),
-   kSkins,
-   // A quarter turn about Y takes X to -Z; back from there, and Z halved.
-   {{"accessor 4", "0 0 0.5 0 0 1 0 0 -1 0 0 0 0 0 -0.5 1"}}},
+           Skinned(2, "T", "1", kWhole)),  // A quarter turn about Y takes X to -Z; back from there, and Z halved.
+   {{"accessor 4", "0 0 0.5 0 0 1 0 0 -1 0 0 0 0 0 -0.5 1"}},
+   kSkins},
   {"TurnedJointWithoutMirror",
    Objects(Joint(1, "J", R"("position": [100,0,0], "rotation": [1.5707963267948966,0,0])") + ", " + Skinned(2, "T", "1", kWhole)),
-   {{kExportSkinsParameter, true}, {kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}},
-   {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 0 0 2 1"}}},
+   {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 0 0 2 1"}},
+   {{kExportSkinsParameter, true}, {kExportFlipZParameter, false}, {kExportScaleParameter, HostUnitScale{50, 3}}}},
   {"TurnedMesh",
-   Objects(Joint(1, "J", R"("position": [100,0,0])") + ", " +
-           Skinned(2, "T", "1", kWhole, R"("rotation": [1.5707963267948966,0,0])")),
-   kSkins,
-   // The mesh's own turn, X to -Z, and from there the way to the joint.
-   {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 -1 0 0 1"}}},
+   Objects(
+     Joint(1, "J", R"("position": [100,0,0])") + ", " +
+     Skinned(2, "T", "1", kWhole,
+             R"("rotation": [1.5707963267948966,0,0])")),  // The mesh's own turn, X to -Z, and from there the way to the joint.
+   {{"accessor 4", "0 0 -1 0 0 1 0 0 1 0 0 0 -1 0 0 1"}},
+   kSkins},
   {"FlatJoint",
-   Objects(Joint(1, "J", R"("position": [100,0,0], "scale": [1,0,1])") + ", " + Skinned(2, "T", "1", kWhole)),
-   kSkins,
-   // What cannot be inverted becomes the identity.
-   {{"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"}}},
+   Objects(Joint(1, "J", R"("position": [100,0,0], "scale": [1,0,1])") + ", " +
+           Skinned(2, "T", "1", kWhole)),  // What cannot be inverted becomes the identity.
+   {{"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"}},
+   kSkins},
   {"GroupsAreNoJoints",
    Objects(Object(1, 5140, "N", R"("children": [)" + Joint(2, "J") + "]") + ", " +
            Skinned(3, "T", "1, 2", "[[0,1.0]], [[0,0.5]]")),
-   kSkins,
    {{"nodes/2/name", "\"J\""},
     {"skins", R"([{"inverseBindMatrices":4,"joints":[2]}])"},
-    {"mesh 0 WEIGHTS_0", "0.5 0 0 0 0 0 0 0 0 0 0 0"}}},
+    {"mesh 0 WEIGHTS_0", "0.5 0 0 0 0 0 0 0 0 0 0 0"}},
+   kSkins},
   {"GroupsAlone",
    Objects(Object(1, 5140, "N", R"("children": [)" + Joint(2, "J") + "]") + ", " +
            Skinned(3, "T", "1", "[[0,1.0]]", R"("position": [100,0,0])")),
-   kSkins,
-   {{"nodes/0", R"({"name":"T","mesh":0})"}, {"skins", "-"}, {"mesh 0 WEIGHTS_0", "0 0 0 0 0 0 0 0 0 0 0 0"}}},
+   {{"nodes/0", R"({"name":"T","mesh":0})"}, {"skins", "-"}, {"mesh 0 WEIGHTS_0", "0 0 0 0 0 0 0 0 0 0 0 0"}},
+   kSkins},
   {"NoJoints",
-   Objects(Skinned(1, "T", "", "", R"("position": [100,0,0])")),
-   kSkins,
-   // A weight tag is enough to go without a transform.
-   {{"nodes", R"([{"name":"T","mesh":0}])"}, {"skins", "-"}, {"mesh 0 WEIGHTS_0", "-"}}},
+   Objects(Skinned(1, "T", "", "", R"("position": [100,0,0])")),  // A weight tag is enough to go without a transform.
+   {{"nodes", R"([{"name":"T","mesh":0}])"}, {"skins", "-"}, {"mesh 0 WEIGHTS_0", "-"}},
+   kSkins},
   {"SharedJoint",
    Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole, R"("position": [100,0,0])") + ", " +
            Skinned(3, "U", "1", kWhole, R"("position": [0,100,0])")),
-   kSkins,
    {{"nodes/0", R"({"name":"U","mesh":0,"skin":0})"},
     {"nodes/1", R"({"name":"T","mesh":1,"skin":1})"},
     {"nodes/2", R"({"name":"J"})"},
     {"skins", R"([{"inverseBindMatrices":8,"joints":[2]},{"inverseBindMatrices":9,"joints":[2]}])"},
     {"accessor 8", "1 0 0 0 0 1 0 0 0 0 1 0 0 1 0 1"},
     {"accessor 9", "1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1"},
-    {"bufferViews/9/buffer", "3"}}},
+    {"bufferViews/9/buffer", "3"}},
+   kSkins},
   {"InstanceSharesTheMeshAndHasASkin",
    Objects(Joint(1, "J") + ", " + Skinned(2, "T", "1", kWhole) + ", " + Object(3, 5126, "I", R"("reference": 2)")),
-   kSkins,
    {{"nodes/0", R"({"name":"I","mesh":0,"skin":0})"},
     {"nodes/1", R"({"name":"T","mesh":0,"skin":1})"},
-    {"skins", R"([{"inverseBindMatrices":4,"joints":[2]},{"inverseBindMatrices":5,"joints":[2]}])"}}},
+    {"skins", R"([{"inverseBindMatrices":4,"joints":[2]},{"inverseBindMatrices":5,"joints":[2]}])"}},
+   kSkins},
   {"SkinsLeftOut",
    Objects(kTwoJoints),
-   {{kExportSkinsParameter, false}},
    {{"nodes", R"([{"name":"T","mesh":0,"translation":[0.0,0.0,-2.0],"rotation":[0.0,0.0,0.0,-1.0],"scale":[1.0,1.0,1.0]}])"},
     {"skins", "-"},
-    {"mesh 0 JOINTS_0", "-"}}},
+    {"mesh 0 JOINTS_0", "-"}},
+   {{kExportSkinsParameter, false}}},
   {"HiddenAboveAJoint",
    Objects("{\"id\": 1, \"name\": \"P\", \"editor\": 1, \"render\": 1, \"position\": [100,0,0], " + kTriangle +
            ", \"children\": [" + "{\"id\": 2, \"name\": \"C\", " + kTriangle + "}, " + Joint(3, "J") + "]}, " +
-           Skinned(4, "T", "3", kWhole)),
-   kSkins,
-   // A place for the joint, without the mesh; what hangs beside the joint is gone.
+           Skinned(4, "T", "3", kWhole)),  // A place for the joint, without the mesh; what hangs beside the joint is gone.
    {{"nodes/1/name", "\"P\""},
     {"nodes/1/mesh", "-"},
     {"nodes/1/translation", "[1.0,0.0,-0.0]"},
@@ -150,18 +146,19 @@ const SavedCase kSkinCases[] = {
     {"nodes/2", R"({"name":"J"})"},
     {"nodes/3", "-"},
     {"skins/0/joints", "[2]"},
-    {"meshes/1", "-"}}},
+    {"meshes/1", "-"}},
+   kSkins},
   // The joint went by 1 since the bind pose and took the points along: the file is bound to what is there by now.
   {"WhereItStandsNow",
    Bound(""),
-   kSkins,
-   {{"mesh 0 POSITION", "1 0 0 2 0 0 1 1 0"}, {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 0 1"}}},
+   {{"mesh 0 POSITION", "1 0 0 2 0 0 1 1 0"}, {"accessor 4", "1 0 0 0 0 1 0 0 0 0 1 0 -1 0 0 1"}},
+   kSkins},
   // Of a mesh with poses it is the base pose, wherever the joint went.
   {"BasePoseWhereTheJointsStand",
    Bound(R"({"id": 5, "type": 1024237, "morphs": [{"name": "Default", "points": [0,0,0, 100,0,0, 0,100,0]},
       {"name": "P", "points": [0,0,0, 300,0,0, 0,100,0]}]}, )"),
-   kSkins,
-   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"accessor 4", "0 0 0 2 0 0 0 0 0"}}},
+   {{"mesh 0 POSITION", "0 0 0 1 0 0 0 1 0"}, {"accessor 4", "0 0 0 2 0 0 0 0 0"}},
+   kSkins},
 };
 
 INSTANTIATE_TEST_SUITE_P(Skins, SavedScene, testing::ValuesIn(kSkinCases), RowName());
