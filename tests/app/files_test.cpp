@@ -8,7 +8,6 @@
 
 #include "tests/app/expectations.h"
 #include "tests/support/gltfbuilders.h"
-#include "tests/support/rowname.h"
 
 namespace q7z::test
 {
@@ -20,39 +19,27 @@ std::string MakeGlb()
   return ToText(GlbBuilder().PaddedJson(kGoodFile).File());
 }
 
-/// A file that does not load, by its content alone.
-struct Refused
+TEST(AppInput, ThatDoesNotLoadLeavesNoOutput)
 {
-  std::string name;
-  std::string fileName;
-  std::string bytes;
-  std::string said;
-};
-
-class AppRefuses : public testing::TestWithParam<Refused>
-{};
-
-TEST_P(AppRefuses, WithTheErrorAndWithoutOutput)
-{
-  const TestFolder folder;
-  const std::string in = folder.Write(GetParam().fileName, GetParam().bytes);
-  const std::string out = folder.Write("out.json", "precious");
-  const RunResult result = RunTool({"import", in, out});
-  ExpectFailure(result, 1, GetParam().said);
-  EXPECT_NE(result.err.find(in), std::string::npos) << result.err;
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(folder.Read("out.json"), "precious");
-  EXPECT_EQ(folder.List().size(), 2u) << "a file was left behind";
+  const std::string cut = MakeGlb().substr(0, 40);
+  const std::string rows[][3] = {
+    {"in.obj", "v 1 2 3\n", "is neither a GLB file (version 2) nor named .gltf"},
+    {"in.gltf", R"({"nodes":[)", "JSON file couldn't be read"},
+    {"in.glb", cut, "Condition glbFile->ReadBytes(gltfChunkBytes.GetFirst(), chunkLength) == chunkLength not fulfilled."},
+  };
+  for (const auto& [name, bytes, said] : rows)
+  {
+    const TestFolder folder;
+    const std::string in = folder.Write(name, bytes);
+    const std::string out = folder.Write("out.json", "precious");
+    const RunResult result = RunTool({"import", in, out});
+    ExpectFailure(result, 1, said);
+    EXPECT_NE(result.err.find(in), std::string::npos) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(folder.Read("out.json"), "precious");
+    EXPECT_EQ(folder.List().size(), 2u) << "a file was left behind";
+  }
 }
-
-const std::vector<Refused> kRefused = {
-  {"NeitherForm", "in.obj", "v 1 2 3\n", "is neither a GLB file (version 2) nor named .gltf"},
-  {"BrokenGltf", "in.gltf", R"({"nodes":[)", "JSON file couldn't be read"},
-  {"GlbCutInTheChunk", "in.glb", MakeGlb().substr(0, 40),
-   "Condition glbFile->ReadBytes(gltfChunkBytes.GetFirst(), chunkLength) == chunkLength not fulfilled."},
-};
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppRefuses, testing::ValuesIn(kRefused), RowName());
 
 TEST(AppInput, IsAPlainFileThatIsThere)
 {
@@ -63,34 +50,19 @@ TEST(AppInput, IsAPlainFileThatIsThere)
   ExpectFailure(stage.Run({"inspect", "pipe.gltf"}), 3, "is no plain file; use - to read from stdin");
 }
 
-/// stdin takes both forms, and nothing of it is left behind.
-struct Piped
+// Of either form, and nothing of it is left behind.
+TEST(AppStdin, IsReadAsAFile)
 {
-  std::string name;
-  std::string input;
-  int status;
-};
-
-class AppStdin : public testing::TestWithParam<Piped>
-{};
-
-TEST_P(AppStdin, IsReadAsAFile)
-{
-  const TestFolder temporary;
-  const RunResult result =
-    RunTool({"import", "-"}, {.input = GetParam().input, .environment = {{"TMPDIR", temporary.GetPath()}}});
-  EXPECT_EQ(result.status, GetParam().status) << result.err;
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(temporary.List(), std::vector<std::string>{});
+  const std::pair<std::string, int> rows[] = {{kGoodFile, 0}, {MakeGlb(), 0}, {"", 1}, {std::string(100000, '\xFF'), 1}};
+  for (const auto& [input, status] : rows)
+  {
+    const TestFolder temporary;
+    const RunResult result = RunTool({"import", "-"}, {.input = input, .environment = {{"TMPDIR", temporary.GetPath()}}});
+    EXPECT_EQ(result.status, status) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(temporary.List(), std::vector<std::string>{});
+  }
 }
-
-const std::vector<Piped> kPiped = {
-  {"Text", kGoodFile, 0},
-  {"Nothing", "", 1},
-  {"Garbage", std::string(100000, '\xFF'), 1},
-};
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppStdin, testing::ValuesIn(kPiped), RowName());
 
 TEST(AppStdin, WithoutAFolderToKeepItFails)
 {

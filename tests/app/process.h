@@ -43,7 +43,6 @@ public:
   /// Kills it when it still runs.
   ~Process();
 
-  pid_t GetId() const { return _id; }
   /// Writes to stdin, whose text in the settings is not used then. @return false when nobody reads any more.
   bool Write(const std::string& text);
   void Signal(int signal);

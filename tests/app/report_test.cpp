@@ -122,36 +122,23 @@ TEST(AppReportTimings, AreToldOnRequest)
   EXPECT_NE(result.out.find("\"load\":", result.out.find("\"timings\"")), std::string::npos) << result.out;
 }
 
-/// What stands on stderr, word for word.
-struct StderrRow
+TEST(AppStderr, IsExactly)
 {
-  std::string name;
-  std::string file;
-  std::vector<std::string> options;
-  std::string err;
-};
-
-class AppStderr : public testing::TestWithParam<StderrRow>
-{};
-
-TEST_P(AppStderr, IsExactly)
-{
-  std::vector<std::string> arguments = {"import", "-"};
-  arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
-  EXPECT_EQ(RunTool(arguments, {GetParam().file}).err, GetParam().err);
+  const struct
+  {
+    const char* file;
+    std::vector<std::string> options;
+    const char* err;
+  } rows[] =
+    {{kGoodFile, {}, ""},
+     {kWarnedFile, {"--quiet"}, ""},
+     {R"({"extensionsUsed":["EXT_one"],"nodes":[{}]})", {}, ""},
+     {kWarnedFile,
+      {"--color", "always"},
+      "q7z: \x1b[33mwarning:\x1b[0m The node with the index 0 could not be built. It and the nodes below it are missing.\n"}};
+  for (const auto& row : rows)
+    EXPECT_EQ(RunTool(Join({"import", "-"}, row.options), {row.file}).err, row.err);
 }
-
-const std::vector<StderrRow> kStderrRows = {
-  {"GoodSaysNothing", kGoodFile, {}, ""},
-  {"QuietHidesWarnings", kWarnedFile, {"--quiet"}, ""},
-  {"InformationWaitsForVerbose", R"({"extensionsUsed":["EXT_one"],"nodes":[{}]})", {}, ""},
-  {"Colored",
-   kWarnedFile,
-   {"--color", "always"},
-   "q7z: \x1b[33mwarning:\x1b[0m The node with the index 0 could not be built. It and the nodes below it are missing.\n"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppStderr, testing::ValuesIn(kStderrRows), RowName());
 
 TEST(AppTexts, OfAFileAreShownEscaped)
 {

@@ -20,7 +20,6 @@ struct LoadResult
   int assetWarnings = 0;
   int dataWarnings = 0;
   int nodeWarnings = 0;
-  int otherWarnings = 0;
   Int objects = 0;
   Int points = 0;
   Int polygons = 0;

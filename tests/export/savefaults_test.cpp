@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "framework/check.h"
-#include "host/scene/scenediagnostics.h"
 #include "host/services/headlessdialogs.h"
 #include "plugin/export/gltfpreprocessor.h"
 #include "plugin/export/gltfprogress.h"
@@ -18,6 +17,7 @@
 #include "tests/support/faultyfiles.h"
 #include "tests/support/rowname.h"
 #include "tests/support/savedfile.h"
+#include "tests/support/scenecounts.h"
 
 namespace q7z::test
 {
@@ -55,16 +55,6 @@ constexpr const char* kScene = R"("name": "something of everything",
           {"name": "A pose whose name takes memory", "strength": 1.0, "points": [0,0,1, 1,0,0, 0,1,0]}],
          "tracks": [{"id": [[4000,5,0],[1101,19,0]], "keys": [{"time": [0,1], "value": 1.0, "interpolation": 2}]}]}]},
       {"id": 36, "type": 1019362, "name": "Bone", "position": [10,0,0]}]}])";
-
-/// The counters of the scene model at one moment.
-struct SceneCounts
-{
-  Int nodes = GetSceneDiagnostics().liveNodes;
-  Int tracks = GetSceneDiagnostics().liveTracks;
-  Int mistakes =
-    GetSceneDiagnostics().insertedTwice + GetSceneDiagnostics().freedWhileInserted + GetSceneDiagnostics().refusedCycles;
-  friend bool operator==(const SceneCounts&, const SceneCounts&) = default;
-};
 
 class SaveFaults : public testing::Test
 {

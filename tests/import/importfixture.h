@@ -10,24 +10,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/scene/scenediagnostics.h"
 #include "plugin/module/hostconsole.h"
 #include "tests/import/scenetext.h"
 #include "tests/support/gltfbuilders.h"
 #include "tests/support/rowname.h"
+#include "tests/support/scenecounts.h"
 #include "tests/support/testhost.h"
 
 namespace q7z::test
 {
-
-/// The counters of the scene model at one moment.
-struct SceneCounts
-{
-  Int liveNodes = GetSceneDiagnostics().liveNodes;
-  Int insertedTwice = GetSceneDiagnostics().insertedTwice;
-  Int freedWhileInserted = GetSceneDiagnostics().freedWhileInserted;
-  Int refusedCycles = GetSceneDiagnostics().refusedCycles;
-};
 
 class ImportTest : public testing::Test
 {
@@ -38,11 +29,7 @@ protected:
   void TearDown() override
   {
     _host.reset();
-    const SceneCounts after;
-    EXPECT_EQ(after.liveNodes, _before.liveNodes);
-    EXPECT_EQ(after.insertedTwice, _before.insertedTwice);
-    EXPECT_EQ(after.freedWhileInserted, _before.freedWhileInserted);
-    EXPECT_EQ(after.refusedCycles, _before.refusedCycles);
+    EXPECT_EQ(SceneCounts(), _before);
   }
 
   TestHost& Host() { return *_host; }

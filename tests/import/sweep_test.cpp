@@ -87,9 +87,7 @@ TEST_P(ImportMemorySweep, EndsCleanly)
     if (!_fired)
       break;
     seen.insert(_event.status);
-    const SceneCounts after;
-    ASSERT_EQ(after.liveNodes, before.liveNodes) << "left over after failure " << failAt;
-    ASSERT_EQ(after.freedWhileInserted, before.freedWhileInserted) << failAt;
+    ASSERT_EQ(SceneCounts(), before) << failAt;
     if (failAt % 16 == 1)
       ExpectTheNextLoadToBeGood(failAt);
     ASSERT_FALSE(HasFatalFailure());

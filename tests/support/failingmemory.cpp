@@ -108,138 +108,64 @@ extern "C"
 using q7z::test::IsRefused;
 using Nothrow = const std::nothrow_t&;
 
-void* __real__Znwm(std::size_t size);
-void* __real__Znam(std::size_t size);
-void* __real__ZnwmRKSt9nothrow_t(std::size_t size, Nothrow) noexcept;
-void* __real__ZnamRKSt9nothrow_t(std::size_t size, Nothrow) noexcept;
-void* __real__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment);
-void* __real__ZnamSt11align_val_t(std::size_t size, std::align_val_t alignment);
-void* __real__ZnwmSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow) noexcept;
-void* __real__ZnamSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow) noexcept;
+#define WRAP_NEW(NAME, REFUSED, QUALIFIER, ARGUMENTS, ...)      \
+  void* __real_##NAME(__VA_ARGS__) QUALIFIER;                   \
+  void* __wrap_##NAME(__VA_ARGS__) QUALIFIER                    \
+  {                                                             \
+    return IsRefused(size) ? REFUSED : __real_##NAME ARGUMENTS; \
+  }
 
-void* __wrap__Znwm(std::size_t size)
-{
-  return IsRefused(size) ? throw std::bad_alloc() : __real__Znwm(size);
-}
-void* __wrap__Znam(std::size_t size)
-{
-  return IsRefused(size) ? throw std::bad_alloc() : __real__Znam(size);
-}
-void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, Nothrow tag) noexcept
-{
-  return IsRefused(size) ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
-}
-void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, Nothrow tag) noexcept
-{
-  return IsRefused(size) ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
-}
-void* __wrap__ZnwmSt11align_val_t(std::size_t size, std::align_val_t alignment)
-{
-  return IsRefused(size) ? throw std::bad_alloc() : __real__ZnwmSt11align_val_t(size, alignment);
-}
-void* __wrap__ZnamSt11align_val_t(std::size_t size, std::align_val_t alignment)
-{
-  return IsRefused(size) ? throw std::bad_alloc() : __real__ZnamSt11align_val_t(size, alignment);
-}
-void* __wrap__ZnwmSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow tag) noexcept
-{
-  return IsRefused(size) ? nullptr : __real__ZnwmSt11align_val_tRKSt9nothrow_t(size, alignment, tag);
-}
-void* __wrap__ZnamSt11align_val_tRKSt9nothrow_t(std::size_t size, std::align_val_t alignment, Nothrow tag) noexcept
-{
-  return IsRefused(size) ? nullptr : __real__ZnamSt11align_val_tRKSt9nothrow_t(size, alignment, tag);
-}
+WRAP_NEW(_Znwm, throw std::bad_alloc(), , (size), std::size_t size)
+WRAP_NEW(_Znam, throw std::bad_alloc(), , (size), std::size_t size)
+WRAP_NEW(_ZnwmRKSt9nothrow_t, nullptr, noexcept, (size, tag), std::size_t size, Nothrow tag)
+WRAP_NEW(_ZnamRKSt9nothrow_t, nullptr, noexcept, (size, tag), std::size_t size, Nothrow tag)
+WRAP_NEW(_ZnwmSt11align_val_t, throw std::bad_alloc(), , (size, alignment), std::size_t size, std::align_val_t alignment)
+WRAP_NEW(_ZnamSt11align_val_t, throw std::bad_alloc(), , (size, alignment), std::size_t size, std::align_val_t alignment)
+WRAP_NEW(_ZnwmSt11align_val_tRKSt9nothrow_t, nullptr, noexcept, (size, alignment, tag), std::size_t size,
+         std::align_val_t alignment, Nothrow tag)
+WRAP_NEW(_ZnamSt11align_val_tRKSt9nothrow_t, nullptr, noexcept, (size, alignment, tag), std::size_t size,
+         std::align_val_t alignment, Nothrow tag)
 }
 
 #else
 
-// The replaced functions of the language.
+// The replaced functions of the language, plain and for arrays.
 
 using q7z::test::FreeAligned;
 using q7z::test::Request;
 using q7z::test::RequestAligned;
 using q7z::test::ThrowIfNull;
 
-void* operator new(std::size_t size)
-{
-  return ThrowIfNull(Request(size));
-}
-void* operator new[](std::size_t size)
-{
-  return ThrowIfNull(Request(size));
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-  return Request(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-  return Request(size);
-}
-void* operator new(std::size_t size, std::align_val_t alignment)
-{
-  return ThrowIfNull(RequestAligned(size, alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment)
-{
-  return ThrowIfNull(RequestAligned(size, alignment));
-}
-void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
-{
-  return RequestAligned(size, alignment);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
-{
-  return RequestAligned(size, alignment);
-}
+#define REPLACE_NEW(BLOCK, QUALIFIER, ...)    \
+  void* operator new(__VA_ARGS__) QUALIFIER   \
+  {                                           \
+    return BLOCK;                             \
+  }                                           \
+  void* operator new[](__VA_ARGS__) QUALIFIER \
+  {                                           \
+    return BLOCK;                             \
+  }
 
-void operator delete(void* block) noexcept
-{
-  std::free(block);
-}
-void operator delete[](void* block) noexcept
-{
-  std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-  std::free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept
-{
-  std::free(block);
-}
-void operator delete(void* block, const std::nothrow_t&) noexcept
-{
-  std::free(block);
-}
-void operator delete[](void* block, const std::nothrow_t&) noexcept
-{
-  std::free(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept
-{
-  FreeAligned(block);
-}
-void operator delete[](void* block, std::align_val_t) noexcept
-{
-  FreeAligned(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept
-{
-  FreeAligned(block);
-}
-void operator delete[](void* block, std::size_t, std::align_val_t) noexcept
-{
-  FreeAligned(block);
-}
-void operator delete(void* block, std::align_val_t, const std::nothrow_t&) noexcept
-{
-  FreeAligned(block);
-}
-void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noexcept
-{
-  FreeAligned(block);
-}
+#define REPLACE_DELETE(FREE, ...)              \
+  void operator delete(__VA_ARGS__) noexcept   \
+  {                                            \
+    FREE(block);                               \
+  }                                            \
+  void operator delete[](__VA_ARGS__) noexcept \
+  {                                            \
+    FREE(block);                               \
+  }
+
+REPLACE_NEW(ThrowIfNull(Request(size)), , std::size_t size)
+REPLACE_NEW(Request(size), noexcept, std::size_t size, const std::nothrow_t&)
+REPLACE_NEW(ThrowIfNull(RequestAligned(size, alignment)), , std::size_t size, std::align_val_t alignment)
+REPLACE_NEW(RequestAligned(size, alignment), noexcept, std::size_t size, std::align_val_t alignment, const std::nothrow_t&)
+
+REPLACE_DELETE(std::free, void* block)
+REPLACE_DELETE(std::free, void* block, std::size_t)
+REPLACE_DELETE(std::free, void* block, const std::nothrow_t&)
+REPLACE_DELETE(FreeAligned, void* block, std::align_val_t)
+REPLACE_DELETE(FreeAligned, void* block, std::size_t, std::align_val_t)
+REPLACE_DELETE(FreeAligned, void* block, std::align_val_t, const std::nothrow_t&)
 
 #endif
