@@ -133,6 +133,20 @@ protected:
   DataArena* const arena = DataArena::Create();
 };
 
+TEST_F(DataArenas, GiveAlignedMemoryThatDoesNotOverlap)
+{
+  Byte* end = nullptr;
+  for (const Int size : {1, 7, 8, 9, 4000, 5000, 0, 1 << 20, (8 << 20) + 1, 3})
+  {
+    Byte* const block = static_cast<Byte*>(arena->Allocate(size));
+    ASSERT_NE(block, nullptr) << size;
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 8, 0u) << size;
+    EXPECT_TRUE(block >= end || block + size < end) << size;
+    end = block + size;
+  }
+  arena->Release();
+}
+
 TEST_F(DataArenas, RefuseWhatTheyCannotHave)
 {
   EXPECT_EQ(arena->Allocate(-1), nullptr);

@@ -176,6 +176,17 @@ TEST_F(SceneDocument, ShaderFileIsResolvedAgainstTheDocument)
   }
 }
 
+TEST_F(SceneDocument, CopyKeepsItsLinksToDetachedObjectsInside)
+{
+  HostObject* const kept = Add("kept");
+  HostInsertUnder(kept, nullptr);
+  Add("instance", nullptr, kInstanceObjectType)->SetReference(kept);
+  HeadlessOwner<HeadlessDocument> copy(ToHeadless(Document()->Clone(0)));
+  FreeDocument();
+  EXPECT_EQ(copy->GetFirstObject()->GetReference(), copy->GetFirstKept());
+  EXPECT_EQ(Text(copy->GetFirstKept()->GetName()), "kept");
+}
+
 TEST_F(SceneDocument, ObjectCloneLeavesLinksUnlessTranslated)
 {
   HostObject* const outside = Add("outside");

@@ -64,6 +64,8 @@ TEST_F(SceneMemory, BulkDataStaysAsItWas)
   Sweep([&] { return clone->GetPointsW() != nullptr; }, [&] { EXPECT_EQ(clone->GetPointsR(), mesh->GetPointsR()); });
   EXPECT_NE(clone->GetPointsR(), mesh->GetPointsR());
   EXPECT_EQ(clone->GetPointsR()[0], (Vector{1, 1, 1}));
+  clone->GetPolygonsW()[0].a = 7;
+  EXPECT_EQ(mesh->GetPolygonsR()[0].a, 0);
   HostOwner<HostUvwTag> uvws(static_cast<HostUvwTag*>(HostTag::Alloc(kUvwTagType, 1)));
   Sweep([&] { return static_cast<Bool>(uvws->GetHandleW(true)); }, [&] { EXPECT_NE(uvws->GetHandleR().singles, nullptr); });
   EXPECT_NE(uvws->GetHandleR().doubles, nullptr);

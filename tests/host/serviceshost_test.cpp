@@ -362,6 +362,16 @@ TEST_F(HostFacade, HandsLinesToItsSinks)
   print();
 }
 
+TEST_F(HostFacade, TakesLoadersAndSaversThatCanBeMade)
+{
+  Start();
+  const auto makeNone = []() -> HostPluginInstance* { return nullptr; };
+  for (const auto& [kind, isTaken] : {std::pair(15, true), {16, true}, {17, false}})
+    EXPECT_EQ(module.tables->registration->RegisterPlugin({kind, 77, {}, 0, {}, {}, makeNone}), isTaken) << kind;
+  EXPECT_FALSE(module.tables->registration->RegisterPlugin({15, 77, {}, 0, {}, {}, nullptr}));
+  EXPECT_FALSE(module.tables->registration->RegisterCommand(1, "name"_s, 0, nullptr, "help"_s, nullptr));
+}
+
 TEST_F(HostFacade, StartsNotOrWhollyWithoutMemory)
 {
   module.calls.reserve(16);

@@ -26,13 +26,14 @@ struct Settings
   Int resize = 0;
   Int width = 1024;
   Int height = 1024;
+  bool wantsTextures = true;
 };
 
 DataDictionary MakeSettings(const Settings& settings)
 {
   Data sides[] = {Data(settings.width), Data(settings.height)};
   DataDictionary dictionary;
-  EXPECT_FALSE(dictionary.Set(DataKey("textureSupport"), Data(true)).HasError());
+  EXPECT_FALSE(dictionary.Set(DataKey("textureSupport"), Data(settings.wantsTextures)).HasError());
   EXPECT_FALSE(dictionary.Set(DataKey("textureResize"), Data(settings.resize)).HasError());
   EXPECT_FALSE(dictionary.Set(DataKey("textureDimensions"), Data::CreateArray(sides, 2, nullptr).GetValue()).HasError());
   return dictionary;
@@ -109,6 +110,7 @@ TEST_F(Exchange, KeepsParametersAndDecodesEachTexture)
   EXPECT_EQ(TextOf(record.GetValue(), "occlusionTexture"), "1,2,3 4,5,6");
   EXPECT_EQ(record.GetValue().textures.Find("normalTexture"_s)->buffer,
             record.GetValue().textures.Find("occlusionTexture"_s)->buffer);
+  EXPECT_TRUE(Save(material, {.wantsTextures = false}).GetValue().textures.IsEmpty());
   EXPECT_TRUE(_warnings.texts.empty());
 }
 

@@ -111,9 +111,12 @@ const std::pair<std::string, const char*> kRefused[] = {
    "objects[0].tags[0].weights[0][1][0]: a larger point than the one before expected"},
   {Tag(R"("type": 1019365, "joints": [1], "bind": {"object": {}, "joints": []})"),
    "objects[0].tags[0].bind.joints: 1 matrices expected, 0 found"},
+  {Tag(R"("type": 1019365, "bind": {"joints": []})"), "objects[0].tags[0].bind.object: missing"},
   {Tag(R"("type": 1024237, "morphs": [{"points": [], "object": 1}])"),
    "objects[0].tags[0].morphs[0]: a morph has an object or points, not both"},
   // Tracks and keys.
+  {Object(R"("type": 5140, "tracks": [{"keys": []}])"), "objects[0].tracks[0].id: missing"},
+  {Key(R"({"value": 1.0})"), "objects[0].tracks[0].keys[0].time: missing"},
   {Object(R"("type": 5140, "tracks": [{"id": [[1,0,0], [2,0,0], [3,0,0], [4,0,0]]}])"),
    "objects[0].tracks[0].id: 1 to 3 levels expected, 4 found"},
   {Object(R"("type": 5140, "tracks": [{"id": []}])"), "objects[0].tracks[0].id: 1 to 3 levels expected, 0 found"},
@@ -131,6 +134,7 @@ const std::pair<std::string, const char*> kRefused[] = {
   {Takes(R"({"main": false})"), "takes[0].main: the first take is the main take, and no other"},
   {Takes(R"({"current": true}, {"current": true})"), "takes[1].current: another take is current"},
   {Takes(R"({"overrides": [{"target": 1}]})"), "takes[0].overrides: the main take has no overrides"},
+  {Takes(R"({}, {"overrides": [{}]})"), "takes[1].overrides[0].target: missing"},
   {Takes(R"({}, {"overrides": [{"target": 3}]})"), "takes[1].overrides[0].target: nothing has the id 3"},
   {Takes(R"({}, {"overrides": [{"target": 1}, {"target": 1}]})"),
    "takes[1].overrides[1].target: the take has an override for this node already"},
@@ -141,6 +145,7 @@ const std::pair<std::string, const char*> kRefused[] = {
   {Material(R"("node": {"parameters": {"a": {"value": {"time": [0, 1]}}}})"),
    "materials[0].node.parameters.a.value: one of vector, vector4, container and float expected"},
   {Material(R"("node": {"textures": {"a": "b%00"}})"), "materials[0].node.textures.a: no file has such a name"},
+  {Material(R"("layers": [{"shaders": {}}])"), "materials[0].layers[0].id: missing"},
   {Material(R"("channels": {"color": {}})"), "materials[0].channels.color: a decimal number expected as name"},
   {Material(R"("channels": {"0": {"shader": {"file": "a"}}})"), "materials[0].channels.0.shader.file: not a member of a shader"},
 };

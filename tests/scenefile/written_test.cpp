@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -115,6 +116,20 @@ TEST_F(WrittenScene, ErrorOfTheSinkEndsTheWriting)
     EXPECT_EQ(WriteSceneDocument(*_document, "", sink).GetError().GetMessage(), "full"_s) << room;
   }
 }
+
+#ifdef __linux__
+TEST_F(WrittenScene, FullDeviceIsAnErrorOfTheStream)
+{
+  std::FILE* const stream = std::fopen("/dev/full", "w");
+  ASSERT_NE(stream, nullptr);
+  std::setvbuf(stream, nullptr, _IONBF, 0);
+  StreamSink sink(stream);
+  const Error error = WriteSceneDocument(*_document, "", sink).GetError();
+  std::fclose(stream);
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error.GetMessage(), "writing failed: No space left on device"_s);
+}
+#endif
 
 // Numbers and texts: the shortest that read back with their kind. Corner data keeps its precision, 32 bits in their own shortest
 // form, 64 bits never taken for them.
