@@ -24,15 +24,13 @@ Int EstimateParameters(const HeadlessContainer& parameters) noexcept
   return size;
 }
 
+/// Copies share keys.
 Int EstimateTracks(const HeadlessTrackList& tracks) noexcept
 {
   Int size = 0;
   for (const HeadlessTrack* track = tracks.GetFirst(); track; track = track->GetNext())
   {
-    const HeadlessCurve* const curve = track->GetCurve();
     size += static_cast<Int>(sizeof(HeadlessTrack) + sizeof(HeadlessCurve)) + EstimateParameters(track->GetParameters());
-    for (Int i = 0; curve && i < curve->GetKeyCount(); ++i)
-      size += static_cast<Int>(sizeof(HeadlessKey)) + EstimateParameters(curve->GetKey(i)->GetParameters());
   }
   return size;
 }

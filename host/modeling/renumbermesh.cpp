@@ -1,5 +1,7 @@
 #include "host/modeling/renumbermesh.h"
 
+#include <utility>
+
 #include "host/scene/headlessposemorphtag.h"
 #include "host/scene/headlesstrack.h"
 #include "host/scene/headlessweighttag.h"
@@ -192,11 +194,13 @@ private:
     const HeadlessTrackList* const tracks = _object.GetTracks();
     for (HeadlessTrack* track = tracks->Find(id); track && track->GetId() == id; track = track->GetNext())
     {
-      const HeadlessCurve* const curve = track->GetCurve();
+      HeadlessCurve* const curve = track->GetCurve();
       for (Int i = 0; curve && i < curve->GetKeyCount(); ++i)
       {
+        if (std::as_const(*curve).GetKey(i)->GetPoints().IsEmpty())
+          continue;
         HeadlessKey* const key = curve->GetKey(i);
-        if (!key->GetPoints().IsEmpty() && !PreparePoints(key->GetPoints(), {nullptr, key, {}}))
+        if (!key || !PreparePoints(key->GetPoints(), {nullptr, key, {}}))
           return false;
       }
     }

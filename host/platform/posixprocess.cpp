@@ -1,10 +1,16 @@
 // The program and its surroundings by POSIX.
 
+#include <malloc.h>
 #include <poll.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
@@ -47,6 +53,34 @@ void CatchInterrupts(void (*function)(int signal))
   sigemptyset(&action.sa_mask);
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
+}
+
+void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
+{
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  constexpr int kUsualPad = 128 << 10;
+  constexpr int kUsualMapped = 32 << 20;
+  constexpr size_t kProbe = size_t(1) << 20;  // more than what a young heap has left
+  // Only the address space is taken, but where that is limited it is needed for other things.
+  rlimit limit = {};
+  if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY)
+    return;
+  const Int page = sysconf(_SC_PAGESIZE);
+  const Int quarterOfMemory = page * (sysconf(_SC_PHYS_PAGES) / 4);
+  const Int room = std::min({byteCount, quarterOfMemory, Int(INT_MAX)});
+  // A heap that gave memory back would have to take it again; what is large is not part of it.
+  mallopt(M_TRIM_THRESHOLD, INT_MAX);
+  mallopt(M_MMAP_THRESHOLD, kUsualMapped);
+  mallopt(M_TOP_PAD, static_cast<int>(room));
+  const auto before = reinterpret_cast<uintptr_t>(sbrk(0));
+  void* volatile const probe = std::malloc(kProbe);
+  const auto after = reinterpret_cast<uintptr_t>(sbrk(0));
+  std::free(probe);
+  mallopt(M_TOP_PAD, kUsualPad);
+  const uintptr_t start = (before + page - 1) / page * page;
+  if (after > start)
+    madvise(reinterpret_cast<void*>(start), after - start, MADV_HUGEPAGE);
+#endif
 }
 
 /// Signals in between are not lost, since they are let in by the wait alone.

@@ -97,6 +97,9 @@ bool TakesEscapes(std::FILE* stream) noexcept
   return GetConsoleMode(console, &mode) && SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
+void ExpectAllocations(Int) noexcept
+{}
+
 void CatchInterrupts(void (*function)(int signal))
 {
   g_onInterrupt.store(function);

@@ -87,88 +87,161 @@ struct HeadlessCurve::Chunk
   }
 };
 
-HeadlessCurve::~HeadlessCurve()
+HeadlessCurve::Keys::~Keys()
 {
   static_assert(sizeof(Chunk) % alignof(HeadlessKey) == 0);
-  while (Chunk* const chunk = _chunks)
+  while (Chunk* const chunk = chunks)
   {
-    _chunks = chunk->next;
+    chunks = chunk->next;
     std::destroy_n(chunk->GetKeys(), chunk->count);
     FreeMemory(chunk, Chunk::GetByteCount(chunk->capacity));
   }
 }
 
-Bool HeadlessCurve::AddChunk(Int capacity) noexcept
+Bool HeadlessCurve::Keys::AddChunk(Int capacity) noexcept
 {
   void* const memory = AllocateMemory(Chunk::GetByteCount(capacity));
   if (!memory)
     return false;
   Chunk* const chunk = ::new (memory) Chunk;
-  chunk->next = _chunks;
+  chunk->next = chunks;
   chunk->capacity = capacity;
-  _chunks = chunk;
+  chunks = chunk;
   return true;
+}
+
+Bool HeadlessCurve::Keys::Reserve(Int keyCount) noexcept
+{
+  const Int missing = keyCount - places.GetCount();
+  const Int free = chunks ? chunks->capacity - chunks->count : 0;
+  if (missing <= 0)
+    return true;
+  return !places.Reserve(keyCount).HasError() && (missing <= free || AddChunk(missing));
+}
+
+HeadlessKey* HeadlessCurve::Keys::Make(const HostTime& time) noexcept
+{
+  constexpr Int kFirstChunk = 4;
+  constexpr Int kLargestChunk = 16;  // more would stand empty in most curves
+  const Int count = places.GetCount();
+  if (places.Append(nullptr).HasError())
+    return nullptr;
+  const Int grown = count < kFirstChunk ? kFirstChunk : count < kLargestChunk ? count : kLargestChunk;
+  const Bool isFull = !chunks || chunks->count == chunks->capacity;
+  if (isFull && !AddChunk(grown))
+  {
+    places.Truncate(count);
+    return nullptr;
+  }
+  return places[count] = ::new (chunks->GetKeys() + chunks->count++) HeadlessKey(time);
+}
+
+Bool HeadlessCurve::Keys::CopyFrom(const Keys& other) noexcept
+{
+  if (!Reserve(other.places.GetCount()))
+    return false;
+  for (const HeadlessKey* const source : other.places)
+  {
+    HeadlessKey* const key = Make(source->_time);
+    if (!key || !key->CopyFrom(*source))
+      return false;
+  }
+  lastSeconds = other.lastSeconds;
+  return true;
+}
+
+void HeadlessCurve::Release() noexcept
+{
+  if (_keys && _keys->owners.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    delete _keys;
+  _keys = nullptr;
+}
+
+/// Makes the keys this curve's alone. @return false without memory.
+Bool HeadlessCurve::Own() noexcept
+{
+  if (_keys && _keys->owners.load(std::memory_order_acquire) == 1)
+    return true;
+  std::unique_ptr<Keys> own(new (std::nothrow) Keys);
+  if (!own || (_keys && !own->CopyFrom(*_keys)))
+    return false;
+  Release();
+  _keys = own.release();
+  return true;
+}
+
+HeadlessKey* HeadlessCurve::FindOwn(HeadlessKey* key) noexcept
+{
+  if (!Own())
+    return nullptr;
+  const BaseArray<HeadlessKey*>& places = _keys->places;
+  if (places.IsPopulated() && places[places.GetCount() - 1] == key)
+    return key;
+  Bool stands = false;
+  const Int place = FindPlace(key->_time.GetSeconds(), stands);
+  return stands ? places[place] : key;
 }
 
 Bool HeadlessCurve::Reserve(Int keyCount) noexcept
 {
-  const Int missing = keyCount - GetKeyCount();
-  const Int free = _chunks ? _chunks->capacity - _chunks->count : 0;
-  if (missing <= 0)
-    return true;
-  return !_keys.Reserve(keyCount).HasError() && (missing <= free || AddChunk(missing));
+  return Own() && _keys->Reserve(keyCount);
+}
+
+void HeadlessCurve::CopyFrom(const HeadlessCurve& other) noexcept
+{
+  if (other._keys)
+    other._keys->owners.fetch_add(1, std::memory_order_relaxed);
+  Release();
+  _keys = other._keys;
 }
 
 /// The place of the first key that is not before time; stands tells whether it is at that time.
 Int HeadlessCurve::FindPlace(Float seconds, Bool& stands) const noexcept
 {
+  stands = false;
+  if (!_keys)
+    return 0;
+  const BaseArray<HeadlessKey*>& places = _keys->places;
   Int low = 0;
-  Int high = _keys.GetCount();
-  if (_lastSeconds < seconds)
+  Int high = places.GetCount();
+  if (_keys->lastSeconds < seconds)
     low = high;  // keys mostly come in order
   while (low < high)
   {
     const Int middle = (low + high) / 2;
-    if (_keys[middle]->_time.GetSeconds() < seconds)
+    if (places[middle]->_time.GetSeconds() < seconds)
       low = middle + 1;
     else
       high = middle;
   }
-  stands = low < _keys.GetCount() && _keys[low]->_time.GetSeconds() == seconds;
+  stands = low < places.GetCount() && places[low]->_time.GetSeconds() == seconds;
   return low;
 }
 
+/// The keys are this curve's alone.
 HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
 {
-  constexpr Int kFirstChunk = 4;
-  constexpr Int kLargestChunk = 16;  // more would stand empty in most curves
-  const Int count = GetKeyCount();
-  if (_keys.Append(nullptr).HasError())
+  HeadlessKey* const key = _keys->Make(time);
+  if (!key)
     return nullptr;
-  const Int grown = count < kFirstChunk ? kFirstChunk : count < kLargestChunk ? count : kLargestChunk;
-  const Bool isFull = !_chunks || _chunks->count == _chunks->capacity;
-  if (isFull && !AddChunk(grown))
-  {
-    _keys.Truncate(count);
-    return nullptr;
-  }
-  HeadlessKey* const key = ::new (_chunks->GetKeys() + _chunks->count++) HeadlessKey(time);
-  for (Int i = count; i > place; --i)
-    _keys[i] = _keys[i - 1];
-  _keys[place] = key;
-  if (place == count)
-    _lastSeconds = time.GetSeconds();
+  BaseArray<HeadlessKey*>& places = _keys->places;
+  const Int last = places.GetCount() - 1;
+  for (Int i = last; i > place; --i)
+    places[i] = places[i - 1];
+  places[place] = key;
+  if (place == last)
+    _keys->lastSeconds = time.GetSeconds();
   return key;
 }
 
 HeadlessKey* HeadlessCurve::AddKey(const HostTime& time, Int* index) noexcept
 {
   const Float seconds = time.GetSeconds();
-  if (!std::isfinite(seconds))
+  if (!std::isfinite(seconds) || !Own())
     return nullptr;
   Bool stands = false;
   const Int place = FindPlace(seconds, stands);
-  HeadlessKey* const key = stands ? _keys[place] : InsertKey(place, time);
+  HeadlessKey* const key = stands ? _keys->places[place] : InsertKey(place, time);
   if (key && index)
     *index = place;
   return key;
@@ -229,33 +302,33 @@ Float EvaluateSegment(const HeadlessKey& left, const HeadlessKey& right, Float s
 
 Float HeadlessCurve::GetValue(const HostTime& time) const noexcept
 {
-  if (_keys.IsEmpty())
+  if (GetKeyCount() == 0)
     return 0;
   const Float seconds = time.GetSeconds();
   Bool stands = false;
   const Int place = FindPlace(seconds, stands);
   if (stands || place == 0)
-    return _keys[place]->GetValue();
+    return _keys->places[place]->GetValue();
   if (place == GetKeyCount())
-    return _keys[place - 1]->GetValue();
-  return EvaluateSegment(*_keys[place - 1], *_keys[place], seconds);
+    return _keys->places[place - 1]->GetValue();
+  return EvaluateSegment(*_keys->places[place - 1], *_keys->places[place], seconds);
 }
 
 HeadlessKey* HeadlessCurve::AddKeyAdapted(const HostTime& time) noexcept
 {
   const Float seconds = time.GetSeconds();
-  if (!std::isfinite(seconds))
+  if (!std::isfinite(seconds) || !Own())
     return nullptr;
   Bool stands = false;
   const Int place = FindPlace(seconds, stands);
   if (stands)
-    return _keys[place];
+    return _keys->places[place];
   if (place == 0 || place == GetKeyCount())
     return ExtendOutside(place, time);
-  const HeadlessKey& left = *_keys[place - 1];
+  const HeadlessKey& left = *_keys->places[place - 1];
   if (left.GetInterpolation() == InterpolationMode::Spline)
     return SplitSpline(place, time);
-  const Float value = EvaluateSegment(left, *_keys[place], seconds);
+  const Float value = EvaluateSegment(left, *_keys->places[place], seconds);
   HeadlessKey* const key = InsertKey(place, time);
   if (key)
   {
@@ -267,8 +340,8 @@ HeadlessKey* HeadlessCurve::AddKeyAdapted(const HostTime& time) noexcept
 
 HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcept
 {
-  HeadlessKey& left = *_keys[place - 1];
-  HeadlessKey& right = *_keys[place];
+  HeadlessKey& left = *_keys->places[place - 1];
+  HeadlessKey& right = *_keys->places[place];
   const CurveSegment segment = MakeSegment(left, right);
   const SplitCurveSegment parts = SplitSegment(segment, SolveSegmentTime(segment, time.GetSeconds()));
   // All memory first: a segment that is half changed has another shape.
@@ -297,25 +370,12 @@ HeadlessKey* HeadlessCurve::ExtendOutside(Int place, const HostTime& time) noexc
   HeadlessKey* const key = InsertKey(place, time);
   if (!key || GetKeyCount() == 1)
     return key;
-  HeadlessKey& nearest = *_keys[place == 0 ? 1 : place - 1];
+  HeadlessKey& nearest = *_keys->places[place == 0 ? 1 : place - 1];
   key->SetValue(nearest.GetValue());
   key->SetInterpolation(nearest.GetInterpolation());
   if (nearest._details)
     (place == 0 ? nearest._details->left : nearest._details->right) = KeyTangent();
   return key;
-}
-
-Bool HeadlessCurve::CopyFrom(const HeadlessCurve& other) noexcept
-{
-  if (!Reserve(other.GetKeyCount()))
-    return false;
-  for (const HeadlessKey* source : other._keys)
-  {
-    HeadlessKey* const key = AddKey(source->GetTime(), nullptr);
-    if (!key || !key->CopyFrom(*source))
-      return false;
-  }
-  return true;
 }
 
 HeadlessTrack::HeadlessTrack(const HostDescId& id) noexcept : HeadlessNode(NodeKind::kTrack, 0), _id(id)
@@ -369,8 +429,10 @@ HeadlessTrack* HeadlessTrack::Clone() const noexcept
   HeadlessOwner<HeadlessTrack> copy(Create(_id));
   if (!copy || !copy->CopyParametersFrom(*this))
     return nullptr;
-  if (_curve && (!copy->FindOrMakeCurve() || !copy->_curve->CopyFrom(*_curve)))
+  if (_curve && !copy->FindOrMakeCurve())
     return nullptr;
+  if (_curve)
+    copy->_curve->CopyFrom(*_curve);
   return copy.release();
 }
 

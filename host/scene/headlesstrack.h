@@ -3,6 +3,8 @@
 // Animation as the scene keeps it: a track for one parameter of a node, its curve, the curve's keys in time order. A track
 // belongs to the node that it was inserted into; a curve to its track; keys to their curve, and they do not move in memory.
 
+#include <atomic>
+
 #include "framework/hosttime.h"
 #include "host/scene/headlessnode.h"
 #include "host/scene/hostarray.h"
@@ -98,17 +100,24 @@ private:
   std::unique_ptr<Details> _details;  // null until one is set
 };
 
+/// The keys of one parameter. Copies of a curve share its keys until one of them is changed.
 class HeadlessCurve
 {
 public:
   HeadlessCurve() noexcept = default;
   HeadlessCurve(const HeadlessCurve&) = delete;
   HeadlessCurve& operator=(const HeadlessCurve&) = delete;
-  ~HeadlessCurve();
+  ~HeadlessCurve() { Release(); }
 
-  Int GetKeyCount() const noexcept { return _keys.GetCount(); }
+  Int GetKeyCount() const noexcept { return _keys ? _keys->places.GetCount() : 0; }
   /// Null for an index out of range.
-  HeadlessKey* GetKey(Int index) const noexcept { return index >= 0 && index < _keys.GetCount() ? _keys[index] : nullptr; }
+  const HeadlessKey* GetKey(Int index) const noexcept { return IsKey(index) ? _keys->places[index] : nullptr; }
+  /// A key to be changed. Null also without memory.
+  HeadlessKey* GetKey(Int index) noexcept { return IsKey(index) && Own() ? _keys->places[index] : nullptr; }
+
+  /// The key of this curve alone that stands where one stands that it shares, to be changed instead. Null without memory; a key of
+  /// another curve stays what it is.
+  HeadlessKey* FindOwn(HeadlessKey* key) noexcept;
 
   /// Makes room for a known number of keys in all. @return false without memory.
   Bool Reserve(Int keyCount) noexcept;
@@ -122,19 +131,33 @@ public:
   /// Before the first key the first value, behind the last the last; 0 without keys.
   Float GetValue(const HostTime& time) const noexcept;
 
-  Bool CopyFrom(const HeadlessCurve& other) noexcept;
+  void CopyFrom(const HeadlessCurve& other) noexcept;
 
 private:
   struct Chunk;
+  struct Keys
+  {
+    std::atomic<Int> owners = 1;
+    BaseArray<HeadlessKey*> places;  // in time order; the keys lie in chunks
+    Chunk* chunks = nullptr;         // the newest first
+    Float lastSeconds = 0;           // the last key's time
+    ~Keys();
+    Bool AddChunk(Int capacity) noexcept;
+    Bool Reserve(Int keyCount) noexcept;
+    /// Behind all others, or anywhere with the places moved by the caller; in a chunk that has room.
+    HeadlessKey* Make(const HostTime& time) noexcept;
+    Bool CopyFrom(const Keys& other) noexcept;
+  };
+
+  Bool IsKey(Int index) const noexcept { return index >= 0 && index < GetKeyCount(); }
+  Bool Own() noexcept;
+  void Release() noexcept;
   Int FindPlace(Float seconds, Bool& stands) const noexcept;
-  Bool AddChunk(Int capacity) noexcept;
   HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;
   HeadlessKey* SplitSpline(Int place, const HostTime& time) noexcept;
   HeadlessKey* ExtendOutside(Int place, const HostTime& time) noexcept;
 
-  BaseArray<HeadlessKey*> _keys;  // in time order; the keys lie in _chunks
-  Chunk* _chunks = nullptr;       // the newest first
-  Float _lastSeconds = 0;         // the last key's time
+  Keys* _keys = nullptr;  // null for none
 };
 
 class HeadlessTrack : public HeadlessNode

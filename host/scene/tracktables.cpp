@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "host/scene/headlesstrack.h"
 #include "host/scene/tablefamilies.h"
 
@@ -34,7 +36,11 @@ class SceneCurveTable final : public HostCurveTable
 {
 public:
   Int32 GetKeyCount(const HostCurve* curve) noexcept override { return static_cast<Int32>(ToHeadless(curve)->GetKeyCount()); }
-  HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override { return ToHost(ToHeadless(curve)->GetKey(index)); }
+  /// Maybe a key that copies of the curve share; the key's own operations see to that.
+  HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override
+  {
+    return ToHost(const_cast<HeadlessKey*>(std::as_const(*ToHeadless(curve)).GetKey(index)));
+  }
   HostKey* AddKey(HostCurve* curve, const HostTime& time, Int32* index) noexcept override
   {
     HeadlessCurve& target = *ToHeadless(curve);
@@ -62,38 +68,53 @@ public:
   Float GetValue(const HostCurve* curve, const HostTime& time) noexcept override { return ToHeadless(curve)->GetValue(time); }
 };
 
+/// Without memory for what a change needs, the key stays as it is.
 class SceneKeyTable final : public HostKeyTable
 {
 public:
   HostTime GetTime(const HostKey* key) noexcept override { return ToHeadless(key)->GetTime(); }
   Float GetValue(const HostKey* key) noexcept override { return ToHeadless(key)->GetValue(); }
-  void SetValue(HostKey* key, HostCurve*, Float value) noexcept override { ToHeadless(key)->SetValue(value); }
+  void SetValue(HostKey* key, HostCurve* curve, Float value) noexcept override
+  {
+    Change(key, curve, [=](HeadlessKey& own) { own.SetValue(value); });
+  }
   InterpolationMode GetInterpolation(const HostKey* key) noexcept override { return ToHeadless(key)->GetInterpolation(); }
   /// A number that is no mode changes nothing.
-  void SetInterpolation(HostKey* key, HostCurve*, InterpolationMode mode) noexcept override
+  void SetInterpolation(HostKey* key, HostCurve* curve, InterpolationMode mode) noexcept override
   {
     if (mode >= InterpolationMode::Spline && mode <= InterpolationMode::Step)
-      ToHeadless(key)->SetInterpolation(mode);
+      Change(key, curve, [=](HeadlessKey& own) { own.SetInterpolation(mode); });
   }
-  /// Without memory the key stays without tangents.
-  void SetLeftTangent(HostKey* key, HostCurve*, const HostTime& time, Float value) noexcept override
+  void SetLeftTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept override
   {
-    ToHeadless(key)->SetLeftTangent(time, value);
+    Change(key, curve, [=](HeadlessKey& own) { own.SetLeftTangent(time, value); });
   }
-  void SetRightTangent(HostKey* key, HostCurve*, const HostTime& time, Float value) noexcept override
+  void SetRightTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept override
   {
-    ToHeadless(key)->SetRightTangent(time, value);
+    Change(key, curve, [=](HeadlessKey& own) { own.SetRightTangent(time, value); });
   }
-  void SetRotationMode(HostKey* key, HostCurve*, Int32 mode, Bool first, Bool second) noexcept override
+  void SetRotationMode(HostKey* key, HostCurve* curve, Int32 mode, Bool first, Bool second) noexcept override
   {
-    ToHeadless(key)->SetRotationMode({mode, first, second});
+    Change(key, curve, [=](HeadlessKey& own) { own.SetRotationMode({mode, first, second}); });
   }
-  void SetAuxiliaryMode(HostKey* key, HostCurve*, Int32 mode) noexcept override { ToHeadless(key)->SetAuxiliaryMode(mode); }
+  void SetAuxiliaryMode(HostKey* key, HostCurve* curve, Int32 mode) noexcept override
+  {
+    Change(key, curve, [=](HeadlessKey& own) { own.SetAuxiliaryMode(mode); });
+  }
   Int32 GetPoints(const HostKey* key, const Vector** points) noexcept override
   {
     const HostArray<Vector>& kept = ToHeadless(key)->GetPoints();
     *points = kept.GetR();
     return static_cast<Int32>(kept.GetCount());
+  }
+
+private:
+  template <typename Set>
+  static void Change(HostKey* key, HostCurve* curve, const Set& set) noexcept
+  {
+    HeadlessKey* const own = curve ? ToHeadless(curve)->FindOwn(ToHeadless(key)) : ToHeadless(key);
+    if (own)
+      set(*own);
   }
 };
 

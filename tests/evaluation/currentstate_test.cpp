@@ -254,9 +254,8 @@ TEST_F(CurrentState, EndsAtTheLimitOfMemory)
 {
   HeadlessObject& root = AddRoot();
   HeadlessObject& mesh = AddMeshObject("mesh");
-  HeadlessCurve& curve = AddTrack(mesh, HostDescId(800), {});
-  for (int i = 0; i < 1000; ++i)
-    ASSERT_TRUE(curve.AddKey({Float(i), 1}, nullptr));
+  for (Int32 id = 2000; id < 3000; ++id)
+    ASSERT_TRUE(mesh.GetParameters().Set(id, 1.5));
   for (int i = 0; i < 10; ++i)
     AddInstance("instance", &root, &mesh);
   EXPECT_FALSE(MakeCopy(root, {100, 100000}));

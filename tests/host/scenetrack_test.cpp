@@ -77,6 +77,40 @@ TEST_F(SceneTrack, KeysStandInTimeOrderOneAtOneTime)
   EXPECT_EQ(curve->GetKey(-1), nullptr);
 }
 
+// Copies share their keys until one is changed.
+TEST_F(SceneTrack, CopiesChangeAlone)
+{
+  HostObject* const object = Add("a");
+  HostCurve* const curve = MakeCurve(object);
+  for (const Float time : {0.0, 1.0, 2.0})
+    AddKey(curve, Seconds(time), 10 * time, InterpolationMode::Linear);
+  const auto copyTo = [&](HostObject* target)
+  {
+    HostTrack* const copy = HostTrack::Find(object, HostDescId(kPositionParameter, kComponentX))->Clone(target);
+    copy->InsertInto(target);
+    return copy->GetCurve(false);
+  };
+  HostCurve* const changed = copyTo(Add("b"));
+  HostCurve* const grown = copyTo(Add("c"));
+  HostKey* const key = changed->GetKey(1);
+  key->SetValue(changed, 50);
+  key->SetInterpolation(changed, InterpolationMode::Spline);
+  key->SetRightTangent(changed, Seconds(1, 3), 4);
+  changed->GetKey(2)->SetValue(changed, 60);
+  AddKey(grown, Seconds(5), 70, InterpolationMode::Step);
+  const auto values = [](HostCurve* of)
+  {
+    std::string text;
+    for (Int32 i = 0; i < of->GetKeyCount(); ++i)
+      text += std::to_string(Int(of->GetKey(i)->GetValue())) + " " + std::to_string(Int(of->GetKey(i)->GetInterpolation())) +
+              " " + std::to_string(Int(of->GetTangents(i).rightValue)) + ", ";
+    return text;
+  };
+  EXPECT_EQ(values(curve), "0 2 0, 10 2 0, 20 2 0, ");
+  EXPECT_EQ(values(changed), "0 2 0, 50 1 4, 60 2 0, ");
+  EXPECT_EQ(values(grown), "0 2 0, 10 2 0, 20 2 0, 70 3 0, ");
+}
+
 TEST_F(SceneTrack, TangentTimesAreHeldInsideTheSegment)
 {
   // Handles that reach past the other key, and backwards: held at the ends they give times 0, 1, 1, 1 and 0, 0, 0, 1.
