@@ -47,22 +47,12 @@ TEST_F(Tracks, GiveTheValueOfTheTime)
 
 // Rotations.
 
-struct TurnRow
-{
-  const char* name;
-  Int32 rotationMode;  // -1 for none
-  InterpolationMode mode;
-  Float seconds;
-  Vector to;  // degrees, at 1 s
-  Vector axisX;
-};
-
 constexpr Float kDegree = 3.141592653589793 / 180;
 const Vector kAt300{0.5, 0, -std::sqrt(0.75)};
 const Vector kAt330{std::sqrt(0.75), 0, -0.5};
 const Vector kAt210{-std::sqrt(0.75), 0, -0.5};
 
-const TurnRow kTurnRows[] = {
+const std::tuple<const char*, Int32, InterpolationMode, Float, Vector, Vector> kTurnRows[] = {
   {"ShorterWayRound", 2, InterpolationMode::Linear, 0.5, {0, 0, 0}, kAt330},
   {"SplinesToo", 3, InterpolationMode::Spline, 0.25, {60, 0, 0}, kAt330},
   {"BehindTheLast", 2, InterpolationMode::Linear, 2, {-30, 0, 0}, kAt330},
@@ -73,19 +63,19 @@ const TurnRow kTurnRows[] = {
 // From a heading of 300 degrees at 0 s.
 TEST_F(Tracks, TurnAsTheirKeysSay)
 {
-  for (const TurnRow& row : kTurnRows)
+  for (const auto& [name, rotationMode, mode, seconds, to, axisX] : kTurnRows)
   {
-    HeadlessObject& object = AddObject(row.name);
+    HeadlessObject& object = AddObject(name);
     const Vector from{300, 0, 0};
     for (int i = 0; i < 3; ++i)
     {
-      HeadlessCurve& curve = AddTrack(object, HostDescId(kRotationParameter, kComponentX + i),
-                                      {{0, from[i] * kDegree}, {1, row.to[i] * kDegree}}, row.mode);
-      for (Int k = 0; k < 2 && row.rotationMode >= 0; ++k)
-        curve.GetKey(k)->SetRotationMode({row.rotationMode, true, true});
+      HeadlessCurve& curve =
+        AddTrack(object, HostDescId(kRotationParameter, kComponentX + i), {{0, from[i] * kDegree}, {1, to[i] * kDegree}}, mode);
+      for (Int k = 0; k < 2 && rotationMode >= 0; ++k)
+        curve.GetKey(k)->SetRotationMode({rotationMode, true, true});
     }
-    GoTo(row.seconds);
-    EXPECT_LT((object.GetLocalMatrix().axisX - row.axisX).GetLength(), 1e-7) << row.name;
+    GoTo(seconds);
+    EXPECT_LT((object.GetLocalMatrix().axisX - axisX).GetLength(), 1e-7) << name;
   }
 }
 

@@ -2,7 +2,6 @@
 // or half changed.
 
 #include <atomic>
-#include <functional>
 
 #include "host/scene/headlessalias.h"
 #include "host/scene/headlesstag.h"
@@ -15,19 +14,6 @@ namespace q7z::test
 namespace
 {
 
-/// work tells whether it succeeded.
-void Sweep(const std::function<Bool()>& work, const std::function<void()>& checkFailed = [] {})
-{
-  Bool succeeded = false;
-  SweepAllocations([&] { succeeded = work(); },
-                   [&](Bool failed)
-                   {
-                     EXPECT_EQ(succeeded, !failed);
-                     if (failed)
-                       checkFailed();
-                   });
-}
-
 class SceneMemory : public SceneTest
 {};
 
@@ -35,25 +21,26 @@ TEST_F(SceneMemory, NamesAndParametersStayAsTheyWere)
 {
   HostObject* const object = Add("before");
   ASSERT_TRUE(object->SetParameter(5, HostValue("before"_s)));
-  Sweep([&] { return object->SetName("after"_s); }, [&] { EXPECT_EQ(Text(object->GetName()), "before"); });
-  Sweep([&] { return object->SetParameter(5, HostValue("after"_s)); },
-        [&]
-        {
-          HostValue value;
-          EXPECT_TRUE(object->GetParameter(5, value));
-          EXPECT_EQ(Text(value.GetString()), "before");
-        });
+  SweepUntilSuccess([&] { return object->SetName("after"_s); }, [&] { EXPECT_EQ(Text(object->GetName()), "before"); });
+  SweepUntilSuccess([&] { return object->SetParameter(5, HostValue("after"_s)); },
+                    [&]
+                    {
+                      HostValue value;
+                      EXPECT_TRUE(object->GetParameter(5, value));
+                      EXPECT_EQ(Text(value.GetString()), "before");
+                    });
   HostObject* const target = Add("target");
-  Sweep([&] { return object->SetParameter(6, HostValue::Link(target)); },
-        [&] { EXPECT_EQ(object->GetContainer()->Find(6), nullptr); });
-  Sweep([&] { return object->GetContainer()->GetContainer(7, true) != nullptr; },
-        [&] { EXPECT_EQ(object->GetContainer()->GetContainer(7), nullptr); });
-  Sweep([&] { return Document()->GetLayerRoot()->Add() != nullptr; },
-        [&] { EXPECT_EQ(Scene().GetLayerRoot().GetLayerCount(), 0); });
+  SweepUntilSuccess([&] { return object->SetParameter(6, HostValue::Link(target)); },
+                    [&] { EXPECT_EQ(object->GetContainer()->Find(6), nullptr); });
+  SweepUntilSuccess([&] { return object->GetContainer()->GetContainer(7, true) != nullptr; },
+                    [&] { EXPECT_EQ(object->GetContainer()->GetContainer(7), nullptr); });
+  SweepUntilSuccess([&] { return Document()->GetLayerRoot()->Add() != nullptr; },
+                    [&] { EXPECT_EQ(Scene().GetLayerRoot().GetLayerCount(), 0); });
   HostTakeData* const takes = Document()->GetTakeData();
   HostTake* take = nullptr;
-  Sweep([&] { return (take = takes->AddTake("t"_s)) != nullptr; }, [&] { EXPECT_EQ(Scene().GetTakeData().GetTakeCount(), 1); });
-  Sweep([&] { return take->FindOrAddOverride(takes, object, HostDescId(1), HostValue(0.5)) != nullptr; });
+  SweepUntilSuccess([&] { return (take = takes->AddTake("t"_s)) != nullptr; },
+                    [&] { EXPECT_EQ(Scene().GetTakeData().GetTakeCount(), 1); });
+  SweepUntilSuccess([&] { return take->FindOrAddOverride(takes, object, HostDescId(1), HostValue(0.5)) != nullptr; });
   EXPECT_EQ(ToHeadless(take)->GetOverrideCount(), 1);
 }
 
@@ -61,30 +48,31 @@ TEST_F(SceneMemory, BulkDataStaysAsItWas)
 {
   HostPolygonObject* const mesh = AddMesh({{1, 1, 1}, {}}, {{}});
   HostOwner<HostPolygonObject> clone(ToPoly(mesh->Clone()));
-  Sweep([&] { return clone->GetPointsW() != nullptr; }, [&] { EXPECT_EQ(clone->GetPointsR(), mesh->GetPointsR()); });
+  SweepUntilSuccess([&] { return clone->GetPointsW() != nullptr; }, [&] { EXPECT_EQ(clone->GetPointsR(), mesh->GetPointsR()); });
   EXPECT_NE(clone->GetPointsR(), mesh->GetPointsR());
   EXPECT_EQ(clone->GetPointsR()[0], (Vector{1, 1, 1}));
   clone->GetPolygonsW()[0].a = 7;
   EXPECT_EQ(mesh->GetPolygonsR()[0].a, 0);
   HostOwner<HostUvwTag> uvws(static_cast<HostUvwTag*>(HostTag::Alloc(kUvwTagType, 1)));
-  Sweep([&] { return static_cast<Bool>(uvws->GetHandleW(true)); }, [&] { EXPECT_NE(uvws->GetHandleR().singles, nullptr); });
+  SweepUntilSuccess([&] { return static_cast<Bool>(uvws->GetHandleW(true)); },
+                    [&] { EXPECT_NE(uvws->GetHandleR().singles, nullptr); });
   EXPECT_NE(uvws->GetHandleR().doubles, nullptr);
   auto* const colors = static_cast<HostVertexColorTag*>(mesh->MakeTag(kVertexColorTagType, 2));
-  Sweep([&] { return colors->SetPerPoint(false); },
-        [&] { EXPECT_TRUE(colors->IsPerPoint() && colors->GetHandleR().count == 2); });
+  SweepUntilSuccess([&] { return colors->SetPerPoint(false); },
+                    [&] { EXPECT_TRUE(colors->IsPerPoint() && colors->GetHandleR().count == 2); });
   HostSelection* const selection = mesh->GetPolygonSelection();
-  Sweep([&] { return selection->SelectRange(3, 5); }, [&] { EXPECT_EQ(selection->GetCount(), 0); });
+  SweepUntilSuccess([&] { return selection->SelectRange(3, 5); }, [&] { EXPECT_EQ(selection->GetCount(), 0); });
 }
 
 TEST_F(SceneMemory, CurvesStayAsTheyWere)
 {
   HostObject* const object = Add("a");
   HostTrack* track = nullptr;
-  Sweep([&] { return (track = HostTrack::Alloc(object, HostDescId(903, 1000))) != nullptr; });
+  SweepUntilSuccess([&] { return (track = HostTrack::Alloc(object, HostDescId(903, 1000))) != nullptr; });
   track->InsertInto(object);
-  Sweep([&] { return track->GetCurve(true) != nullptr; }, [&] { EXPECT_EQ(track->GetCurve(false), nullptr); });
+  SweepUntilSuccess([&] { return track->GetCurve(true) != nullptr; }, [&] { EXPECT_EQ(track->GetCurve(false), nullptr); });
   HostCurve* const curve = track->GetCurve(true);
-  Sweep([&] { return curve->AddKey({0, 1}) != nullptr; }, [&] { EXPECT_EQ(curve->GetKeyCount(), 0); });
+  SweepUntilSuccess([&] { return curve->AddKey({0, 1}) != nullptr; }, [&] { EXPECT_EQ(curve->GetKeyCount(), 0); });
   curve->GetKey(0)->SetInterpolation(curve, InterpolationMode::Spline);
   curve->AddKey({1, 1});
   curve->GetKey(0)->SetRightTangent(curve, {1, 3}, 6);
@@ -92,12 +80,12 @@ TEST_F(SceneMemory, CurvesStayAsTheyWere)
   // Fill the room that is there, so that every key asks for memory.
   curve->AddKey({2, 1});
   curve->AddKey({3, 1});
-  Sweep([&] { return HostCurveAddKeyAdapted(curve, {1, 4}) != nullptr; },
-        [&]
-        {
-          EXPECT_EQ(curve->GetKeyCount(), 4);
-          EXPECT_EQ(curve->GetValue({1, 2}), middle);
-        });
+  SweepUntilSuccess([&] { return HostCurveAddKeyAdapted(curve, {1, 4}) != nullptr; },
+                    [&]
+                    {
+                      EXPECT_EQ(curve->GetKeyCount(), 4);
+                      EXPECT_EQ(curve->GetValue({1, 2}), middle);
+                    });
   EXPECT_NEAR(curve->GetValue({1, 2}), middle, 1e-12);
 }
 
@@ -108,7 +96,7 @@ TEST_F(SceneMemory, ClonesNeighboursAndPhongNormals)
   HostObject* const child = Add("child", mesh, kInstanceObjectType);
   child->SetReference(mesh);
   HostTrack::Alloc(child, HostDescId(903, 1000))->InsertInto(child);
-  Sweep(
+  SweepUntilSuccess(
     [&]
     {
       HostAliasTrans* const trans = HostAliasTrans::Alloc();
@@ -116,7 +104,7 @@ TEST_F(SceneMemory, ClonesNeighboursAndPhongNormals)
       HostAliasTrans::Free(trans);
       return copy != nullptr;
     });
-  Sweep(
+  SweepUntilSuccess(
     [&]
     {
       HostNeighbor* const neighbor = HostNeighbor::Alloc(3, mesh->GetPolygonsR(), 1);
@@ -127,7 +115,7 @@ TEST_F(SceneMemory, ClonesNeighboursAndPhongNormals)
   HostCornerHandle target;
   target.doubles = numbers;
   target.polygonCount = 1;
-  Sweep([&] { return _tables.phong->ComputeNormals(mesh, target); });
+  SweepUntilSuccess([&] { return _tables.phong->ComputeNormals(mesh, target); });
 }
 
 // Big arrays pass operator new by.

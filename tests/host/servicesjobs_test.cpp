@@ -66,25 +66,12 @@ TEST(Job, GoesOnWhenNobodyCanDraw)
   EXPECT_EQ(job.GetProgress(), 1);
 }
 
-struct LoopRow
-{
-  Int count;
-  Int grain;
-  int threads;
-};
-
 TEST(Jobs, VisitEachOnceInRangesOfTheGrain)
 {
-  for (const auto& [count, grain, threads] : {LoopRow{0, 16, 0},
-                                              {-5, 16, 0},
-                                              {1, 16, 0},
-                                              {16, 16, 0},
-                                              {17, 16, 0},
-                                              {100, 0, 0},
-                                              {100, -1, 0},
-                                              {10000, 16, 1},
-                                              {999, 7, 2},
-                                              {100, INT64_MAX, 0}})
+  const std::tuple<Int, Int, int> rows[] = {// Count, grain and threads.
+                                            {0, 16, 0},   {-5, 16, 0},    {1, 16, 0},  {17, 16, 0},        {100, 0, 0},
+                                            {100, -1, 0}, {10000, 16, 1}, {999, 7, 2}, {100, INT64_MAX, 0}};
+  for (const auto& [count, grain, threads] : rows)
   {
     SCOPED_TRACE(std::to_string(count) + " by " + std::to_string(grain) + " on " + std::to_string(threads));
     std::vector<std::atomic<int>> visits(static_cast<size_t>(count > 0 ? count : 0));

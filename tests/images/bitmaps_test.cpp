@@ -121,15 +121,10 @@ TEST_F(Bitmaps, SayWhenMemoryRunsOut)
 {
   HostBitmap* const bitmap = MakeOf(kTwoPixels);
   const HostFilename file(MakeString(_folder / "picture"));
-  const auto sweep = [](const auto& work)
-  {
-    bool succeeded = false;
-    SweepAllocations([&] { succeeded = work(); }, [&](bool failed) { EXPECT_EQ(succeeded, !failed); });
-  };
   HostBitmap* const other = Make();
-  sweep([&] { return _bitmaps.Init(other, 3, 3, 24); });
-  sweep([&] { return _bitmaps.Load(other, file); });
-  sweep([&] { return _bitmaps.AddAlpha(bitmap); });
+  SweepUntilSuccess([&] { return _bitmaps.Init(other, 3, 3, 24); });
+  SweepUntilSuccess([&] { return _bitmaps.Load(other, file); });
+  SweepUntilSuccess([&] { return _bitmaps.AddAlpha(bitmap); });
   EXPECT_TRUE(_warnings.texts.empty()) << "want of memory is no fault of a file";
 }
 

@@ -26,4 +26,23 @@ void SweepAllocations(const Work& work, const Check& check)
   }
 }
 
+/// The same of work that tells whether it succeeded, which it does when no request failed. checkFailed looks at what a failure left.
+template <typename Work, typename CheckFailed>
+void SweepUntilSuccess(const Work& work, const CheckFailed& checkFailed)
+{
+  Bool succeeded = false;
+  SweepAllocations([&] { succeeded = work(); },
+                   [&](Bool failed)
+                   {
+                     EXPECT_EQ(succeeded, !failed);
+                     if (failed)
+                       checkFailed();
+                   });
+}
+template <typename Work>
+void SweepUntilSuccess(const Work& work)
+{
+  SweepUntilSuccess(work, [] {});
+}
+
 }  // namespace q7z::test
