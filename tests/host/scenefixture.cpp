@@ -28,12 +28,10 @@ SceneTest::SceneTest() : _before(Count()), _document(HeadlessDocument::Create())
 SceneTest::~SceneTest()
 {
   _document.reset();
-  const Counts after = Count();
-  EXPECT_EQ(after.nodes, _before.nodes) << "left over";
-  EXPECT_EQ(after.tracks, _before.tracks) << "left over";
-  EXPECT_EQ(after.insertedTwice - _before.insertedTwice, _insertedTwice);
-  EXPECT_EQ(after.freedWhileInserted - _before.freedWhileInserted, _freedWhileInserted);
-  EXPECT_EQ(after.refusedCycles - _before.refusedCycles, _refusedCycles);
+  const auto [nodes, tracks, twice, whileInserted, cycles] = _before;
+  EXPECT_EQ(Count(),
+            (Counts{nodes, tracks, twice + _insertedTwice, whileInserted + _freedWhileInserted, cycles + _refusedCycles}))
+    << "nodes and tracks left over; inserted twice, freed while inserted, refused cycles";
   g_hostTables = nullptr;
 }
 

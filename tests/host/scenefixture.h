@@ -3,6 +3,7 @@
 // SceneTest: the scene's tables behind the wrappers of the interface, with a document. Each test ends with nothing left over and,
 // unless it says otherwise, without a mistake counted.
 
+#include <array>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -46,14 +47,8 @@ protected:
   Int _refusedCycles = 0;
 
 private:
-  struct Counts
-  {
-    Int nodes;
-    Int tracks;
-    Int insertedTwice;
-    Int freedWhileInserted;
-    Int refusedCycles;
-  };
+  /// Nodes and tracks alive, and the mistakes so far: inserted twice, freed while inserted, refused cycles.
+  using Counts = std::array<Int, 5>;
   static Counts Count();
 
   const Counts _before;
