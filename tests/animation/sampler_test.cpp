@@ -145,6 +145,7 @@ const ValueRow kValueRows[] = {
   {"Spline", "CUBICSPLINE", {0, 2}, {9, 1, 3, -2, 5, 9}, {-1, 0, 0.5, 1, 2, 3}, {1, 1, 2.65625, 4.25, 5, 5}},
   {"NoKeys", "LINEAR", {}, {1}, {0, 1}, {0, 0}},
   {"UnknownNameIsZeroBetweenKeys", "cubicspline", {0, 2}, {3, 5}, {0, 1, 2}, {3, 0, 5}},
+  {"EqualTimesTakeTheLater", "LINEAR", {0, 1, 1, 2}, {1, 2, 3, 4}, {0.5, 1, 1.5}, {1.5, 3, 3.5}},
   // The order of the times is 0, 1, 2 with the values 5, 10, 20, but the times of a bracket are taken at the keys' indices: 1 and 2
   // at 0.5, and 2 and 0 at 1.5.
   {"UnsortedTimes", "LINEAR", {2, 0, 1}, {20, 5, 10}, {-1, 0, 0.5, 1, 1.5, 2, 3}, {5, 5, 2.5, 10, 12.5, 20, 20}},

@@ -46,6 +46,8 @@ const std::vector<WrongUsage> kWrongUsages = {
    {"import", "a.gltf", "--import", "normals=flat"},
    "--import normals wants none, phong or vertex, not \"flat\""},
   {"AngleIsNoNumber", {"import", "a.gltf", "--import", "phongangle=wide"}, "--import phongangle wants an angle in degrees"},
+  {"AngleIsNotFinite", {"import", "a.gltf", "--import", "phongangle=inf"}, "not \"inf\""},
+  {"ScaleIsNothing", {"import", "a.gltf", "--import", "scale=0"}, "not \"0\""},
   {"ScaleIsNegative", {"import", "a.gltf", "--import", "scale=-1m"}, "--import scale wants a length such as 1m"},
   {"ScaleUnitUnknown", {"import", "a.gltf", "--import", "scale=1parsec"}, "not \"1parsec\""},
   {"ConfigWithoutEquals", {"import", "a.gltf", "--config", "X"}, "--config wants VARIABLE=VALUE, not \"X\""},

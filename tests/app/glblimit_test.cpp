@@ -118,6 +118,8 @@ const BoundCase kBoundCases[] = {
       {"id": 3, "type": 5126, "reference": 2}])",
    false},
   {"Material", R"("materials": [{"id": 1, "type": 5703, "name": "M", "channels": {}}])", false},
+  {"Texture", R"("objects": [{"id": 1, )" TRIANGLE R"(, "tags": [{"id": 2, "type": 5616, "material": null}]}])", false},
+  {"Morphs", R"("objects": [{"id": 1, )" TRIANGLE R"(, "tags": [{"id": 2, "type": 1024237, "morphs": []}]}])", false},
   {"AnimationBelow",
    R"("objects": [{"id": 1, "type": 5140, "children": [{"id": 2, "type": 5140, "tracks": [{"id": [[903,23,0],[1000,19,0]],
       "keys": []}]}]}])",

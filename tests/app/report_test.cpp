@@ -203,6 +203,7 @@ const std::vector<TerminalRow> kTerminalRows = {
   {"PipeForced", {}, {"--color", "always", "--progress", "always"}, false, true, true},
   {"Terminal", {{"TERM", "xterm"}}, {}, true, true, true},
   {"NoColor", {{"TERM", "xterm"}, {"NO_COLOR", "1"}}, {}, true, false, true},
+  {"EmptyNoColor", {{"TERM", "xterm"}, {"NO_COLOR", ""}}, {}, true, true, true},
   {"OptionBeatsNoColor", {{"NO_COLOR", "1"}}, {"--color", "always"}, false, true, false},
   {"DumbTerminal", {{"TERM", "dumb"}}, {}, true, false, true},
   {"Never", {{"TERM", "xterm"}}, {"--color", "never", "--progress", "never"}, true, false, false},

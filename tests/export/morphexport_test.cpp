@@ -97,6 +97,9 @@ const SavedCase kMorphCases[] = {
    {{"meshes/0/extras", R"({"targetNames":["curve0","curve1","curve2"]})"},
     {"meshes/0/primitives/0/targets", R"([{"POSITION":2},{},{"POSITION":3}])"},
     {"bufferViews/4/buffer", "1"}}},
+  {"PosesComeBeforeThePointTrack",
+   Mesh(Posed(kBase + ", " + kLift) + ", " + PointTrack({kStill, kLifted})),
+   {{"meshes/0/extras", R"({"targetNames":["Lift"]})"}}},
   // of the animation: the target without positions has no view
   {"PointTrackBesideABasePose",
    Mesh(Posed(kBase) + ", " + PointTrack({kStill, kLifted})),

@@ -35,6 +35,9 @@ TEST_P(ImportHierarchy, FollowsTheFile)
 const HierarchyCase kHierarchyCases[] = {
   {"NamesAreMadeUp", R"("scenes":[{"nodes":[1]}],"nodes":[{},{}])", "Scene 0[Node_1]"},
   {"EmptyScene", R"("scenes":[{}],"nodes":[{"name":"A"}])", "Scene 0"},
+  {"ChildrenKeepTheirOrder",
+   R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"A","children":[3,1,2]},{"name":"B"},{"name":"C"},{"name":"D"}])",
+   "Scene 0[A[D, B, C]]"},
   {"ScenesStandInReverseOrder", R"("scene":1,"scenes":[{"nodes":[0]},{"nodes":[1]}],"nodes":[{"name":"A"},{"name":"B"}])",
    "Scene 1[B], Scene 0![A]"},
   {"DefaultSceneMissing", R"("scene":7,"scenes":[{"name":"S"},{"name":"T"}])", "T!, S!"},
@@ -67,6 +70,7 @@ const HierarchyCase kHierarchyCases[] = {
   {"MeshAndCamera", R"("scenes":[{"nodes":[0]}],"cameras":[{"type":"any"}],"nodes":[{"camera":0,"mesh":0}])",
    "Scene 0[Node_0[Node_0 Camera*, Node_0 Mesh#]]"},
   {"MissingCamera", R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","camera":3},{"name":"B"}])", "Scene 0[B]", "0"},
+  {"SplitOfOnePrimitive", R"("scenes":[{"nodes":[0]}],"nodes":[{"name":"A","mesh":0}])", "Scene 0[A#]", "", {1018, true}},
   // Primitives stand in reverse order; one alone needs no group.
   {"SplitPrimitives",
    R"("scenes":[{"nodes":[0,1]}],"nodes":[{"name":"A","mesh":1},{"name":"B","mesh":1}])",

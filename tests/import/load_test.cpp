@@ -46,6 +46,7 @@ const IdentifyCase kIdentifyCases[] = {
   {"BinaryUnderTheTextSuffix", "a.gltf", GlbHeader(0x46546C67, 2, 13), true},
   {"SuffixOfTheBinaryFormAlone", "a.glb", ToBytes("{}"), false},
   {"OldVersion", "a.glb", GlbHeader(0x46546C67, 1, 13), false},
+  {"NewerVersion", "a.glb", GlbHeader(0x46546C67, 3, 13), false},
   {"TooShortByItsHeader", "a.glb", GlbHeader(0x46546C67, 2, 12), false},
   {"OtherMagic", "a.glb", GlbHeader(0x46546C68, 2, 13), false},
   {"HeaderCutShort", "a.glb", {0x67, 0x6C, 0x54, 0x46, 2, 0, 0, 0, 13, 0, 0}, false},
@@ -157,6 +158,7 @@ const StatusCase kStatusCases[] = {
   {"Success", R"({"scenes":[{}]})", "none", 0, ""},
   {"NoFile", nullptr, "io_error", 0, "The document is no plain file."},
   {"NoJson", "{", "unexpected_error", 10010, "JSON file couldn't be read"},
+  {"TextBehind", "{} {}", "unexpected_error", 10010, "JSON file couldn't be read"},
   {"EmptyObject", "{}", "unknown_error", 10021, CONDITION("jsonGLTF.IsPopulated()")},
   {"NodesNoArray", R"({"nodes":{}})", "unknown_error", 10021, kWalkFailed},
   {"NodeNoObject", R"({"nodes":[{},1]})", "unknown_error", 10021, kWalkFailed},
@@ -433,6 +435,8 @@ TEST_P(ImportExtensions, AreReportedOrRefused)
 }
 
 const ExtensionsCase kExtensionsCases[] = {
+  {"UsedTwice", R"({"extensionsUsed":["A","B","A"]})", "A, B", nullptr,
+   R"({"id":"<A>","required":false},{"id":"<B>","required":false})"},
   {"RequiredOfNoneUsed", R"({"extensionsUsed":[],"extensionsRequired":["A"]})", nullptr, nullptr, ""},
   {"RequiredOnlyAndBroken", R"({"extensionsRequired":1,"scene":0})", nullptr, nullptr, ""},
   {"OtherRequired", R"({"extensionsUsed":["A"],"extensionsRequired":["B","a"]})", "A", nullptr,

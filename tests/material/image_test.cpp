@@ -172,6 +172,7 @@ std::string Repeat(const std::string& text, int count)
 
 const NameRow kNameRows[] = {
   {"OtherScripts", "\xE6\x9C\xA8 \xC3\xA9", "\xE6\x9C\xA8 \xC3\xA9_baseColorTexture.png"},
+  {"PlaceholderOfTexts", "a@b", "a@b_baseColorTexture.png"},
   {"WayOut", "../../evil", "_._.._evil_baseColorTexture.png"},
   {"Separators", "a/b\\c:d", "a_b_c_d_baseColorTexture.png"},
   {"Absolute", "/etc/passwd", "_etc_passwd_baseColorTexture.png"},
