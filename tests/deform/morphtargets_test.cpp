@@ -289,20 +289,81 @@ TEST_P(RefusedTargets, LeaveTheNodeOut)
 
 INSTANTIATE_TEST_SUITE_P(Rows, RefusedTargets, testing::ValuesIn(kRefusedCases), RowName());
 
-TEST_F(MorphTargets, StrengthsMoveTheMesh)
+// Counts updates, and fails what it is told to.
+class FaultyMorphs final : public HostPoseMorphTable
+{
+public:
+  explicit FaultyMorphs(HostPoseMorphTable* base) noexcept : _base(base) {}
+  Int32 GetMorphCount(const HostPoseMorphTag* tag) noexcept override { return _base->GetMorphCount(tag); }
+  HostMorph* GetMorph(const HostPoseMorphTag* tag, Int32 index) noexcept override { return _base->GetMorph(tag, index); }
+  HostMorph* AddMorph(HostPoseMorphTag* tag) noexcept override { return _base->AddMorph(tag); }
+  String GetMorphName(const HostMorph* morph) noexcept override { return _base->GetMorphName(morph); }
+  Bool SetMorphName(HostMorph* morph, const String& name) noexcept override { return _base->SetMorphName(morph, name); }
+  Bool StoreObject(HostPoseMorphTag* tag, HostMorph* morph, HostDocument* document, HostObject* object) noexcept override
+  {
+    return stores++ != failingStore && _base->StoreObject(tag, morph, document, object);
+  }
+  HostObject* GetObject(const HostMorph* morph) noexcept override { return _base->GetObject(morph); }
+  HostPointNode* GetPointNode(const HostMorph* morph) noexcept override { return _base->GetPointNode(morph); }
+  Int32 GetPointCount(const HostPointNode* node) noexcept override { return _base->GetPointCount(node); }
+  const Vector* GetPoints(const HostPointNode* node) noexcept override { return _base->GetPoints(node); }
+  Float GetStrength(const HostMorph* morph) noexcept override { return _base->GetStrength(morph); }
+  HostDescId GetStrengthId(const HostPoseMorphTag* tag, Int32 index) noexcept override
+  {
+    return _base->GetStrengthId(tag, index);
+  }
+  void EnterEdit(HostPoseMorphTag* tag, HostDocument* document) noexcept override { _base->EnterEdit(tag, document); }
+  Bool ExitEdit(HostPoseMorphTag* tag, HostDocument* document, Bool apply) noexcept override
+  {
+    return _base->ExitEdit(tag, document, apply) && apply && !failsToExit;
+  }
+  void Update(HostPoseMorphTag*, HostDocument*) noexcept override { ++updates; }
+
+  Bool failsToExit = false;
+  int failingStore = -1;  // counted from 0
+  int stores = 0;
+  int updates = 0;
+
+private:
+  HostPoseMorphTable* _base;
+};
+
+class MorphTag : public MorphTargets
+{
+protected:
+  MorphTag() : _morphs(Host().Host().GetTables().poseMorph) { Host().Host().GetTables().poseMorph = &_morphs; }
+  FaultyMorphs _morphs;
+};
+
+TEST_F(MorphTag, IsToldToUpdateOnceItsStrengthsMoveTheMesh)
 {
   EXPECT_EQ(LoadTwoTargets(R"(,"weights":[0.5,1])"), "none");
+  EXPECT_EQ(_morphs.updates, 1);
   EXPECT_EQ(WriteStrengths(), "0 0.5 1");
   ASSERT_TRUE(ApplyPoseMorphs(*Mesh()));
   EXPECT_EQ(WriteShape(Mesh()), "(0 1 -1.5) (1 1 -1.5) (0 2 -1.5)");
 }
 
 // More weights than targets pass when the file is read.
-TEST_F(MorphTargets, TooManyStrengthsAreNotTaken)
+TEST_F(MorphTag, IsNotUpdatedWithTooManyWeightsOrAfterAFailure)
 {
-  EXPECT_EQ(LoadTwoTargets(R"(,"weights":[0.5,1,1])"), "none");
-  EXPECT_EQ(WriteStrengths(), "0 0 0");
-  EXPECT_EQ(FailedNodes(), std::vector<int>());
+  for (const int failingStore : {-1, 2})
+  {
+    _morphs.stores = 0;
+    _morphs.failingStore = failingStore;
+    EXPECT_EQ(LoadTwoTargets(failingStore < 0 ? R"(,"weights":[0.5,1,1])" : R"(,"weights":[0.5,1])"), "none");
+    EXPECT_EQ(WriteStrengths(), "0 0 0");
+    EXPECT_EQ(_morphs.updates, 0);
+    EXPECT_EQ(FailedNodes(), std::vector<int>());
+  }
+}
+
+TEST_F(MorphTag, ThatCannotBeEditedFailsTheNode)
+{
+  _morphs.failsToExit = true;
+  EXPECT_EQ(LoadTwoTargets(), "none");
+  EXPECT_EQ(FailedNodes(), std::vector<int>{0});
+  EXPECT_TRUE(WasSaid(Condition("_poseMorphTag->ExitEdit(doc, true)")));
 }
 
 }  // namespace

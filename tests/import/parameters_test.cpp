@@ -99,6 +99,17 @@ TEST_F(ImportParameters, NormalsOutsideTheChoiceAreNone)
   }
 }
 
+TEST_F(ImportParameters, DescriptionIsLoadedAndSaysSo)
+{
+  class AnyDescription final : public HostDescription
+  {
+  } description;
+  DirectLoad load;
+  Int32 flags = 16;
+  EXPECT_TRUE(load.Loader().GetDescription(load.Node(), &description, flags));
+  EXPECT_EQ(flags, 18);
+}
+
 TEST_F(ImportParameters, EnablingFollowsTheOthers)
 {
   const struct

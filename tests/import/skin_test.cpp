@@ -60,6 +60,31 @@ TEST_F(ImportTest, JointThatFailedServesTheNextVisit)
   EXPECT_EQ(FailedNodes(), std::vector<int>{0});
 }
 
+// Refuses the bind pose.
+class RefusingWeights final : public HostWeightTable
+{
+public:
+  explicit RefusingWeights(HostWeightTable* base) noexcept : _base(base) {}
+  Int32 AddJoint(HostWeightTag* tag, HostObject* joint) noexcept override { return _base->AddJoint(tag, joint); }
+  Int32 GetJointCount(const HostWeightTag* tag) noexcept override { return _base->GetJointCount(tag); }
+  HostObject* GetJoint(const HostWeightTag* tag, Int32 joint, HostDocument* document) noexcept override
+  {
+    return _base->GetJoint(tag, joint, document);
+  }
+  Float GetWeight(const HostWeightTag* tag, Int32 joint, Int32 point) noexcept override
+  {
+    return _base->GetWeight(tag, joint, point);
+  }
+  Bool SetWeight(HostWeightTag* tag, Int32 joint, Int32 point, Float weight) noexcept override
+  {
+    return _base->SetWeight(tag, joint, point, weight);
+  }
+  Bool SetBindPose(HostWeightTag*, HostDocument*) noexcept override { return false; }
+
+private:
+  HostWeightTable* _base;
+};
+
 class ImportBinding : public ImportTest
 {
 protected:
@@ -121,6 +146,14 @@ TEST_F(ImportBinding, JointListedTwiceComesBack)
 TEST_F(ImportBinding, TooFewMatricesEndTheLoad)
 {
   EXPECT_EQ(LoadSkin(std::vector<float>(kTwoMatrices.begin(), kTwoMatrices.begin() + 16)), "unknown_error");
+  EXPECT_EQ(Outline(), "");
+}
+
+TEST_F(ImportBinding, FailedBindPoseEndsTheLoad)
+{
+  RefusingWeights weights(Host().Host().GetTables().weight);
+  Host().Host().GetTables().weight = &weights;
+  EXPECT_EQ(LoadSkin(kTwoMatrices), "unknown_error");
   EXPECT_EQ(Outline(), "");
 }
 
