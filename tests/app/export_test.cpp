@@ -172,6 +172,13 @@ TEST(AppExport, ReadsAndWritesStreams)
   EXPECT_EQ(temporary.List(), std::vector<std::string>{});
 }
 
+TEST(AppExport, WithoutAFolderForStdoutFails)
+{
+  const ExportStage stage;
+  ExpectFailure(stage.Run({"export", "in.json", "-"}, {.input = "", .environment = {{"TMPDIR", stage / "none"}}}), 3,
+                "cannot make a temporary folder: No such file or directory");
+}
+
 TEST(AppConvert, IsAnImportAndAnExport)
 {
   const ExportStage stage;

@@ -96,10 +96,10 @@ const SavedCase kVertexCases[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Vertices, SavedScene, testing::ValuesIn(kVertexCases), RowName());
 
-// A host's tags may be for fewer polygons, or points, than there are.
+// A host's tags may be for fewer polygons, or points, than there are, and in either precision.
 TEST(SavedTags, MayEndBeforeTheMesh)
 {
-  for (const Bool perPoint : {false, true})
+  for (const Bool perPoint : {false, true})  // with 32 bits, with 64
   {
     TestHost host;
     HostPolygonObject* const op = HostPolygonObject::Alloc(4, 2);
@@ -107,7 +107,7 @@ TEST(SavedTags, MayEndBeforeTheMesh)
     std::copy(std::begin(polygons), std::end(polygons), op->GetPolygonsW());
     ToHost(&host.Scene())->InsertObject(op, nullptr, nullptr);
     for (const Int32 type : {kNormalTagType, kUvwTagType})
-      static_cast<HostUvwTag*>(op->MakeTag(type, 1))->GetHandleW().Set(0, {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {}});
+      static_cast<HostUvwTag*>(op->MakeTag(type, 1))->GetHandleW(perPoint).Set(0, {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {}});
     auto* const colors = static_cast<HostVertexColorTag*>(op->MakeTag(kVertexColorTagType, 4));
     ASSERT_TRUE(ToHeadless(colors)->Resize(1, perPoint));
     colors->GetHandleW().colors[0] = 0.5f;

@@ -97,6 +97,28 @@ TEST(VertexData, ColorsCountForNothingWhereNoneAreKept)
   EXPECT_EQ(data.GetPolygonColors().GetCount(), 0);
 }
 
+TEST_F(VertexDataTest, LaterOfEqualVerticesIsFoundAmongMany)
+{
+  std::vector<Corner> corners = {{1}};
+  for (int i = 0; i < 2; ++i)
+  {
+    for (int number = 0; number < 40; ++number)
+      corners.push_back(NumberedCorner(number + 1));
+  }
+  AddAll(_data, corners, true);
+  EXPECT_EQ(_data.GetVertexCount(), 84);
+  // The second run of numbers stands behind the four points and the first run.
+  EXPECT_EQ(AddAll(_data, {NumberedCorner(1), NumberedCorner(40), {1}}), (std::vector<Int32>{44, 83, 1}));
+}
+
+TEST_F(VertexDataTest, ManyCopiesOfTwoPointsStayApart)
+{
+  for (int number = 0; number < 50; ++number)
+    AddAll(_data, {NumberedCorner(number), {2, kUpward, {static_cast<Float32>(number), 0, 0}, {}}});
+  // Two points of the four hold the first number each; the copies take turns.
+  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUpward, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
+}
+
 TEST_F(VertexDataTest, ManyCopiesOfOnePointAreFound)
 {
   constexpr int kCount = 200000;  // looking through all of them for each would not end in time

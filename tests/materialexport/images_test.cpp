@@ -100,6 +100,14 @@ TEST_F(MaterialImages, AreSharedByMaterialsWithTheSameFiles)
   }
 }
 
+TEST_F(MaterialImages, DifferWhenOneOfTheirFilesDoes)
+{
+  const std::string withAlpha = R"("channels": {)" + Channel(0, "color.jpg") + ", " + Channel(7, "alpha.png") + "}";
+  ASSERT_EQ(Save({ColorOf("color.jpg"), withAlpha}), "");
+  EXPECT_THAT(Images(), testing::UnorderedElementsAre("jpg 1x1 0,0,0", "png 1x1 0,0,0,1"));
+  EXPECT_EQ(_bitmaps.loadCounts["color.jpg"], 1);
+}
+
 TEST_F(MaterialImages, AreSharedByTexturesOfOneMaterial)
 {
   ASSERT_EQ(Save({R"("channels": {)" + Channel(0, "color.jpg") + ", " + Channel(1, "color.jpg") + ", " +
