@@ -79,6 +79,7 @@ int Session::LoadInput()
   // The suffix lets a text in; a GLB file is known by its content.
   if (const int code = CheckInput("stdin.gltf"))
     return code;
+  PrepareMemory();
   if (const int code = StartHost())
     return code;
   if (const int code = MakeDocument())
@@ -101,6 +102,7 @@ int Session::ReadScene()
 {
   if (const int code = CheckInput("stdin.q7z.json"))
     return code;
+  PrepareMemory();
   if (const int code = StartHost())
     return code;
   StartTimer();
@@ -180,6 +182,16 @@ int Session::CheckInput(const std::string& stdinName)
   if (!_arguments.output.empty() && _arguments.output != "-" && IsSameFile(_path, _arguments.output))
     return Fail(kUsage, "the output " + name + " is the input itself; give another name");
   return kDone;
+}
+
+/// A file of keys that is converted takes up to fifty times its size.
+void Session::PrepareMemory()
+{
+  constexpr Int kSmallFile = 1 << 20;
+  constexpr Int kGrowth = 64;
+  PlatformFile file;
+  if (file.Open(_path.c_str(), PlatformOpen::kRead) && file.GetLength() >= kSmallFile)
+    ExpectAllocations(file.GetLength() * kGrowth);
 }
 
 Session::~Session()

@@ -56,6 +56,7 @@ public:
 private:
   std::string ChooseImageFolder() const;
   int CheckInput(const std::string& stdinName);
+  void PrepareMemory();
   int MakeDocument();
   int JudgeLoad(const LoadReport& loaded);
   int FailInterrupted();
