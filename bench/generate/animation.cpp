@@ -70,18 +70,6 @@ WriteBytes ValuesOf(std::size_t path, Int keyCount, UInt start)
   };
 }
 
-void WriteNodes(JsonWriter& json, Int nodeCount)
-{
-  json.BeginArray();
-  for (Int node = 0; node < nodeCount; ++node)
-  {
-    json.BeginObject();
-    json.Member("name", "Node " + std::to_string(node));
-    json.EndObject();
-  }
-  json.EndArray();
-}
-
 struct Curve
 {
   Int node = 0;
@@ -90,38 +78,30 @@ struct Curve
   Int values = 0;
 };
 
-void WriteAnimation(JsonWriter& json, const std::vector<Curve>& curves)
+void WriteMotion(JsonWriter& json, const std::vector<Curve>& curves)
 {
-  json.BeginArray();
-  json.BeginObject();
+  const auto curve = [&](Int i) -> const Curve& { return curves[static_cast<std::size_t>(i)]; };
+  const Int count = static_cast<Int>(curves.size());
   json.Member("name", "Motion");
   json.Key("channels");
-  json.BeginArray();
-  for (std::size_t i = 0; i < curves.size(); ++i)
-  {
-    json.BeginObject();
-    json.Member("sampler", static_cast<Int>(i));
-    json.Key("target");
-    json.BeginObject();
-    json.Member("node", curves[i].node);
-    json.Member("path", curves[i].path);
-    json.EndObject();
-    json.EndObject();
-  }
-  json.EndArray();
+  WriteObjects(json, count,
+               [&](Int i)
+               {
+                 json.Member("sampler", i);
+                 json.Key("target");
+                 json.BeginObject();
+                 json.Member("node", curve(i).node);
+                 json.Member("path", curve(i).path);
+                 json.EndObject();
+               });
   json.Key("samplers");
-  json.BeginArray();
-  for (const Curve& curve : curves)
-  {
-    json.BeginObject();
-    json.Member("input", curve.times);
-    json.Member("interpolation", "LINEAR");
-    json.Member("output", curve.values);
-    json.EndObject();
-  }
-  json.EndArray();
-  json.EndObject();
-  json.EndArray();
+  WriteObjects(json, count,
+               [&](Int i)
+               {
+                 json.Member("input", curve(i).times);
+                 json.Member("interpolation", "LINEAR");
+                 json.Member("output", curve(i).values);
+               });
 }
 
 }  // namespace
@@ -148,8 +128,19 @@ GltfFile MakeAnimation(Int nodeCount, Int keyCount, UInt start)
     }
   }
   AddSceneMembers(file, nodeCount);
-  file.AddMember("nodes", [nodeCount](JsonWriter& json) { WriteNodes(json, nodeCount); });
-  file.AddMember("animations", [curves = std::move(curves)](JsonWriter& json) { WriteAnimation(json, curves); });
+  AddMesh(file, "Quad", {AddQuad(file, 0)});
+  const auto writeNodes = [=](JsonWriter& json)
+  {
+    WriteObjects(json, nodeCount,
+                 [&](Int i)
+                 {
+                   json.Member("name", "Node " + std::to_string(i));
+                   json.Member("mesh", 0);
+                 });
+  };
+  file.AddMember("nodes", writeNodes);
+  file.AddMember("animations", [curves = std::move(curves)](JsonWriter& json)
+                 { WriteObjects(json, 1, [&](Int) { WriteMotion(json, curves); }); });
   return file;
 }
 

@@ -17,7 +17,7 @@ GltfFile MakeGrid(Int side, UInt start = kDefaultStart);
 /// children share meshCount small meshes (1 or more), which are used in turn.
 GltfFile MakeNodes(Int nodeCount, Int meshCount, UInt start = kDefaultStart);
 
-/// One animation of nodeCount nodes (1 or more) without meshes: each is moved, turned and scaled by keyCount linear keys (1 or more),
+/// One animation of nodeCount nodes (1 or more) that show one quad: each is moved, turned and scaled by keyCount linear keys (1 or more),
 /// one for each frame of 1/30 s. The three samplers of a node share their times.
 GltfFile MakeAnimation(Int nodeCount, Int keyCount, UInt start = kDefaultStart);
 

@@ -78,75 +78,6 @@ std::string MakePng(Int number, Int side, UInt start)
   return PackPng(number % 2 ? NoisyPixels(side, random) : SmoothPixels(side, random), side);
 }
 
-/// A quad a metre wide beside the one before it.
-Primitive AddQuad(GltfFile& file, Int number)
-{
-  const auto left = static_cast<Float32>(number);
-  const auto add = [&file](const char* type, auto values, Int components)
-  {
-    return file.AddAccessor({.type = type,
-                             .count = static_cast<Int>(values.size()) / components,
-                             .bounds = true,
-                             .write = [values](ByteSink& target) { target.WriteValues(values); }});
-  };
-  Primitive primitive;
-  primitive.positions = add("VEC3", std::array<Float32, 12>{left, 0, 0, left + 1, 0, 0, left + 1, 1, 0, left, 1, 0}, 3);
-  primitive.normals = add("VEC3", std::array<Float32, 12>{0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1}, 3);
-  primitive.uvs = add("VEC2", std::array<Float32, 8>{0, 1, 1, 1, 1, 0, 0, 0}, 2);
-  primitive.indices =
-    file.AddAccessor({.componentType = ComponentType::kUnsignedShort,
-                      .type = "SCALAR",
-                      .count = 6,
-                      .target = ViewTarget::kIndices,
-                      .write = [](ByteSink& target) { target.WriteValues(std::array<UInt16, 6>{0, 1, 2, 0, 2, 3}); }});
-  primitive.material = number;
-  return primitive;
-}
-
-void WriteMaterials(JsonWriter& json, Int count)
-{
-  json.BeginArray();
-  for (Int i = 0; i < count; ++i)
-  {
-    json.BeginObject();
-    json.Member("name", "Material " + std::to_string(i));
-    json.Key("pbrMetallicRoughness");
-    json.BeginObject();
-    json.Key("baseColorTexture");
-    json.BeginObject();
-    json.Member("index", i);
-    json.EndObject();
-    json.EndObject();
-    json.EndObject();
-  }
-  json.EndArray();
-}
-
-void WriteTextures(JsonWriter& json, Int count)
-{
-  json.BeginArray();
-  for (Int i = 0; i < count; ++i)
-  {
-    json.BeginObject();
-    json.Member("source", i);
-    json.EndObject();
-  }
-  json.EndArray();
-}
-
-void WriteImages(JsonWriter& json, const std::vector<Int>& views)
-{
-  json.BeginArray();
-  for (const Int view : views)
-  {
-    json.BeginObject();
-    json.Member("bufferView", view);
-    json.Member("mimeType", "image/png");
-    json.EndObject();
-  }
-  json.EndArray();
-}
-
 }  // namespace
 
 GltfFile MakeTextures(Int materialCount, Int side, UInt start)
@@ -156,22 +87,42 @@ GltfFile MakeTextures(Int materialCount, Int side, UInt start)
   std::vector<Int> views;
   for (Int i = 0; i < materialCount; ++i)
   {
-    primitives.push_back(AddQuad(file, i));
+    primitives.push_back(AddQuad(file, static_cast<Float32>(i)));
+    primitives.back().material = i;
     const auto png = std::make_shared<const std::string>(MakePng(i, side, start));
     views.push_back(file.AddView(static_cast<Int>(png->size()), [png](ByteSink& target) { target.WriteText(*png); }));
   }
   AddSceneMembers(file, 1);
   file.AddMember("nodes", [](JsonWriter& json) { WriteMeshNodes(json, {"Quads"}); });
-  file.AddMember("meshes",
-                 [primitives](JsonWriter& json)
+  AddMesh(file, "Quads", primitives);
+  file.AddMember("materials",
+                 [=](JsonWriter& json)
                  {
-                   json.BeginArray();
-                   WriteMesh(json, "Quads", primitives);
-                   json.EndArray();
+                   WriteObjects(json, materialCount,
+                                [&](Int i)
+                                {
+                                  json.Member("name", "Material " + std::to_string(i));
+                                  json.Key("pbrMetallicRoughness");
+                                  json.BeginObject();
+                                  json.Key("baseColorTexture");
+                                  json.BeginObject();
+                                  json.Member("index", i);
+                                  json.EndObject();
+                                  json.EndObject();
+                                });
                  });
-  file.AddMember("materials", [=](JsonWriter& json) { WriteMaterials(json, materialCount); });
-  file.AddMember("textures", [=](JsonWriter& json) { WriteTextures(json, materialCount); });
-  file.AddMember("images", [views](JsonWriter& json) { WriteImages(json, views); });
+  file.AddMember("textures",
+                 [=](JsonWriter& json) { WriteObjects(json, materialCount, [&](Int i) { json.Member("source", i); }); });
+  file.AddMember("images",
+                 [views](JsonWriter& json)
+                 {
+                   WriteObjects(json, static_cast<Int>(views.size()),
+                                [&](Int i)
+                                {
+                                  json.Member("bufferView", views[static_cast<std::size_t>(i)]);
+                                  json.Member("mimeType", "image/png");
+                                });
+                 });
   return file;
 }
 

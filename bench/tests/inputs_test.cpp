@@ -187,6 +187,8 @@ TEST(GeneratedInputs, AnimationMovesEachNodeInThreeWays)
 {
   const GeneratedFile file(FileBytes(MakeAnimation(3, 4), FileForm::kGlb));
   EXPECT_EQ(file.GetCount("nodes"), 3);
+  for (const simdjson::dom::element node : file.GetRoot()["nodes"].get_array())
+    EXPECT_EQ(Int(node["mesh"]), 0) << "what shows nothing is not saved";
   const simdjson::dom::element animation = file.GetRoot()["animations"].at(0);
   std::vector<std::string> moved;
   for (const simdjson::dom::element channel : animation["channels"].get_array())
