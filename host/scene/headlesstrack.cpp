@@ -158,10 +158,8 @@ void HeadlessCurve::Release() noexcept
 }
 
 /// Makes the keys this curve's alone. @return false without memory.
-Bool HeadlessCurve::Own() noexcept
+Bool HeadlessCurve::CopyKeys() noexcept
 {
-  if (_keys && _keys->owners.load(std::memory_order_acquire) == 1)
-    return true;
   std::unique_ptr<Keys> own(new (std::nothrow) Keys);
   if (!own || (_keys && !own->CopyFrom(*_keys)))
     return false;
@@ -170,16 +168,13 @@ Bool HeadlessCurve::Own() noexcept
   return true;
 }
 
-HeadlessKey* HeadlessCurve::FindOwn(HeadlessKey* key) noexcept
+HeadlessKey* HeadlessCurve::FindOwnPlace(HeadlessKey* key) noexcept
 {
   if (!Own())
     return nullptr;
-  const BaseArray<HeadlessKey*>& places = _keys->places;
-  if (places.IsPopulated() && places[places.GetCount() - 1] == key)
-    return key;
   Bool stands = false;
   const Int place = FindPlace(key->_time.GetSeconds(), stands);
-  return stands ? places[place] : key;
+  return stands ? _keys->places[place] : key;
 }
 
 Bool HeadlessCurve::Reserve(Int keyCount) noexcept

@@ -112,12 +112,12 @@ public:
   Int GetKeyCount() const noexcept { return _keys ? _keys->places.GetCount() : 0; }
   /// Null for an index out of range.
   const HeadlessKey* GetKey(Int index) const noexcept { return IsKey(index) ? _keys->places[index] : nullptr; }
-  /// A key to be changed. Null also without memory.
+  /// A key to be changed. Null also without memory for a copy of shared keys.
   HeadlessKey* GetKey(Int index) noexcept { return IsKey(index) && Own() ? _keys->places[index] : nullptr; }
 
   /// The key of this curve alone that stands where one stands that it shares, to be changed instead. Null without memory; a key of
   /// another curve stays what it is.
-  HeadlessKey* FindOwn(HeadlessKey* key) noexcept;
+  HeadlessKey* FindOwn(HeadlessKey* key) noexcept { return IsAlone() && IsLast(key) ? key : FindOwnPlace(key); }
 
   /// Makes room for a known number of keys in all. @return false without memory.
   Bool Reserve(Int keyCount) noexcept;
@@ -150,7 +150,15 @@ private:
   };
 
   Bool IsKey(Int index) const noexcept { return index >= 0 && index < GetKeyCount(); }
-  Bool Own() noexcept;
+  Bool IsLast(const HeadlessKey* key) const noexcept
+  {
+    const Int count = _keys->places.GetCount();
+    return count > 0 && _keys->places[count - 1] == key;
+  }
+  Bool IsAlone() const noexcept { return _keys && _keys->owners.load(std::memory_order_acquire) == 1; }
+  Bool Own() noexcept { return IsAlone() || CopyKeys(); }
+  Bool CopyKeys() noexcept;
+  HeadlessKey* FindOwnPlace(HeadlessKey* key) noexcept;
   void Release() noexcept;
   Int FindPlace(Float seconds, Bool& stands) const noexcept;
   HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;

@@ -60,6 +60,36 @@ Result<void> GatherTimes(const CurveList& curves, const TimeRange& timeRange, Ba
   return {};
 }
 
+Bool IsSameTime(const HostTime& a, const HostTime& b) noexcept
+{
+  return a.numerator == b.numerator && a.denominator == b.denominator;
+}
+
+/// Whether all curves have their keys at the very same times, among them both ends of the range: then none lacks a key, and nothing
+/// needs sorting. That is how most files come.
+Bool AreAligned(const CurveList& curves, const TimeRange& timeRange) noexcept
+{
+  for (const HostCurve* const curve : curves)
+  {
+    if (!curve || curve->GetKeyCount() != curves[0]->GetKeyCount())
+      return false;
+  }
+  Bool hasStart = false;
+  Bool hasEnd = false;
+  for (Int32 i = 0; curves.IsPopulated() && i < curves[0]->GetKeyCount(); ++i)
+  {
+    const HostTime time = curves[0]->GetKey(i)->GetTime();
+    for (Int other = 1; other < curves.GetCount(); ++other)
+    {
+      if (!IsSameTime(curves[other]->GetKey(i)->GetTime(), time))
+        return false;
+    }
+    hasStart = hasStart || IsSameTime(time, timeRange.start);
+    hasEnd = hasEnd || IsSameTime(time, timeRange.end);
+  }
+  return hasStart && hasEnd;
+}
+
 /// Puts keys at those of the ascending times at which the curve has none.
 Result<void> AlignCurve(HostCurve& curve, Bool allStep, const BaseArray<HostTime>& times) noexcept
 {
@@ -160,6 +190,8 @@ Result<HostCurve*> MakeFilledCurve(HostNode* node, const HostDescId& id, Float v
 
 Result<void> AlignCurves(const CurveList& curves, Bool allStep, const TimeRange& timeRange) noexcept
 {
+  if (AreAligned(curves, timeRange))
+    return {};
   BaseArray<HostTime> times;
   RETURN_IF_ERROR(GatherTimes(curves, timeRange, times));
   for (HostCurve* const curve : curves)
