@@ -97,14 +97,6 @@ std::string WriteTracks(HeadlessNode* node)
   return text;
 }
 
-HeadlessObject* FindObject(HeadlessDocument& document, const std::string& name = "N")
-{
-  HeadlessObject* op = document.GetFirstObject();
-  while (op && op->GetName().GetView() != name)
-    op = HeadlessDocument::GetNextInDocument(op);
-  return op;
-}
-
 /// Those of the object, then those of its morphs.
 std::string WriteTracks(HeadlessDocument& document, const std::string& name = "N")
 {
@@ -198,7 +190,7 @@ protected:
 
   std::string LoadFile(const AnimationFile& file) { return Host().LoadText(file.Text()); }
 
-  HeadlessObject* Object() { return FindObject(Host().Scene()); }
+  HeadlessObject* Object() { return FindObject(Host().Scene(), "N"); }
   std::string Tracks(const std::string& name = "N") { return WriteTracks(Host().Scene(), name); }
   std::string TakeTracks(Int take, HeadlessNode* node)
   {

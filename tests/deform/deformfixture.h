@@ -25,16 +25,7 @@ class DeformTest : public ImportTest
 protected:
   DeformTest() { Host().Set(1002, HostUnitScale{1.0, 3}); }  // lengths stay
 
-  /// The object of a name, or null.
-  HeadlessObject* Find(const std::string& name)
-  {
-    for (HeadlessObject* op = Host().Scene().GetFirstObject(); op; op = HeadlessDocument::GetNextInDocument(op))
-    {
-      if (op->GetName().GetView() == name)
-        return op;
-    }
-    return nullptr;
-  }
+  HeadlessObject* Find(const std::string& name) { return FindObject(Host().Scene(), name); }
 
   /// Whether a line of the diagnostic output has the text.
   bool WasSaid(const std::string& text)

@@ -111,14 +111,6 @@ TEST_F(VertexDataTest, LaterOfEqualVerticesIsFoundAmongMany)
   EXPECT_EQ(AddAll(_data, {NumberedCorner(1), NumberedCorner(40), {1}}), (std::vector<Int32>{44, 83, 1}));
 }
 
-TEST_F(VertexDataTest, ManyCopiesOfTwoPointsStayApart)
-{
-  for (int number = 0; number < 50; ++number)
-    AddAll(_data, {NumberedCorner(number), {2, kUpward, {static_cast<Float32>(number), 0, 0}, {}}});
-  // Two points of the four hold the first number each; the copies take turns.
-  EXPECT_EQ(AddAll(_data, {NumberedCorner(30), {2, kUpward, {30, 0, 0}, {}}}), (std::vector<Int32>{62, 63}));
-}
-
 TEST_F(VertexDataTest, ManyCopiesOfOnePointAreFound)
 {
   constexpr int kCount = 200000;  // looking through all of them for each would not end in time

@@ -3,14 +3,21 @@
 // ImportTest: loads through a host in the test, and holds every test to what the scene's own counters say at its end: nothing is
 // left over, nothing was freed or inserted while it stood somewhere.
 
+#include <cstdio>
+#include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/scene/headlessdocument.h"
+#include "host/scene/headlessnode.h"
+#include "plugin/import/gltfimport.h"
 #include "plugin/module/hostconsole.h"
+#include "plugin/module/hostservices.h"
 #include "tests/import/scenetext.h"
 #include "tests/support/gltfbuilders.h"
 #include "tests/support/rowname.h"
@@ -19,6 +26,15 @@
 
 namespace q7z::test
 {
+
+/// The object of a name, or null.
+inline HeadlessObject* FindObject(HeadlessDocument& scene, const std::string& name)
+{
+  HeadlessObject* op = scene.GetFirstObject();
+  while (op && op->GetName().GetView() != name)
+    op = HeadlessDocument::GetNextInDocument(op);
+  return op;
+}
 
 class ImportTest : public testing::Test
 {
@@ -87,5 +103,65 @@ inline GltfJson SomeMeshes()
                        "]}]}");
   return file;
 }
+
+/// Remembers the last event; takes no memory, so that it also hears of loads that had none.
+class LastEvent final : public HostUsageReport
+{
+public:
+  Result<void> Send(const String& eventName, const DataDictionary& entries) noexcept override
+  {
+    ++count;
+    isLoadEvent = eventName == "net.tarno.analytics.exchange"_s;
+    static const DataKey kError("error");
+    const Data* const value = entries.Find(kError);
+    const Result<String> text = value ? value->GetString() : Result<String>(String());
+    std::snprintf(status, sizeof status, "%.*s", text.HasError() ? 0 : static_cast<int>(text.GetValue().GetByteCount()),
+                  text.HasError() ? "" : text.GetValue().GetBytes());
+    return {};
+  }
+
+  int count = 0;
+  Bool isLoadEvent = false;
+  char status[40] = "";
+};
+
+/// The loader driven without the host's facade, for tests that give it a job, arguments or failures of their own. The tables are those
+/// of the TestHost that is alive.
+class DirectLoad
+{
+public:
+  DirectLoad() : _loader(static_cast<HostSceneLoader*>(MakeGltfSceneLoader())), _node(1060210)
+  {
+    if (!_loader || !_loader->Init(ToHost(&_node)))
+      throw std::runtime_error("no loader");
+  }
+
+  HostNode* Node() { return ToHost(&_node); }
+  HostSceneLoader& Loader() { return *_loader; }
+
+  Bool Identify(const std::string& path, const Bytes& probe)
+  {
+    return _loader->Identify(Node(), Name(path), probe.data(), static_cast<Int32>(probe.size()));
+  }
+
+  /// @return what the loader returns.
+  Int32 Load(const std::string& path, HostDocument* document, HostBackgroundJob* job = nullptr,
+             Int32 flags = kLoadObjects | kLoadMaterials)
+  {
+    String error;
+    return _loader->Load(Node(), Name(path, job), document, flags, &error);
+  }
+
+  /// Views the path, so that a load whose memory is to run out takes none here.
+  static HostFilename Name(const std::string& path, HostBackgroundJob* job = nullptr)
+  {
+    return HostFilename(String(path.data(), static_cast<Int>(path.size())), job);
+  }
+  static HostFilename Name(std::string&&, HostBackgroundJob* = nullptr) = delete;
+
+private:
+  std::unique_ptr<HostSceneLoader> _loader;
+  HeadlessNode _node;
+};
 
 }  // namespace q7z::test

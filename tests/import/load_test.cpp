@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "host/services/headlessdialogs.h"
-#include "tests/import/directload.h"
 #include "tests/import/importfixture.h"
 #include "tests/support/testfolder.h"
 

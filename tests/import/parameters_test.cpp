@@ -5,7 +5,6 @@
 
 #include <set>
 
-#include "tests/import/directload.h"
 #include "tests/import/importfixture.h"
 
 namespace q7z::test

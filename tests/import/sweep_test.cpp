@@ -3,7 +3,6 @@
 
 #include <set>
 
-#include "tests/import/directload.h"
 #include "tests/import/importfixture.h"
 #include "tests/support/failingmemory.h"
 #include "tests/support/faultyfiles.h"

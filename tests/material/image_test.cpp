@@ -96,29 +96,6 @@ TEST(ImageExtension, ComesFromUriBeforeMimeType)
     EXPECT_EQ(Text(ReadImage(members).GetImageExtension().GetValue()), extension) << members;
 }
 
-TEST(SetImageData, MakesAUriUnlessTheBytesStayRaw)
-{
-  struct Row
-  {
-    Int32 type;
-    Bool keepRaw;
-    const char* mimeType;
-    const char* uri;
-  };
-  const DocumentHost host;
-  for (const Row& row : {Row{1023671, false, "image/png", "data:image/png;base64,AQID"},
-                         Row{1104, false, "image/jpeg", "data:image/jpeg;base64,AQID"},
-                         Row{5, false, "image/jpeg", "data:image/png;base64,AQID"},  // no type of ours
-                         Row{1104, true, "image/jpeg", ""}})
-  {
-    GltfImage image;
-    ASSERT_EQ(ErrorText(image.SetImageData(MakeArray({1, 2, 3}), row.type, row.keepRaw)), "");
-    EXPECT_EQ(Text(image.GetMimeType()), row.mimeType);
-    EXPECT_EQ(Text(image.GetURIString()), row.uri);
-    EXPECT_EQ(ToVector(image.GetData()), (Bytes{1, 2, 3}));
-  }
-}
-
 TEST(ImageSave, WritesTheBytesOrTellsWhyNot)
 {
   const char* const messages[] = {
