@@ -1,6 +1,5 @@
 // Where the bytes of buffers and images come from, and the bounds of what is read out of it.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/document/documentload.h"

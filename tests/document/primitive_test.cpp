@@ -1,6 +1,5 @@
 // The records of meshes: reading, resolving, and how attributes are sorted.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/document/records.h"

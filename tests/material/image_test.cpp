@@ -1,6 +1,5 @@
 // The bytes of an image: which part of a buffer they are, where they go, and what an image and its file are called.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "plugin/material/gltftexturename.h"

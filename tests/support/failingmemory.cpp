@@ -107,10 +107,11 @@ extern "C"
 {
 using q7z::test::IsRefused;
 using Nothrow = const std::nothrow_t&;
+using Block = void*;
 
 #define WRAP_NEW(NAME, REFUSED, QUALIFIER, ARGUMENTS, ...)      \
-  void* __real_##NAME(__VA_ARGS__) QUALIFIER;                   \
-  void* __wrap_##NAME(__VA_ARGS__) QUALIFIER                    \
+  Block __real_##NAME(__VA_ARGS__) QUALIFIER;                   \
+  Block __wrap_##NAME(__VA_ARGS__) QUALIFIER                    \
   {                                                             \
     return IsRefused(size) ? REFUSED : __real_##NAME ARGUMENTS; \
   }
@@ -136,14 +137,16 @@ using q7z::test::Request;
 using q7z::test::RequestAligned;
 using q7z::test::ThrowIfNull;
 
-#define REPLACE_NEW(BLOCK, QUALIFIER, ...)    \
-  void* operator new(__VA_ARGS__) QUALIFIER   \
+using Block = void*;
+
+#define REPLACE_NEW(RESULT, QUALIFIER, ...)   \
+  Block operator new(__VA_ARGS__) QUALIFIER   \
   {                                           \
-    return BLOCK;                             \
+    return RESULT;                            \
   }                                           \
-  void* operator new[](__VA_ARGS__) QUALIFIER \
+  Block operator new[](__VA_ARGS__) QUALIFIER \
   {                                           \
-    return BLOCK;                             \
+    return RESULT;                            \
   }
 
 #define REPLACE_DELETE(FREE, ...)              \
