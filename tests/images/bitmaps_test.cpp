@@ -91,7 +91,7 @@ TEST_F(Bitmaps, KeepWhatTheyHoldWhenAFileIsBroken)
 {
   HostBitmap* const bitmap = MakeOf(kTwoPixels);
   _policy.Restrict(_folder.Write("scene.gltf", ""), nullptr);
-  EXPECT_FALSE(Load(bitmap, "broken.png", BytesOf("no image at all")));
+  EXPECT_FALSE(Load(bitmap, "broken.png", ToBytes("no image at all")));
   EXPECT_FALSE(_bitmaps.Load(bitmap, HostFilename(MakeString(_folder / "none.png"))));
   EXPECT_EQ(TextOf(bitmap), "1,2,3 4,5,6");
   EXPECT_EQ(_warnings.texts, (Warnings{"the image \"broken.png\" is left out: it is neither a PNG nor a JPEG image",

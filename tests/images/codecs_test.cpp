@@ -43,16 +43,16 @@ const std::tuple<const char*, Bytes, const char*> kPixels[] = {
    "1,2,3,0 1,2,4,255"},
   // Of the seven passes the first, the sixth and the last have pixels.
   {"PngInterlaced", PngBuilder({2, 2, 8, 0, 1}).Rows({0, 1, 0, 2, 0, 3, 4}).Build(), "1,1,1 2,2,2 / 3,3,3 4,4,4"},
-  {"JpegGray", JpegBuilder(1, 1).Components({200}).Build(), "200,200,200"},
+  {"JpegGray", MakeJpeg(1, 1, {200}), "200,200,200"},
   // R = 76 + 1.402 (255 - 128), G = 76 - 0.344 (85 - 128) - 0.714 (255 - 128), B = 76 + 1.772 (85 - 128), cut to 0 to 255.
-  {"JpegColor", JpegBuilder(1, 1).Components({76, 85, 255}).Build(), "254,0,0"},
-  {"JpegRgb", JpegBuilder(2, 1).Components({10, 20, 30}).Adobe(0).Build(), "10,20,30 10,20,30"},
+  {"JpegColor", MakeJpeg(1, 1, {76, 85, 255}), "254,0,0"},
+  {"JpegRgb", MakeJpeg(2, 1, {10, 20, 30}, 0), "10,20,30 10,20,30"},
   // The paper's share of each ink times that of black: 127 · 204 / 255, 255 · 204 / 255, 0.
-  {"JpegInks", JpegBuilder(1, 1).Components({128, 0, 255, 51}).Build(), "102,204,0"},
-  {"JpegInksInverted", JpegBuilder(1, 1).Components({127, 255, 0, 204}).Adobe(0).Build(), "102,204,0"},
+  {"JpegInks", MakeJpeg(1, 1, {128, 0, 255, 51}), "102,204,0"},
+  {"JpegInksInverted", MakeJpeg(1, 1, {127, 255, 0, 204}, 0), "102,204,0"},
   // 255 - 55 of each colour, times 204 / 255.
-  {"JpegInksAsBrightness", JpegBuilder(1, 1).Components({55, 128, 128, 204}).Adobe(2).Build(), "160,160,160"},
-  {"JpegProgressive", JpegBuilder(1, 2).Components({9}).Scans(3).Build(), "9,9,9 / 9,9,9"},
+  {"JpegInksAsBrightness", MakeJpeg(1, 1, {55, 128, 128, 204}, 2), "160,160,160"},
+  {"JpegProgressive", MakeJpeg(1, 2, {9}, -1, 3), "9,9,9 / 9,9,9"},
 };
 
 TEST(DecodedPixels, AreThoseOfTheFileOrNoneWhereItIsCutOff)
@@ -83,9 +83,10 @@ Bytes PngOfOne(const std::string& chunk, const Bytes& content)
 
 Bytes Packed(std::string_view name, std::size_t byteCount)
 {
-  Bytes content = BytesOf(name);
-  Append(content, {0, 0});
-  Append(content, LongRun(byteCount));
+  Bytes content = ToBytes(name);
+  content.insert(content.end(), {0, 0});
+  const Bytes run = LongRun(byteCount);
+  content.insert(content.end(), run.begin(), run.end());
   return content;
 }
 
@@ -110,7 +111,7 @@ const std::pair<Bytes, const char*> kRefused[] = {
   {WithByte(kOnePixel, 11, 14), "the PNG header is broken"},
   {PngBuilder({1, 1, 8, 5}).Rows({0, 1}).Build(), "the PNG header is broken"},
   {PngBuilder({1, 1, 0, 0}).Rows({0, 1}).Build(), "the PNG header is broken"},
-  {BytesOf("GIF89a.............."), "it is neither a PNG nor a JPEG image"},
+  {ToBytes("GIF89a.............."), "it is neither a PNG nor a JPEG image"},
   {PngBuilder({60000, 60000}).Rows({0, 1}).Build(), "its header claims 60000 x 60000 pixels, more than the limit"},
   {PngBuilder({0, 1}).Rows({0}).Build(), "its header claims 0 x 1 pixels, more than the limit"},
   // One byte becomes 1032 at most: 68 bytes are not enough for 75,000.
@@ -119,9 +120,9 @@ const std::pair<Bytes, const char*> kRefused[] = {
   {PngBuilder({1, 2}).Rows({0, 1, 2, 3}).Build(), "the PNG file is broken: "},
   {PngBuilder({1, 1}).Chunk("IDAT", {1, 2, 3}).Build(), "the PNG file is broken: "},
   {PngOfOne("iCCP", Packed("a", 64 * kMiB)), "the PNG file is broken: "},
-  {WithJpegSize(JpegBuilder(8, 8).Components({1}).Build(), 9000, 9000), "its header claims 9000 x 9000 pixels, more than "},
-  {JpegBuilder(1, 1).Components({1, 2}).Build(), "the JPEG image is broken: Unsupported color conversion"},
-  {JpegBuilder(1, 1).Components({1}).Scans(10000).Build(), "the JPEG image is broken: it has more than 64 scans"},
+  {WithJpegSize(MakeJpeg(8, 8, {1}), 9000, 9000), "its header claims 9000 x 9000 pixels, more than "},
+  {MakeJpeg(1, 1, {1, 2}), "the JPEG image is broken: Unsupported color conversion"},
+  {MakeJpeg(1, 1, {1}, -1, 10000), "the JPEG image is broken: it has more than 64 scans"},
 };
 
 TEST(Refused, WithAReasonAndAtNoCost)

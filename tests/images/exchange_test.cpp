@@ -97,10 +97,9 @@ const Bytes kPlainPicture = PngBuilder({4, 2, 8, 0}).Rows({0, 9, 9, 9, 9, 0, 9, 
 
 TEST_F(Exchange, KeepsParametersAndDecodesEachTexture)
 {
-  const HeadlessOwner<HeadlessMaterial> material =
-    Make({{"normalTexture", Write("in/a.png", kPicture)},
-          {"emissiveTexture", Write("in/tex/b.jpg", JpegBuilder(1, 1).Components({200}).Build())},
-          {"occlusionTexture", _folder / "in/a.png"}});
+  const HeadlessOwner<HeadlessMaterial> material = Make({{"normalTexture", Write("in/a.png", kPicture)},
+                                                         {"emissiveTexture", Write("in/tex/b.jpg", MakeJpeg(1, 1, {200}))},
+                                                         {"occlusionTexture", _folder / "in/a.png"}});
   const Result<HostMaterialExchangeData> record = Save(material);
   ASSERT_FALSE(record.HasError());
   EXPECT_EQ(record.GetValue().materialTypeId, "net.type"_s);
@@ -158,8 +157,8 @@ TEST_F(Exchange, RefusesSizesThatNoImageHas)
 
 TEST_F(Exchange, TellsOfEachFileThatCannotBeUsed)
 {
-  const Bytes scans = JpegBuilder(1, 1).Components({1}).Scans(10000).Build();
-  EXPECT_EQ(SaveTexture(Write("in/tex/a.png", BytesOf("This is a text."))), "no pixels");
+  const Bytes scans = MakeJpeg(1, 1, {1}, -1, 10000);
+  EXPECT_EQ(SaveTexture(Write("in/tex/a.png", ToBytes("This is a text."))), "no pixels");
   EXPECT_EQ(SaveTexture(Write("in/tex/b.png", scans)), "no pixels");
   EXPECT_EQ(SaveTexture(Write("in/tex/c.png", scans)), "no pixels") << "the same content";
   EXPECT_EQ(_warnings.texts,

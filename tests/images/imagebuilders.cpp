@@ -45,22 +45,12 @@ std::uint32_t Adler(const Bytes& bytes)
 
 }  // namespace
 
-void Append(Bytes& target, const Bytes& bytes)
-{
-  target.insert(target.end(), bytes.begin(), bytes.end());
-}
-
-Bytes BytesOf(std::string_view text)
-{
-  return Bytes(text.begin(), text.end());
-}
-
 PngBuilder::PngBuilder(const PngHeader& header) : _bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}
 {
   Bytes content;
   AppendBigEndian(content, header.width);
   AppendBigEndian(content, header.height);
-  Append(content, {header.depth, header.colorType, 0, 0, header.interlace});
+  content.insert(content.end(), {header.depth, header.colorType, 0, 0, header.interlace});
   Chunk("IHDR", content);
 }
 
@@ -68,31 +58,27 @@ PngBuilder& PngBuilder::Chunk(std::string_view type, const Bytes& content)
 {
   AppendBigEndian(_bytes, static_cast<std::uint32_t>(content.size()));
   const std::size_t start = _bytes.size();
-  Append(_bytes, BytesOf(type));
-  Append(_bytes, content);
+  _bytes.insert(_bytes.end(), type.begin(), type.end());
+  _bytes.insert(_bytes.end(), content.begin(), content.end());
   AppendBigEndian(_bytes, Crc(&_bytes[start], _bytes.size() - start));
   return *this;
 }
 
+/// A zlib stream of literal bytes.
 PngBuilder& PngBuilder::Rows(const Bytes& rows)
 {
-  return Chunk("IDAT", Stored(rows));
+  const std::uint8_t low = static_cast<std::uint8_t>(rows.size());
+  const std::uint8_t high = static_cast<std::uint8_t>(rows.size() >> 8);
+  Bytes stream{0x78, 0x01, 1, low, high, static_cast<std::uint8_t>(~low), static_cast<std::uint8_t>(~high)};
+  stream.insert(stream.end(), rows.begin(), rows.end());
+  AppendBigEndian(stream, Adler(rows));
+  return Chunk("IDAT", stream);
 }
 
 Bytes PngBuilder::Build() const
 {
   PngBuilder whole(*this);
   return whole.Chunk("IEND", {})._bytes;
-}
-
-Bytes Stored(const Bytes& content)
-{
-  const std::uint8_t low = static_cast<std::uint8_t>(content.size());
-  const std::uint8_t high = static_cast<std::uint8_t>(content.size() >> 8);
-  Bytes stream{0x78, 0x01, 1, low, high, static_cast<std::uint8_t>(~low), static_cast<std::uint8_t>(~high)};
-  Append(stream, content);
-  AppendBigEndian(stream, Adler(content));
-  return stream;
 }
 
 Bytes LongRun(std::size_t byteCount)
@@ -116,11 +102,11 @@ Bytes LongRun(std::size_t byteCount)
   return stream;
 }
 
-Bytes JpegBuilder::Build() const
+Bytes MakeJpeg(int width, int height, const Bytes& values, int transform, int scanCount)
 {
-  const int count = static_cast<int>(_values.size());
-  const J_COLOR_SPACE spaces[] = {JCS_UNKNOWN, JCS_GRAYSCALE, JCS_UNKNOWN, _transform == 0 ? JCS_RGB : JCS_YCbCr,
-                                  _transform == 2 ? JCS_YCCK : JCS_CMYK};
+  const int count = static_cast<int>(values.size());
+  const J_COLOR_SPACE spaces[] = {JCS_UNKNOWN, JCS_GRAYSCALE, JCS_UNKNOWN, transform == 0 ? JCS_RGB : JCS_YCbCr,
+                                  transform == 2 ? JCS_YCCK : JCS_CMYK};
   jpeg_compress_struct coder;
   jpeg_error_mgr errors;
   coder.err = jpeg_std_error(&errors);
@@ -128,23 +114,23 @@ Bytes JpegBuilder::Build() const
   unsigned char* bytes = nullptr;
   unsigned long byteCount = 0;
   jpeg_mem_dest(&coder, &bytes, &byteCount);
-  coder.image_width = static_cast<JDIMENSION>(_width);
-  coder.image_height = static_cast<JDIMENSION>(_height);
+  coder.image_width = static_cast<JDIMENSION>(width);
+  coder.image_height = static_cast<JDIMENSION>(height);
   coder.input_components = count;
   coder.in_color_space = spaces[count];
   jpeg_set_defaults(&coder);
   jpeg_set_colorspace(&coder, spaces[count]);
   jpeg_set_quality(&coder, 100, TRUE);
-  if (_scanCount)
+  if (scanCount)
     jpeg_simple_progression(&coder);
   for (int i = 0; i < count; ++i)
     coder.comp_info[i].h_samp_factor = coder.comp_info[i].v_samp_factor = 1;
   coder.write_JFIF_header = FALSE;
-  coder.write_Adobe_marker = _transform >= 0;
+  coder.write_Adobe_marker = transform >= 0;
   jpeg_start_compress(&coder, TRUE);
   Bytes row;
-  for (int x = 0; x < _width; ++x)
-    row.insert(row.end(), _values.begin(), _values.end());
+  for (int x = 0; x < width; ++x)
+    row.insert(row.end(), values.begin(), values.end());
   for (JSAMPROW rows[] = {row.data()}; coder.next_scanline < coder.image_height;)
     jpeg_write_scanlines(&coder, rows, 1);
   jpeg_finish_compress(&coder);
@@ -154,7 +140,7 @@ Bytes JpegBuilder::Build() const
 
   const Bytes startOfScan = {0xFF, 0xDA};
   const Bytes lastScan(std::find_end(file.begin(), file.end(), startOfScan.begin(), startOfScan.end()), file.end() - 2);
-  for (int i = 1; i < _scanCount; ++i)
+  for (int i = 1; i < scanCount; ++i)
     file.insert(file.end() - 2, lastScan.begin(), lastScan.end());
   return file;
 }

@@ -3,20 +3,14 @@
 // Small PNG and JPEG files by other code than the host's own: PNG files are put together chunk by chunk with nothing packed, and the
 // pixels of a JPEG file are flat blocks whose values can be read in the test.
 
-#include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/images/headlessimage.h"
+#include "tests/support/gltfbuilders.h"
 
 namespace q7z::test
 {
-
-using Bytes = std::vector<std::uint8_t>;
-
-void Append(Bytes& target, const Bytes& bytes);
-Bytes BytesOf(std::string_view text);
 
 struct PngHeader
 {
@@ -41,43 +35,15 @@ private:
   Bytes _bytes;
 };
 
-/// A zlib stream of literal bytes.
-Bytes Stored(const Bytes& content);
 /// A zlib stream, without its checksum, that unpacks to about byteCount equal bytes.
 Bytes LongRun(std::size_t byteCount);
 
 /// A JPEG file of flat blocks of 8 × 8 pixels.
-class JpegBuilder
-{
-public:
-  JpegBuilder(int width, int height) : _width(width), _height(height) {}
-  /// The value of each component, the same in all blocks.
-  JpegBuilder& Components(const Bytes& values)
-  {
-    _values = values;
-    return *this;
-  }
-  /// Says how the components stand for colours: 0 as they are, 1 as brightness and two colours, 2 the same with black.
-  JpegBuilder& Adobe(int transform)
-  {
-    _transform = transform;
-    return *this;
-  }
-  /// Progressive, with the last scan scanCount times.
-  JpegBuilder& Scans(int scanCount)
-  {
-    _scanCount = scanCount;
-    return *this;
-  }
-  Bytes Build() const;
-
-private:
-  int _width;
-  int _height;
-  Bytes _values;
-  int _transform = -1;
-  int _scanCount = 0;  // 0 for a file that is not progressive
-};
+/// @param values  of each component, the same in all blocks.
+/// @param transform  how the components stand for colours: 0 as they are, 1 as brightness and two colours, 2 the same with black;
+///   -1 says nothing of it.
+/// @param scanCount  how often the last scan of a progressive file comes; 0 for a file that is not progressive.
+Bytes MakeJpeg(int width, int height, const Bytes& values, int transform = -1, int scanCount = 0);
 
 /// The pixels as text, rows parted by " / ": "1,2,3 4,5,6 / ...".
 std::string PixelText(const PixelImage& image);
