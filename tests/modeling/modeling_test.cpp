@@ -308,7 +308,6 @@ TEST_F(Modeling, PartIsLikeItsSource)
 {
   HeadlessPolygonObject& mesh = AddSample();
   mesh.SetName("mesh"_s);
-  mesh.SetBase({HostMatrix(Vector{1, 2, 3}, Vector{1, 0, 0}, Vector{0, 1, 0}, Vector{0, 0, 1}), {1, 1, 1}});
   mesh.SetVectors({{4, 5, 6}, {0.5, 0, 0}, {2, 2, 2}});
   mesh.SetVisibility(kEditorVisibility, kHiddenMode);
   mesh.SetLayer(Scene().GetLayerRoot().Add());
@@ -318,13 +317,11 @@ TEST_F(Modeling, PartIsLikeItsSource)
   const HeadlessPolygonObject* const part = Run(kSplit, mesh);
   ASSERT_TRUE(part);
   EXPECT_EQ(Text(part->GetName()), "mesh");
-  EXPECT_EQ(part->GetBase(), mesh.GetBase());
   EXPECT_EQ(part->GetVectors(), mesh.GetVectors());
   EXPECT_EQ(part->GetVisibility(kEditorVisibility), kHiddenMode);
   EXPECT_EQ(part->GetLayer(), mesh.GetLayer());
   EXPECT_TRUE(!part->GetDocument() && !part->GetUp() && !part->GetDown());
-  HostValue parameter;
-  EXPECT_TRUE(part->GetParameter(77, parameter) && parameter.GetInt() == 5);
+  EXPECT_EQ(part->GetParameters().Find(77)->GetInt(), 5);
   EXPECT_EQ(Text(part->FindTag(kTextureTagType)->GetName()), "texture");
   EXPECT_TRUE(mesh.GetDown() && mesh.FindTag(kTextureTagType));
 }
