@@ -22,16 +22,12 @@ namespace
 class WrittenScene : public testing::Test
 {
 protected:
-  HeadlessObject* Add(Int32 type, HeadlessObject* parent = nullptr)
+  HeadlessObject* Add(Int32 type)
   {
     HeadlessObject* const object = HeadlessObject::Create(type);
-    if (parent)
-      object->InsertUnderLast(parent);
-    else
-      _document->InsertObjectLast(object);
+    _document->InsertObjectLast(object);
     return object;
   }
-
   static HostValue MakeLink(HeadlessNode* node) { return HostValue::Link(ToHost(node)); }
 
   const DocumentOwner _document{HeadlessDocument::Create()};
