@@ -129,6 +129,8 @@ TEST_F(Resources, BrokenDescriptionsAreRefused)
     {"# nothing\n[Group]\n", "it describes no parameter"},
     {"1 | switch | A | on", "line 1: a parameter stands in a group"},
     {"[G]\n1 | switch | A", "line 2: ID | kind | label | default expected"},
+    {"[G]\n1 | colour | A | red", "line 2: there is no kind \"colour\""},
+    {"[G]\n1 | integer | A | 1.5", "line 2: a whole number expected, not \"1.5\""},
     {"[G]\n1 | switch | A | yes", "line 2: on or off expected, not \"yes\""},
     {"[G]\n1 | choice | A | 2 | 2 two, 3", "line 2: NUMBER label expected, not \"3\""},
     {"[G]\n1 | choice | A | 4 | 2 two, 3 three", "line 2: the default \"4\" is none of the choices"},

@@ -121,6 +121,7 @@ const std::tuple<Place, std::string, const char*> kRefused[] = {
   // Takes.
   {kTakes, "", "takes: the main take is missing"},
   {kTakes, R"({"main": false})", "takes[0].main: the first take is the main take, and no other"},
+  {kTakes, R"({}, {"main": true})", "takes[1].main: the first take is the main take, and no other"},
   {kTakes, R"({"current": true}, {"current": true})", "takes[1].current: another take is current"},
   {kTakes, R"({"overrides": [{"target": 1}]})", "takes[0].overrides: the main take has no overrides"},
   {kTakes, R"({}, {"overrides": [{}]})", "takes[1].overrides[0].target: missing"},
