@@ -250,6 +250,17 @@ TEST_F(CurrentState, JointsOfTheScopeAroundComeBeforeThoseOfTheTree)
 
 // Limits and size.
 
+TEST_F(CurrentState, EndsAtTheLimitOfObjects)
+{
+  Build("root(one=group two=group) group(a* b* c*) circle(d=(e=f)) f=g(h) g=d(i)");
+  // The two groups stand in their instances' places; the six meshes in them are more than the tree has.
+  EXPECT_FALSE(MakeCopy(Find("root"), {5, 1 << 20}));
+  EXPECT_TRUE(MakeCopy(Find("root"), {6, 1 << 20}));
+  // The way from e over f and g back to d, in which e stands, is one of three steps.
+  EXPECT_FALSE(MakeCopy(Find("circle"), {2, 1 << 20}));
+  EXPECT_TRUE(MakeCopy(Find("circle"), {3, 1 << 20}));
+}
+
 TEST_F(CurrentState, EndsAtTheLimitOfMemory)
 {
   HeadlessObject& root = AddRoot();

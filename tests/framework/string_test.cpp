@@ -23,14 +23,17 @@ TEST(String, OperationsGiveTheseTexts)
     {String::Format("@ @"_s, {"x@y"_s, "z"_s}), "x@y z"},  // a part is not formatted again
     {text.GetPart(1, 3), "bcd"},
     {text.GetPart(2, INT64_MAX), "cdef"},
+    {text.GetPart(7, 1), ""},
     {text.GetPart(-2, 2), "ab"},  // a negative position is the start
     {text.GetPart(2, -1), ""},
     {text.GetFirstCharacters(-1), ""},
     {"a\xC3\xA9\xE6\xBC\xA2\xF0\x9F\x98\x80z"_s.GetFirstCharacters(4), "a\xC3\xA9\xE6\xBC\xA2\xF0\x9F\x98\x80"},
     {"\xFF\xFE\xFDz"_s.GetFirstCharacters(2), "\xFF\xFE"},  // broken bytes count one each
     {"\x80\x80z"_s.GetFirstCharacters(1), "\x80"},
+    {"z\xE6\xBC"_s.GetFirstCharacters(2), "z\xE6"},
     {"\xC3z"_s.GetFirstCharacters(1), "\xC3"},
     {" \t\r\na b\n"_s.Trim(), "a b"},
+    {" \t "_s.Trim(), ""},
     {"\va\f"_s.Trim(), "\va\f"},
     // Numbers have their shortest text.
     {String::FromInt(INT64_MIN), "-9223372036854775808"},
@@ -50,6 +53,7 @@ TEST(String, ParseIntTakesWholeDecimalNumbersAlone)
     {"007"_s, 7},
     {"-9223372036854775808"_s, INT64_MIN},
     {"9223372036854775808"_s, std::nullopt},
+    {"-9223372036854775809"_s, std::nullopt},
     {String(), std::nullopt},
     {"-"_s, std::nullopt},
     {"+1"_s, std::nullopt},

@@ -29,6 +29,7 @@ const std::tuple<String, UrlScheme, const char*, const char*> kReferenceCases[] 
   {"file:/a"_s, URLSCHEME_FILESYSTEM, "/a", "file:///a"},
   {"file:a/b"_s, URLSCHEME_FILESYSTEM, "a/b", "file:a/b"},
   {"C:\\dir\\a.bin"_s, URLSCHEME_FILESYSTEM, "C:\\dir\\a.bin", "file:///C:\\dir\\a.bin"},
+  {"c:/dir/a.bin"_s, URLSCHEME_FILESYSTEM, "c:/dir/a.bin", "file:///c:/dir/a.bin"},
   {"file:///C:/a.bin"_s, URLSCHEME_FILESYSTEM, "C:/a.bin", "file:///C:/a.bin"},
   // Other schemes stay as they are, percent codes included.
   {"http://host/a%20b"_s, URLSCHEME_HTTP, "//host/a%20b", "http://host/a%20b"},
@@ -113,6 +114,7 @@ TEST(Url, AppendAddsExactlyOneComponent)
     {"/tex"_s, "/etc/passwd"_s, "/tex/_etc_passwd"},
     {"/tex"_s, "a\0.png"_s, "/tex/a_.png"},
     {"/tex"_s, ".."_s, "/tex/_"},
+    {"/tex"_s, "."_s, "/tex/_"},
     {"/tex"_s, String(), "/tex/_"},
     {"/tex"_s, "%2E%2E"_s, "/tex/%2E%2E"},
   };

@@ -69,6 +69,8 @@ TEST_F(SceneHierarchy, WhatIsNotThereIsRefused)
 {
   EXPECT_EQ(HostAllocObject(4711), nullptr);
   EXPECT_EQ(HostPolygonObject::Alloc(-1, 0), nullptr);
+  EXPECT_EQ(HostPolygonObject::Alloc(0, -1), nullptr);
+  EXPECT_EQ(HostTag::Alloc(kNormalTagType, -1), nullptr);
   EXPECT_EQ(HostTag::Alloc(kVertexColorTagType, -1), nullptr);
   HostObject* const a = Add("a");
   EXPECT_FALSE(a->SetReference(a)) << "only instances have one";

@@ -294,6 +294,7 @@ TEST(Base64, TellsWhereATextIsBroken)
     {"Zh==", "f"},
     {"Z", "The base64 text ends within a group of four characters, at byte 1."},
     {"Zm9v\n", "The base64 text ends within a group of four characters, at byte 5."},
+    {"====", "The base64 text is broken at byte 0."},
     {"Z===", "The base64 text is broken at byte 1."},
     {"Zm=v", "The base64 text is broken at byte 2."},
     {"Zg==Zg==", "The base64 text is broken at byte 2."},

@@ -282,6 +282,7 @@ struct UrlRow
 
 const UrlRow kUrls[] = {
   {"/out", true, "/out/tex/a.png", "tex/a.png"},
+  {"/", true, "/tex/a.png", "tex/a.png"},
   {"", true, "tex/a.png", "tex/a.png"},
   {"out", true, "out/tex/a.png", "tex/a.png"},
   {"/out", true, "/output/a.png", "file:///output/a.png"},
