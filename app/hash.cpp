@@ -1,6 +1,5 @@
 #include "app/hash.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -24,17 +23,54 @@ constexpr Int32 kOnlyHashesItem = 1053;
 /// The dialog's field ends lines with CR LF.
 constexpr const char* kFieldLineEnd = "\r\n";
 
-std::string ReadStdin()
+// A piece of stdin that is hashed at once.
+constexpr size_t kPieceBytes = size_t(1) << 20;
+
+/// Stdin in pieces of whole lines. The dialog takes an empty text for no text; so a piece that is not the first begins with a line
+/// that is not empty.
+class StdinPieces
 {
-  std::string text;
-  std::array<char, 1 << 16> block;
-  for (size_t count = 1; count > 0 && InterruptGuard::GetSignal() == 0;)
+public:
+  /// @return false at the end, or when interrupted.
+  bool Next(std::string& piece)
   {
-    count = std::fread(block.data(), 1, block.size(), stdin);
-    text.append(block.data(), count);
+    while (!_isAtEnd && InterruptGuard::GetSignal() == 0)
+    {
+      Read();
+      const size_t cut = _isAtEnd ? _text.size() : FindCut();
+      if (cut == 0)
+        continue;
+      piece.assign(_text, 0, cut);
+      _text.erase(0, cut);
+      return true;
+    }
+    return false;
   }
-  return text;
-}
+
+private:
+  void Read()
+  {
+    const size_t before = _text.size();
+    _text.resize(before + kPieceBytes);
+    const size_t count = std::fread(_text.data() + before, 1, kPieceBytes, stdin);
+    _text.resize(before + count);
+    _isAtEnd = count < kPieceBytes;
+  }
+
+  /// Where the last line begins that has an end and is not empty, if it is not the first; else 0.
+  size_t FindCut() const
+  {
+    const size_t lineEnd = _text.rfind('\n');
+    if (lineEnd == std::string::npos)
+      return 0;
+    const size_t last = _text.find_last_not_of("\r\n", lineEnd);
+    const size_t before = last == std::string::npos ? last : _text.rfind('\n', last);
+    return before == std::string::npos ? 0 : before + 1;
+  }
+
+  std::string _text;
+  bool _isAtEnd = false;
+};
 
 /// Lines that end in LF or CR LF, joined as the field has them; the end of the last line is no line of its own.
 std::string ToField(const std::string& text)
@@ -76,22 +112,40 @@ int Print(Session& session, std::string_view field)
   return session.Fail(kNoAccess, std::string("cannot write to stdout: ") + std::strerror(errno));
 }
 
-int Hash(Session& session, const Arguments& arguments)
+/// @param menuItem  to be chosen before; 0 for none.
+int HashField(Session& session, const std::string& field, Int32 menuItem)
 {
-  const std::string input = arguments.names.empty() ? ToField(ReadStdin()) : JoinNames(arguments.names);
-  if (std::ferror(stdin))
-    return session.Fail(kNoAccess, std::string("cannot read stdin: ") + std::strerror(errno));
-  if (InterruptGuard::GetSignal() != 0)
-    return session.Fail(Session::GetInterruptCode(), "interrupted");
-  const DialogRequest request{kHasherCommand, kInputField, String(input.data(), static_cast<Int>(input.size())),
-                              arguments.onlyHashes ? kOnlyHashesItem : 0, kOutputField};
+  const DialogRequest request{kHasherCommand, kInputField, String(field.data(), static_cast<Int>(field.size())), menuItem,
+                              kOutputField};
   const Result<String> output = session.GetHost().RunDialog(request);
   if (output.HasError())
     return session.Fail(kRefused, "nothing could be hashed: " + std::string(output.GetError().GetMessage().Trim().GetView()));
-  if (output.GetValue().IsEmpty() && !input.empty())
+  if (output.GetValue().IsEmpty() && !field.empty())
     return session.Fail(kOutOfMemory, "the names need more memory to be hashed than there is");
-  session.GetReport().status = "none";
   return Print(session, output.GetValue().GetView());
+}
+
+int HashStdin(Session& session, Int32 menuItem)
+{
+  StdinPieces pieces;
+  int code = kDone;
+  for (std::string piece; code == kDone && pieces.Next(piece); menuItem = 0)
+    code = HashField(session, ToField(piece), menuItem);
+  if (code == kDone && std::ferror(stdin))
+    return session.Fail(kNoAccess, std::string("cannot read stdin: ") + std::strerror(errno));
+  if (code == kDone && InterruptGuard::GetSignal() != 0)
+    return session.Fail(Session::GetInterruptCode(), "interrupted");
+  return code;
+}
+
+int Hash(Session& session, const Arguments& arguments)
+{
+  const Int32 menuItem = arguments.onlyHashes ? kOnlyHashesItem : 0;
+  const int code =
+    arguments.names.empty() ? HashStdin(session, menuItem) : HashField(session, JoinNames(arguments.names), menuItem);
+  if (code == kDone)
+    session.GetReport().status = "none";
+  return code;
 }
 
 }  // namespace

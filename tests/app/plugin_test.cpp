@@ -99,6 +99,23 @@ TEST(AppHash, IsTheOneOfTheReport)
   EXPECT_EQ(RunTool({"hash", "KHR_lights_punctual", "--only-hashes"}).out, hash + "\n");
 }
 
+// Stdin is hashed piece by piece. Lines without a name stand around the ends of the pieces, and after them.
+TEST(AppHash, TakesLongInputs)
+{
+  std::string input;
+  std::string expected;
+  const std::string ofNothing = RunTool({"hash", "a", "", "b"}).out.substr(35, 34);
+  const std::string ofName = RunTool({"hash", "a"}).out;
+  for (int i = 0; i < 2500000; ++i)
+  {
+    const bool isEmpty = i % 7 || i > 2000000;
+    input += isEmpty ? (i % 2 ? "\r\n" : "\n") : "a\n";
+    expected += isEmpty ? ofNothing : ofName;
+  }
+  const std::string hashed = RunTool({"hash"}, {input}).out;
+  EXPECT_TRUE(hashed == expected) << hashed.size() << " bytes for " << expected.size();
+}
+
 TEST(AppHash, TakesLinesOfStdin)
 {
   const std::string both = RunTool({"hash", "a", "b"}).out;
