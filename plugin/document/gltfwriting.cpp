@@ -35,14 +35,6 @@ void MergeBound(Data& bound, Data value, Bool isSmaller) noexcept
 }
 
 template <typename T>
-T LoadComponent(const Byte* element, Int component) noexcept
-{
-  T value;
-  std::memcpy(&value, element + component * static_cast<Int>(sizeof(T)), sizeof(T));
-  return value;
-}
-
-template <typename T>
 struct ComponentBounds
 {
   T min;
@@ -50,22 +42,94 @@ struct ComponentBounds
   Bool isSet = false;
 };
 
-/// The bounds of one component of all elements. Comparisons with a NaN are false; infinities are left out.
+/// One component of all elements.
 template <typename T>
-ComponentBounds<T> FindBounds(const Byte* first, Int count, Int stride, Int component) noexcept
+class Components
 {
-  ComponentBounds<T> bounds{std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(), false};
-  for (Int i = 0; i < count; ++i)
+public:
+  Components(const Byte* first, Int count, Int stride, Int component) noexcept
+      : _first(first + component * static_cast<Int>(sizeof(T))), _count(count), _stride(stride)
+  {}
+
+  /// Comparisons with a NaN are false; infinities are left out. Of equal bounds the first counts, since zeros have signs.
+  ComponentBounds<T> FindBounds() const noexcept
   {
-    const T value = LoadComponent<T>(first + i * stride, component);
-    if (!(value >= std::numeric_limits<T>::lowest() && value <= std::numeric_limits<T>::max()))
-      continue;
-    bounds.min = value < bounds.min ? value : bounds.min;
-    bounds.max = value > bounds.max ? value : bounds.max;
-    bounds.isSet = true;
+    ComponentBounds<T> bounds = FindBoundsInLanes();
+    if (!IsFinite(bounds.min) || !IsFinite(bounds.max))
+      return FindFiniteBounds();
+    bounds.min = bounds.min == 0 ? FindFirstZero() : bounds.min;
+    bounds.max = bounds.max == 0 ? FindFirstZero() : bounds.max;
+    return bounds;
   }
-  return bounds;
-}
+
+private:
+  T Load(Int i) const noexcept
+  {
+    T value;
+    std::memcpy(&value, _first + i * _stride, sizeof(T));
+    return value;
+  }
+
+  static Bool IsFinite(T value) noexcept
+  {
+    return value >= std::numeric_limits<T>::lowest() && value <= std::numeric_limits<T>::max();
+  }
+
+  /// With infinities, and anything where there are none but NaNs. Lanes do not wait for each other.
+  ComponentBounds<T> FindBoundsInLanes() const noexcept
+  {
+    constexpr Int kLaneCount = 4;
+    T min[kLaneCount];
+    T max[kLaneCount];
+    for (Int lane = 0; lane < kLaneCount; ++lane)
+      min[lane] = max[lane] = _count > 0 ? Load(0) : T();
+    const Int lanedCount = _count / kLaneCount * kLaneCount;
+    for (Int i = 0; i < lanedCount; i += kLaneCount)
+    {
+      for (Int lane = 0; lane < kLaneCount; ++lane)
+      {
+        const T value = Load(i + lane);
+        min[lane] = value < min[lane] ? value : min[lane];
+        max[lane] = value > max[lane] ? value : max[lane];
+      }
+    }
+    for (Int i = lanedCount; i < _count; ++i)
+    {
+      min[0] = std::min(min[0], Load(i));
+      max[0] = std::max(max[0], Load(i));
+    }
+    return {*std::min_element(min, min + kLaneCount), *std::max_element(max, max + kLaneCount), _count > 0};
+  }
+
+  ComponentBounds<T> FindFiniteBounds() const noexcept
+  {
+    ComponentBounds<T> bounds{std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(), false};
+    for (Int i = 0; i < _count; ++i)
+    {
+      const T value = Load(i);
+      if (!IsFinite(value))
+        continue;
+      bounds.min = std::min(bounds.min, value);
+      bounds.max = std::max(bounds.max, value);
+      bounds.isSet = true;
+    }
+    return bounds;
+  }
+
+  T FindFirstZero() const noexcept
+  {
+    for (Int i = 0; i < _count; ++i)
+    {
+      if (const T value = Load(i); value == 0)
+        return value;
+    }
+    return 0;
+  }
+
+  const Byte* _first;
+  Int _count;
+  Int _stride;
+};
 
 template <typename T>
 Data ToData(T value) noexcept
@@ -81,7 +145,7 @@ void MergeBounds(const Byte* first, Int count, Int stride, BaseArray<Data>& min,
 {
   for (Int component = 0; component < min.GetCount(); ++component)
   {
-    const ComponentBounds<T> bounds = FindBounds<T>(first, count, stride, component);
+    const ComponentBounds<T> bounds = Components<T>(first, count, stride, component).FindBounds();
     if (!bounds.isSet)
       continue;
     MergeBound(min[component], ToData(bounds.min), true);
