@@ -46,9 +46,9 @@ struct SourceRow
   size_t present;
 };
 
-constexpr int kBuffer = 1;
-constexpr int kImage = 2;
-constexpr int kBoth = 3;
+constexpr int kOfBuffer = 1;
+constexpr int kOfImage = 2;
+constexpr int kOfBoth = 3;
 
 /// @return the message. bytes is what is there in the end.
 std::string LoadSource(Bool isImage, const TestFolder& folder, std::string uri, Int declared, std::vector<Byte>& bytes)
@@ -73,13 +73,13 @@ class Source : public testing::TestWithParam<SourceRow>
 
 TEST_P(Source, FillsTheBytesOrTellsWhyNot)
 {
-  for (const int kind : {kBuffer, kImage})
+  for (const int kind : {kOfBuffer, kOfImage})
   {
     const DocumentHost host;
     std::vector<Byte> bytes;
     if (!(GetParam().kinds & kind))
       continue;
-    EXPECT_EQ(LoadSource(kind == kImage, host.folder, GetParam().uri, GetParam().declared, bytes), GetParam().message) << kind;
+    EXPECT_EQ(LoadSource(kind == kOfImage, host.folder, GetParam().uri, GetParam().declared, bytes), GetParam().message) << kind;
     EXPECT_EQ(bytes.size(), GetParam().present) << kind;
     EXPECT_EQ(host.files.liveFiles, 0);
   }
@@ -91,30 +91,30 @@ constexpr const char* kNoPlace =
 constexpr const char* kNoPlaceOfAnImage = "Illegal state: Condition assetUrl.GetScheme() == URLSCHEME_FILESYSTEM not fulfilled. ";
 
 const SourceRow kSources[] = {
-  {"DataLongerThanDeclared", kBuffer, "data:application/octet-stream;base64,AQID", 2, "", 3},
-  {"GltfBufferData", kBuffer, "data:application/gltf-buffer;base64,AQI=", 2, "", 2},
-  {"DataTooShort", kBuffer, "data:application/octet-stream;base64,AQID", 4, kTooShort, 3},
-  {"BrokenData", kBuffer, "data:application/octet-stream;base64,A*ID", 3, "The base64 text is broken at byte 1.", 0},
-  {"EmptyData", kBuffer, "data:application/octet-stream;base64,", 0, "", 0},
-  {"UpperCaseData", kBuffer, "data:application/OCTET-STREAM;base64,AQID", 3, kNoPlace, 0},
-  {"DataOfAnImage", kBuffer, "data:image/png;base64,AQID", 3, kNoPlace, 0},
-  {"Png", kImage, "data:image/png;base64,AQID", 0, "", 3},
-  {"Jpeg", kImage, "data:image/jpeg;base64,AQI=", 0, "", 2},
-  {"BrokenPng", kImage, "data:image/png;base64,A*ID", 0, "The base64 text is broken at byte 1.", 0},
-  {"OtherImage", kImage, "data:image/webp;base64,AQID", 0, kNoPlaceOfAnImage, 0},
-  {"NoUri", kBoth, "", 100, "", 0},
-  {"FileLongerThanDeclared", kBoth, "five.bin", 4, "", 5},
-  {"FileTooShort", kBuffer, "five.bin", 6, kTooShort, 5},
-  {"NegativeLength", kBuffer, "five.bin", -1000, "", 5},
-  {"PercentCodes", kBoth, "a%20b.bin", 2, "", 2},
-  {"PercentCodesAreDecodedOnce", kBoth, "a%2520b.bin", 1, "", 1},
-  {"LocalFile", kBoth, "@/five.bin", 1, "", 5},
-  {"FileScheme", kBoth, "file://@/five.bin", 1, "", 5},
-  {"MissingFile", kBoth, "nothing.bin", 1, "Illegal state: Condition GeFExist(fileName) not fulfilled. ", 0},
-  {"ZeroByte", kImage, "a%00.png", 0, "A path cannot hold a zero byte.", 0},
-  {"Http", kBoth, "http://models/five.bin", 5, "This is not supported.", 0},
-  {"Https", kBuffer, "https://models/five.bin", 5, kNoPlace, 0},
-  {"HttpsOfAnImage", kImage, "https://models/five.bin", 5, kNoPlaceOfAnImage, 0},
+  {"DataLongerThanDeclared", kOfBuffer, "data:application/octet-stream;base64,AQID", 2, "", 3},
+  {"GltfBufferData", kOfBuffer, "data:application/gltf-buffer;base64,AQI=", 2, "", 2},
+  {"DataTooShort", kOfBuffer, "data:application/octet-stream;base64,AQID", 4, kTooShort, 3},
+  {"BrokenData", kOfBuffer, "data:application/octet-stream;base64,A*ID", 3, "The base64 text is broken at byte 1.", 0},
+  {"EmptyData", kOfBuffer, "data:application/octet-stream;base64,", 0, "", 0},
+  {"UpperCaseData", kOfBuffer, "data:application/OCTET-STREAM;base64,AQID", 3, kNoPlace, 0},
+  {"DataOfAnImage", kOfBuffer, "data:image/png;base64,AQID", 3, kNoPlace, 0},
+  {"Png", kOfImage, "data:image/png;base64,AQID", 0, "", 3},
+  {"Jpeg", kOfImage, "data:image/jpeg;base64,AQI=", 0, "", 2},
+  {"BrokenPng", kOfImage, "data:image/png;base64,A*ID", 0, "The base64 text is broken at byte 1.", 0},
+  {"OtherImage", kOfImage, "data:image/webp;base64,AQID", 0, kNoPlaceOfAnImage, 0},
+  {"NoUri", kOfBoth, "", 100, "", 0},
+  {"FileLongerThanDeclared", kOfBoth, "five.bin", 4, "", 5},
+  {"FileTooShort", kOfBuffer, "five.bin", 6, kTooShort, 5},
+  {"NegativeLength", kOfBuffer, "five.bin", -1000, "", 5},
+  {"PercentCodes", kOfBoth, "a%20b.bin", 2, "", 2},
+  {"PercentCodesAreDecodedOnce", kOfBoth, "a%2520b.bin", 1, "", 1},
+  {"LocalFile", kOfBoth, "@/five.bin", 1, "", 5},
+  {"FileScheme", kOfBoth, "file://@/five.bin", 1, "", 5},
+  {"MissingFile", kOfBoth, "nothing.bin", 1, "Illegal state: Condition GeFExist(fileName) not fulfilled. ", 0},
+  {"ZeroByte", kOfImage, "a%00.png", 0, "A path cannot hold a zero byte.", 0},
+  {"Http", kOfBoth, "http://models/five.bin", 5, "This is not supported.", 0},
+  {"Https", kOfBuffer, "https://models/five.bin", 5, kNoPlace, 0},
+  {"HttpsOfAnImage", kOfImage, "https://models/five.bin", 5, kNoPlaceOfAnImage, 0},
 };
 INSTANTIATE_TEST_SUITE_P(Rows, Source, testing::ValuesIn(kSources), RowName());
 
