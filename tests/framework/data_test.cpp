@@ -190,6 +190,7 @@ std::string Listed(const Numbers& numbers)
 DataDictionary MakeNumbered(Int count, DataArena* arena = nullptr)
 {
   std::vector<DataMember> members;
+  members.reserve(static_cast<size_t>(count));
   for (Int i = 0; i < count; ++i)
     members.push_back({KeyOf(i), Data(i)});
   return DataDictionary::Create(members.data(), count, arena).GetValue();
@@ -246,6 +247,7 @@ TEST(DataDictionary, LastOfARepeatedNameCountsInThePlaceOfTheFirst)
   {
     const auto key = [](Int number) { return DataKey(KeyOf(number).GetName(), 7); };
     std::vector<DataMember> members;
+    members.reserve(static_cast<size_t>(2 * size + 2));
     Numbers expected;
     for (Int i = 0; i < size; ++i)
       members.push_back({key(i), Data(i)});

@@ -67,12 +67,12 @@ const char* const kStates[] = {
   "poseMeshCreator.AllocatePolyAndTags(vertexCount, polyCount)", "_poseMorphTag->ExitEdit(doc, true)",
   "targetCreator._targetMeshCreators.GetCount() == GetTargetsCount()", "targetCreator._poseMorphTag",
   "targetCreator._meshCreator",
-  "(poseMeshCreator.cursorPoints + vertexCount - 1 >= 0 && poseMeshCreator.cursorPoints + vertexCount - 1 < "
-  "poly->GetPointCount())",
-  "(poseMeshCreator.cursorPolygons + polyCount - 1 >= 0 && poseMeshCreator.cursorPolygons + polyCount - 1 < "
-  "poly->GetPolygonCount())",
-  "AddMeshPositions(poseMeshCreator, _primAccessors, targetAccForPointsPointer, vertexCount, flipZMultiplier, "
-  "options.GetScale())",
+  ("(poseMeshCreator.cursorPoints + vertexCount - 1 >= 0 && poseMeshCreator.cursorPoints + vertexCount - 1 < "
+   "poly->GetPointCount())"),
+  ("(poseMeshCreator.cursorPolygons + polyCount - 1 >= 0 && poseMeshCreator.cursorPolygons + polyCount - 1 < "
+   "poly->GetPolygonCount())"),
+  ("AddMeshPositions(poseMeshCreator, _primAccessors, targetAccForPointsPointer, vertexCount, flipZMultiplier, "
+   "options.GetScale())"),
   "AddMeshPolygons(poseMeshCreator, _primAccessors, polyCount, options.IsFlipZ())",
   "AddMeshNormals(poseMeshCreator, _primAccessors, &targetAccessors, polyCount, flipZMultiplier)",
   "AddMeshVertexColors(poseMeshCreator, _primAccessors, &targetAccessors, vertexCount)",
