@@ -189,9 +189,9 @@ TEST_F(SceneHierarchy, LinksToWhatIsFreedReadAsNull)
 TEST_F(SceneHierarchy, LinksToOneNodeMayBeMadeFromSeveralThreads)
 {
   HostObject* const target = Add("target");
-  std::vector<HostObject*> holders;
-  for (int i = 0; i < 200; ++i)
-    holders.push_back(Add("holder", nullptr, kInstanceObjectType));
+  std::vector<HostObject*> holders(200);
+  for (HostObject*& holder : holders)
+    holder = Add("holder", nullptr, kInstanceObjectType);
   const auto link = [&](size_t first)
   {
     for (size_t i = first; i < holders.size(); i += 2)

@@ -69,6 +69,7 @@ TEST_F(SceneMemory, CurvesStayAsTheyWere)
   HostObject* const object = Add("a");
   HostTrack* track = nullptr;
   SweepUntilSuccess([&] { return (track = HostTrack::Alloc(object, HostDescId(903, 1000))) != nullptr; });
+  ASSERT_NE(track, nullptr);
   track->InsertInto(object);
   SweepUntilSuccess([&] { return track->GetCurve(true) != nullptr; }, [&] { EXPECT_EQ(track->GetCurve(false), nullptr); });
   HostCurve* const curve = track->GetCurve(true);
