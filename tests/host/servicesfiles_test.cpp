@@ -236,7 +236,7 @@ TEST(UrlService, TellsWhyItCannotWrite)
   const TestFolder folder;
   folder.Write("file", "kept");
   folder.Write("folder/inside", "kept");
-  const std::string base = folder.GetPath();
+  const std::string& base = folder.GetPath();
   EXPECT_EQ(WriteWhole(folder / "folder", "x"), "cannot write \"" + base + "/folder\": it is a folder");
   EXPECT_EQ(WriteWhole(folder / "none/file", "x"), "cannot write \"" + base + "/none/file\": No such file or directory");
   EXPECT_EQ(WriteWhole(folder / "file/below", "x"), "cannot write \"" + base + "/file/below\": Not a directory");
@@ -282,7 +282,7 @@ TEST(Hash, OfAFileIsThatOfItsBytes)
       bytes += static_cast<char>(i * i >> 3);
     EXPECT_EQ(Text(hash.HashFile(MakeUrl(folder.Write("file", bytes)))), Text(hash.HashText(MakeString(bytes)))) << length;
   }
-  const std::string base = folder.GetPath();
+  const std::string& base = folder.GetPath();
   EXPECT_EQ(Text(hash.HashFile(MakeUrl(folder / "none"))), "Cannot read \"" + base + "/none\": No such file or directory");
   EXPECT_EQ(Text(hash.HashFile(MakeUrl(base))), "Cannot read \"" + base + "\": Is a directory");
 }
