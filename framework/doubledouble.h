@@ -45,13 +45,19 @@ constexpr DoubleDouble Split(Float a) noexcept
   return {high, a - high};
 }
 
+/// The exact product of two numbers whose parts are told, as long as no part of it is too small or too large to be held.
+constexpr DoubleDouble ProductOfParts(Float a, const DoubleDouble& partsOfA, Float b, const DoubleDouble& partsOfB) noexcept
+{
+  const DoubleDouble& x = partsOfA;
+  const DoubleDouble& y = partsOfB;
+  const Float product = a * b;
+  return {product, ((x.high * y.high - product) + x.high * y.low + x.low * y.high) + x.low * y.low};
+}
+
 /// The exact product of two numbers, as long as no part of it is too small or too large to be held.
 constexpr DoubleDouble Product(Float a, Float b) noexcept
 {
-  const Float product = a * b;
-  const DoubleDouble x = Split(a);
-  const DoubleDouble y = Split(b);
-  return {product, ((x.high * y.high - product) + x.high * y.low + x.low * y.high) + x.low * y.low};
+  return ProductOfParts(a, Split(a), b, Split(b));
 }
 
 constexpr DoubleDouble operator+(const DoubleDouble& a, const DoubleDouble& b) noexcept

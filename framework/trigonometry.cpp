@@ -55,6 +55,13 @@ constexpr DoubleDouble AlternatingSeries(int first, const DoubleDouble& z) noexc
   return sum;
 }
 
+/// The nearest whole number, for a value below 2^51.
+constexpr Float RoundToWhole(Float value) noexcept
+{
+  constexpr Float kShift = 0x1.8p52;  // behind it a number has no places left
+  return (value + kShift) - kShift;
+}
+
 /// The sine and the cosine of one angle.
 struct Turn
 {
@@ -79,7 +86,7 @@ class Reduced
 public:
   explicit Reduced(Float angle) noexcept
       : _near(std::abs(angle) < kLargestAngle ? angle : std::fmod(angle, 4 * kHalfPiParts[0])),
-        _count(std::floor(_near * kTwoOverPi + 0.5))
+        _count(RoundToWhole(_near * kTwoOverPi))
   {}
 
   Int GetQuarters() const noexcept { return static_cast<Int>(_count); }
@@ -126,14 +133,21 @@ Turn ThoroughTurn(Float angle) noexcept
 /// The turns by 0, 1/64, 2/64 and so on, to an eighth of a turn.
 constexpr Float kTurnsPerRadian = 64;
 constexpr size_t kTurnCount = 52;
-constexpr std::array<Turn, kTurnCount> kTurns = []
+struct TableTurn
 {
-  std::array<Turn, kTurnCount> turns;
+  Turn turn;
+  DoubleDouble sineParts;
+  DoubleDouble cosineParts;
+};
+constexpr std::array<TableTurn, kTurnCount> kTurns = []
+{
+  std::array<TableTurn, kTurnCount> turns;
   for (size_t i = 0; i < kTurnCount; ++i)
   {
     const DoubleDouble angle(static_cast<Float>(i) / kTurnsPerRadian);
     const DoubleDouble square = angle * angle;
-    turns[i] = {angle * AlternatingSeries(1, square), AlternatingSeries(0, square)};
+    const Turn turn{angle * AlternatingSeries(1, square), AlternatingSeries(0, square)};
+    turns[i] = {turn, Split(turn.sine.high), Split(turn.cosine.high)};
   }
   return turns;
 }();
@@ -146,8 +160,8 @@ Turn QuickTurn(Float angle) noexcept
   DoubleDouble rest = reduced.GetRestQuickly();
   const Float sign = std::copysign(1.0, rest.high);
   rest = {rest.high * sign, rest.low * sign};
-  const Float index = std::floor(rest.high * kTurnsPerRadian + 0.5);
-  const Turn& start = kTurns[static_cast<size_t>(index)];
+  const Float index = RoundToWhole(rest.high * kTurnsPerRadian);
+  const TableTurn& start = kTurns[static_cast<size_t>(index)];
   const DoubleDouble way = SumOfOrdered(rest.high - index / kTurnsPerRadian, rest.low);
 
   constexpr Float k3 = kInverseFactorials[3].high, k4 = kInverseFactorials[4].high, k5 = kInverseFactorials[5].high;
@@ -158,15 +172,17 @@ Turn QuickTurn(Float angle) noexcept
   const Float ofCosine = -square * (0.5 - square * (k4 - square * (k6 - square * k8))) - way.high * way.low;
 
   // from + onto * sine(way) + from * (cosine(way) - 1)
-  const auto moved = [&](const DoubleDouble& from, const DoubleDouble& onto)
+  const DoubleDouble wayParts = Split(way.high);
+  const auto moved = [&](const DoubleDouble& from, const DoubleDouble& onto, const DoubleDouble& ontoParts)
   {
-    const DoubleDouble aside = Product(onto.high, way.high);
+    const DoubleDouble aside = ProductOfParts(onto.high, ontoParts, way.high, wayParts);
     const DoubleDouble sum = Sum(from.high, aside.high);
     return SumOfOrdered(sum.high,
                         sum.low + (aside.low + from.low + (onto.low * way.high + onto.high * ofSine) + from.high * ofCosine));
   };
-  const Turn turn = {moved(start.sine, start.cosine), moved(start.cosine, -start.sine)};
-  return TurnedByQuarters({{turn.sine.high * sign, turn.sine.low * sign}, turn.cosine}, reduced.GetQuarters());
+  const DoubleDouble sine = moved(start.turn.sine, start.turn.cosine, start.cosineParts);
+  const DoubleDouble cosine = moved(start.turn.cosine, -start.turn.sine, -start.sineParts);
+  return TurnedByQuarters({{sine.high * sign, sine.low * sign}, cosine}, reduced.GetQuarters());
 }
 
 /// The square root of a value above 0.
