@@ -279,7 +279,7 @@ void MaterialDescriptor::ReadBaseColor() noexcept
     mode = hasTexture && layerMode.GetKind() == HostValueKind::kInt ? layerMode.GetInt() : kMultiply;
   }
   Vector hsv = RgbToHsv(color);
-  hsv.z *= brightness * mix;
+  hsv.z = hsv.z * brightness * mix;
   // A texture that covers the colour is not tinted.
   color = mode == kMultiply ? ClampToUnit(HsvToRgb(hsv)) : kWhite;
   _factors.baseColor = {color.x, color.y, color.z, _factors.baseColor.w};

@@ -72,6 +72,10 @@ const FactorCase kFactorCases[] = {
   {"MultipliedTexture",
    Classic(Channel(0, "c.png"), R"("2100": {"vector": [1, 1, 1]}, "2101": 0.5, "2102": 0.5, "2103": 3)"),
    {{kColor, "[0.25,0.25,0.25,1.0]"}, {"pbrMetallicRoughness/baseColorTexture", "{\"index\":0}"}}},
+  // 0.42 first; the factors' own product, 0.14, would make it 0.08399999999999999.
+  {"BrightnessCountsBeforeTheMix",
+   Classic(Channel(0, "c.png"), R"("2100": {"vector": [0.6, 0.6, 0.6]}, "2101": 0.7, "2102": 0.2, "2103": 3)"),
+   {{kColor, "[0.084,0.084,0.084,1.0]"}}},
   {"CoveringByDefault", Classic(Channel(0, "c.png"), R"("2100": {"vector": [0.5, 0.25, 0]})"), {{kColor, "[1.0,1.0,1.0,1.0]"}}},
 
   // Transparency.
