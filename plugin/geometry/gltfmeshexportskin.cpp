@@ -147,7 +147,8 @@ Result<void> CollectVertexColors(const MeshData& record, const HostPolygonObject
                                  BaseArray<VertexColor>& vertexColors) noexcept
 {
   CHECK_STATE(!vertexColors.IsPopulated());
-  RETURN_IF_ERROR(vertexColors.Resize(record.vertexPoints.GetCount()));
+  RETURN_IF_ERROR(vertexColors.ResizeForOverwrite(record.vertexPoints.GetCount()));
+  std::fill(vertexColors.begin(), vertexColors.end(), VertexColor{0, 0, 0, 0});  // deliberately without the alpha of a corner
   const Int pointCount = op->GetPointCount();
   const HostColorHandle handle = tag->GetHandleR();
   for (Int point = 0; point < pointCount; ++point)
