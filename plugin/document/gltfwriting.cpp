@@ -131,13 +131,16 @@ private:
   Int _stride;
 };
 
+/// Bounds of 16-bit integers are kept as integers and those of everything else as floats, of 32-bit integers, too. Deliberate.
 template <typename T>
 Data ToData(T value) noexcept
 {
   if constexpr (std::is_same_v<T, Float32>)
     return Data(value);
+  else if constexpr (std::is_same_v<T, UInt16>)
+    return Data(static_cast<Int32>(value));
   else
-    return Data(static_cast<UInt32>(value));
+    return Data(static_cast<Float>(value));
 }
 
 template <typename T>

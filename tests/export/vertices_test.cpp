@@ -139,6 +139,8 @@ TEST(SavedIndices, AreShortAsLongAsTheyCan)
   {
     const SavedFile file(SceneText(Mesh(points, polygons, Uvs((isSplit ? "1" : "0") + uvs))), kPlain);
     EXPECT_EQ(file.At("accessors/0/componentType"), isSplit ? "5125" : "5123");
+    EXPECT_EQ(file.At("accessors/0/min"), isSplit ? "[0.0]" : "[0]");
+    EXPECT_EQ(file.At("accessors/0/max"), isSplit ? "[65536.0]" : "[65535]");
     EXPECT_EQ(file.At("accessors/1/count"), isSplit ? "65537" : "65536");
     EXPECT_TRUE(file.At("mesh 0 indices").starts_with(isSplit ? "0 1 2 65536 2 1 3" : "0 1 2 0 2 1 3"));
   }
