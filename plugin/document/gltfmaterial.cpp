@@ -29,6 +29,8 @@ Result<void> ReadTexture(const DataDictionary& element, const DataKey& key, Gltf
 
 Result<void> GltfTexture::ReadFromJson(const DataDictionary& element) noexcept
 {
+  if (element.IsEmpty())
+    return {};  // one that says nothing is there all the same, without an image
   _samplerIndex = ReadInt(element, keys::kSampler, -1);
   ASSIGN_OR_RETURN(_sourceIndex, ReadRequiredInt(element, keys::kSource));
   return {};

@@ -98,10 +98,11 @@ TEST(ImageRecord, DecodesItsUriUnlessItHoldsAnImage)
 
 // References.
 
-// Textures 0 and 1 are whole, 2 lacks its sampler, 3 its image, 4 to 7 lead to images that are not whole.
+// Textures 0 and 1 are whole, 2 lacks its sampler, 3 its image, 4 to 7 lead to images that are not whole. 8 is empty, and 9 lacks
+// its source, so that there is none.
 constexpr const char* kTextures =
   R"("textures":[{"source":0},{"source":1,"sampler":0},{"source":0,"sampler":9},{"source":9},{"source":2},{"source":3},
-                 {"source":4},{"source":5}],
+                 {"source":4},{"source":5},{},{"sampler":0}],
      "samplers":[{"magFilter":9728}],
      "images":[{"uri":"a.png"},{"bufferView":0,"mimeType":"image/png"},{},{"bufferView":9},{"bufferView":1},
                {"bufferView":9,"uri":"a.png"}],
@@ -121,18 +122,20 @@ struct ResolveRow
 const ResolveRow kResolveRows[] = {
   {"NoIndex", R"({"normalTexture":{"index":-1}})", ""},
   {"NegativeTexture", R"({"normalTexture":{"index":-2}})", kNoTexture},
+  {"TextureWithoutSource", R"({"normalTexture":{"index":9}})", kNoTexture},
+  {"EmptyTexture", R"({"normalTexture":{"index":8}})", kNoSource},
   {"MissingImage", R"({"normalTexture":{"index":3}})", kNoSource},
   {"ImageOfNothing", R"({"normalTexture":{"index":4}})",
    "Illegal state: Condition IsBase64() && _data.IsPopulated() || GetURIString().IsPopulated() not fulfilled. "},
   {"MissingBuffer", R"({"normalTexture":{"index":6}})", "Illegal state: Condition buff not fulfilled. "},
   {"ViewWinsOverUri", R"({"normalTexture":{"index":7}})", "Illegal state: Condition _bufferView not fulfilled. "},
   // Of two references that cannot be resolved the first tells.
-  {"BaseColorFirst", R"({"pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":8},"baseColorTexture":{"index":2}}})",
+  {"BaseColorFirst", R"({"pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":9},"baseColorTexture":{"index":2}}})",
    kNoSampler},
-  {"MetallicRoughnessSecond", R"({"normalTexture":{"index":8},"pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":2}}})",
+  {"MetallicRoughnessSecond", R"({"normalTexture":{"index":9},"pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":2}}})",
    kNoSampler},
-  {"NormalThird", R"({"occlusionTexture":{"index":8},"normalTexture":{"index":2}})", kNoSampler},
-  {"OcclusionFourth", R"({"emissiveTexture":{"index":8},"occlusionTexture":{"index":2}})", kNoSampler},
+  {"NormalThird", R"({"occlusionTexture":{"index":9},"normalTexture":{"index":2}})", kNoSampler},
+  {"OcclusionFourth", R"({"emissiveTexture":{"index":9},"occlusionTexture":{"index":2}})", kNoSampler},
   {"EmissiveLast", R"({"emissiveTexture":{"index":3},"occlusionTexture":{"index":0}})", kNoSource},
 };
 
