@@ -154,7 +154,12 @@ Result<Url> MaterialImporter::WriteTexture(const GltfTextureInfo& texture, const
   if (written && *written == &image)
     return url;  // the file holds it already
   RETURN_IF_ERROR(NoteFile(fileName, image));
-  RETURN_IF_ERROR(texture.SaveImageData(url));
+  const Result<void> saved = texture.SaveImageData(url);
+  if (saved.HasError())
+  {
+    _writtenImages.Erase(fileName);  // the next material tries again
+    return saved.GetError();
+  }
   return url;
 }
 

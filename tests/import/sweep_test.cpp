@@ -123,5 +123,21 @@ TEST_F(ImportSweep, EveryFileCallFailsOnce)
   EXPECT_GT(failAt, 6);  // alloc, open, seek, two lengths and types, two reads
 }
 
+// Two materials of one name and one image. The first cannot open the file, so that it becomes a plain one; the second writes it.
+TEST_F(ImportTest, ImageThatWasNotWrittenIsTriedAgain)
+{
+  const TestFolder folder;
+  FaultyFiles files(Host().Host().GetTables().file);
+  Host().Host().GetTables().file = &files;
+  Host().Request().texFolder = folder.GetPath();
+  files.failAt = 1;
+  const std::string wood = R"({"name":"Wood","pbrMetallicRoughness":{"baseColorTexture":{"index":0}}})";
+  EXPECT_EQ(Load(R"("materials":[)" + wood + "," + wood +
+                 R"(],"textures":[{"source":0}],"images":[{"uri":"data:image/png;base64,AQID"}])"),
+            "none");
+  EXPECT_EQ(Host().WarningCount(), 1);
+  EXPECT_EQ(folder.Read("tex/Wood_baseColorTexture.png"), "\x01\x02\x03");
+}
+
 }  // namespace
 }  // namespace q7z::test
