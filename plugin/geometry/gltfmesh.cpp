@@ -57,7 +57,7 @@ Result<void> CheckElements(const GltfPrimitive& primitive, const GltfPrimitive::
   if (!accessors.positions->GetElements(elements))
     RETURN_IF_ERROR(accessors.positions->GetVector3(counts.vertexCount - 1));
   if (!accessors.indices->IsNonIndexed() && !accessors.indices->GetElements(elements))
-    RETURN_IF_ERROR(accessors.indices->GetUInt32(counts.indexCount - 1));
+    RETURN_IF_ERROR(accessors.indices->GetUInt32(3 * counts.polygonCount - 1));  // a rest behind is never read
   return {};
 }
 
@@ -140,7 +140,8 @@ Result<void> AssignPrimitiveMaterial(MeshCreator& meshCreator, const GltfPrimiti
   if (!tag)
     return Error::OutOfMemory();
   tag->SetMaterial(*material);
-  if (!tag->SetParameter(1004, Int32(6)))
+  // A host without memory for the link says nothing.
+  if (tag->GetMaterial() != *material || !tag->SetParameter(1004, Int32(6)))
     return Error::OutOfMemory();
   RETURN_IF_ERROR(NameTextureTag(meshCreator, *tag, materialIndex, **material));
   if (!meshCreator.mesh->InsertTag(tag.get()))

@@ -170,12 +170,41 @@ TEST_F(Mesh, WithoutMaterialsHasNoSelections)
   EXPECT_EQ(Load(TwoPrimitives())->GetTagCount(5673), 0);
 }
 
+/// Keeps no material, as a host that runs out of memory.
+class ForgetfulTextures final : public HostTextureTable
+{
+public:
+  HostMaterial* GetMaterial(const HostTextureTag*) noexcept override { return nullptr; }
+  void SetMaterial(HostTextureTag*, HostMaterial*) noexcept override {}
+};
+
+TEST_F(Mesh, ThatLosesItsMaterialIsLeftOut)
+{
+  ForgetfulTextures textures;
+  _host.Host().GetTables().texture = &textures;
+  GltfJson file;
+  file.Add("materials", "{}");
+  EXPECT_FALSE(Load(MeshText(file, AddPrimitive(file, kTriangle, "", R"(,"material":0)"))));
+  EXPECT_EQ(_host.WarningCount(), 1);
+}
+
 TEST_F(Mesh, WithFewerNormalsThanVerticesIsLeftOut)
 {
   GltfJson file;
   const std::string primitive = AddPrimitive(file, kTriangle, Attribute("NORMAL", file.Floats({0, 0, 1}, "VEC3")));
   EXPECT_FALSE(Load(MeshText(file, primitive)));
   EXPECT_EQ(_host.WarningCount(), 1);
+}
+
+TEST_F(Mesh, NeedsNoBytesForIndicesBehindTheLastTriangle)
+{
+  GltfJson file;
+  const std::string attributes = R"({"attributes":{"POSITION":)" + std::to_string(file.Floats(kTriangle, "VEC3")) + "}";
+  file.Indices({0, 1, 2});  // what the file's bytes end with; the accessor below asks for two more
+  file.Add("accessors", R"({"bufferView":1,"componentType":5123,"type":"SCALAR","count":5})");
+  HostPolygonObject* const op = ToPoly(Load(MeshText(file, attributes + R"(,"indices":2})")));
+  ASSERT_TRUE(op);
+  EXPECT_EQ(GetPolygons(op), (Polygons{{2, 1, 0, 0}}));
 }
 
 TEST_F(Mesh, SharedAccessorsDoNotMultiplyWithoutBound)
