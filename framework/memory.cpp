@@ -1,5 +1,8 @@
 #include "framework/memory.h"
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <new>
 
 #if defined(__linux__)
@@ -24,14 +27,51 @@ void* AllocateLarge(Int byteCount) noexcept
 {
   const Int rounded = RoundToLargePages(byteCount);
   void* const block = ::operator new(static_cast<size_t>(rounded), std::align_val_t{kLargePageBytes}, std::nothrow);
-#if defined(__linux__)
   if (block)
-    madvise(block, static_cast<size_t>(rounded), MADV_HUGEPAGE);  // a hint; without it the block is merely slower to fill
-#endif
+    UseLargePages(block, rounded);
   return block;
 }
 
+#if defined(__linux__)
+
+/// Whether a large page that is touched for the first time is there in about the time that clearing it takes.
+Bool ComesQuickly(Byte* page) noexcept
+{
+  constexpr auto kSlow = std::chrono::microseconds(900);  // clearing takes 100 to 400
+  const auto before = std::chrono::steady_clock::now();
+  *static_cast<volatile Byte*>(page) = 0;
+  return std::chrono::steady_clock::now() - before < kSlow;
+}
+
+#endif
+
 }  // namespace
+
+void UseLargePages([[maybe_unused]] void* start, [[maybe_unused]] Int byteCount) noexcept
+{
+#if defined(__linux__)
+  constexpr Int kTriedPages = 4;
+  static std::atomic<Bool> areSlow = false;
+  Byte* const begin = static_cast<Byte*>(start);
+  const Int lead = -static_cast<Int>(reinterpret_cast<UInt>(begin)) & (kLargePageBytes - 1);
+  const Int pageCount = (byteCount - lead) / kLargePageBytes;
+  if (pageCount < 1 || areSlow.load(std::memory_order_relaxed))
+    return;
+  // Hints; without them the memory is merely slower to fill.
+  Byte* page = begin + lead;
+  madvise(page, static_cast<size_t>(pageCount * kLargePageBytes), MADV_HUGEPAGE);
+  for (Int i = 0; i < std::min(pageCount, kTriedPages); ++i)
+  {
+    const Bool isQuick = ComesQuickly(page);
+    page += kLargePageBytes;
+    if (isQuick)
+      continue;
+    areSlow.store(true, std::memory_order_relaxed);
+    madvise(page, static_cast<size_t>((pageCount - i - 1) * kLargePageBytes), MADV_NOHUGEPAGE);
+    return;
+  }
+#endif
+}
 
 void* AllocateMemory(Int byteCount) noexcept
 {

@@ -12,6 +12,11 @@ namespace q7z
 /// Blocks of at least this many bytes are aligned for large pages and the system is asked to use them.
 inline constexpr Int kLargeBlockBytes = Int(4) << 20;
 
+/// Has fresh memory come in large pages, which takes a small part of the time, where the system gives them quickly. Where a virtual
+/// machine has handed its free memory back, each large page is fetched again bit by bit, while small pages are mostly at hand: so the
+/// first ones are tried, and once they come slowly the process keeps to small ones. Bytes at the starts of pages become 0.
+void UseLargePages(void* start, Int byteCount) noexcept;
+
 /// @param byteCount  0 or more; 0 gives a valid, freeable block.
 /// @return memory of undefined content aligned for any scalar, or null when there is none (also for a negative count).
 [[nodiscard]] void* AllocateMemory(Int byteCount) noexcept;

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "framework/memory.h"
 #include "host/platform/platform.h"
 
 namespace q7z
@@ -315,7 +316,7 @@ void* MapZeros(Int byteCount) noexcept
     munmap(begin, lead);
   if (lead < kLargePageBytes)
     munmap(begin + lead + size, kLargePageBytes - lead);
-  madvise(begin + lead, size, MADV_HUGEPAGE);  // a hint; without it the block is merely slower to fill
+  UseLargePages(begin + lead, static_cast<Int>(size));
   return begin + lead;
 }
 

@@ -2,7 +2,6 @@
 
 #include <malloc.h>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -15,6 +14,7 @@
 #include <filesystem>
 #include <string_view>
 
+#include "framework/memory.h"
 #include "host/platform/process.h"
 
 namespace q7z
@@ -79,7 +79,7 @@ void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
   mallopt(M_TOP_PAD, kUsualPad);
   const uintptr_t start = (before + page - 1) / page * page;
   if (after > start)
-    madvise(reinterpret_cast<void*>(start), after - start, MADV_HUGEPAGE);
+    UseLargePages(reinterpret_cast<void*>(start), static_cast<Int>(after - start));
 #endif
 }
 
