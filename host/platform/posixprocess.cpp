@@ -59,7 +59,7 @@ void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
 {
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   constexpr int kUsualPad = 128 << 10;
-  constexpr int kUsualMapped = 32 << 20;
+  constexpr int kMapped = 512 << 10;          // what is larger comes and goes by itself
   constexpr size_t kProbe = size_t(1) << 20;  // more than what a young heap has left
   // Only the address space is taken, but where that is limited it is needed for other things.
   rlimit limit = {};
@@ -70,7 +70,7 @@ void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
   const Int room = std::min({byteCount, quarterOfMemory, Int(INT_MAX)});
   // A heap that gave memory back would have to take it again; what is large is not part of it.
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
-  mallopt(M_MMAP_THRESHOLD, kUsualMapped);
+  mallopt(M_MMAP_THRESHOLD, kMapped);
   mallopt(M_TOP_PAD, static_cast<int>(room));
   const auto before = reinterpret_cast<uintptr_t>(sbrk(0));
   void* volatile const probe = std::malloc(kProbe);
