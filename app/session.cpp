@@ -184,13 +184,15 @@ int Session::CheckInput(const std::string& stdinName)
   return kDone;
 }
 
-/// A file of keys that is converted takes up to fifty times its size.
+/// A file of keys that is converted takes up to fifty times its size. Larger files are mostly arrays and pictures, which come in large
+/// blocks by themselves, and whose passing buffers would stay in the heap.
 void Session::PrepareMemory()
 {
-  constexpr Int kSmallFile = 1 << 20;
+  constexpr Int kSmallestFile = Int(1) << 20;
+  constexpr Int kLargestFile = Int(64) << 20;
   constexpr Int kGrowth = 64;
   PlatformFile file;
-  if (file.Open(_path.c_str(), PlatformOpen::kRead) && file.GetLength() >= kSmallFile)
+  if (file.Open(_path.c_str(), PlatformOpen::kRead) && file.GetLength() >= kSmallestFile && file.GetLength() <= kLargestFile)
     ExpectAllocations(file.GetLength() * kGrowth);
 }
 

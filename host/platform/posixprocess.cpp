@@ -70,13 +70,14 @@ void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
   const Int room = std::min({byteCount, quarterOfMemory, Int(INT_MAX)});
   // A heap that gave memory back would have to take it again; what is large is not part of it.
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
-  mallopt(M_MMAP_THRESHOLD, kMapped);
   mallopt(M_TOP_PAD, static_cast<int>(room));
+  mallopt(M_MMAP_THRESHOLD, 2 * static_cast<int>(kProbe));
   const auto before = reinterpret_cast<uintptr_t>(sbrk(0));
   void* volatile const probe = std::malloc(kProbe);
   const auto after = reinterpret_cast<uintptr_t>(sbrk(0));
   std::free(probe);
   mallopt(M_TOP_PAD, kUsualPad);
+  mallopt(M_MMAP_THRESHOLD, kMapped);
   const uintptr_t start = (before + page - 1) / page * page;
   if (after > start)
     UseLargePages(reinterpret_cast<void*>(start), static_cast<Int>(after - start));
