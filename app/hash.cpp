@@ -1,5 +1,6 @@
 #include "app/hash.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -36,7 +37,8 @@ public:
   {
     while (!_isAtEnd && InterruptGuard::GetSignal() == 0)
     {
-      Read();
+      if (!Read())
+        return false;
       const size_t cut = _isAtEnd ? _text.size() : FindCut();
       if (cut == 0)
         continue;
@@ -48,13 +50,16 @@ public:
   }
 
 private:
-  void Read()
+  /// As much again as there is, so that looking for a cut costs constant time for a byte. @return false for what is cut short.
+  bool Read()
   {
     const size_t before = _text.size();
-    _text.resize(before + kPieceBytes);
-    const size_t count = std::fread(_text.data() + before, 1, kPieceBytes, stdin);
+    const size_t wanted = std::max(kPieceBytes, before);
+    _text.resize(before + wanted);
+    const size_t count = std::fread(_text.data() + before, 1, wanted, stdin);
     _text.resize(before + count);
-    _isAtEnd = count < kPieceBytes;
+    _isAtEnd = count < wanted;
+    return !std::ferror(stdin) && InterruptGuard::GetSignal() == 0;
   }
 
   /// Where the last line begins that has an end and is not empty, if it is not the first; else 0.
@@ -131,10 +136,10 @@ int HashStdin(Session& session, Int32 menuItem)
   int code = kDone;
   for (std::string piece; code == kDone && pieces.Next(piece); menuItem = 0)
     code = HashField(session, ToField(piece), menuItem);
-  if (code == kDone && std::ferror(stdin))
-    return session.Fail(kNoAccess, std::string("cannot read stdin: ") + std::strerror(errno));
   if (code == kDone && InterruptGuard::GetSignal() != 0)
     return session.Fail(Session::GetInterruptCode(), "interrupted");
+  if (code == kDone && std::ferror(stdin))
+    return session.Fail(kNoAccess, std::string("cannot read stdin: ") + std::strerror(errno));
   return code;
 }
 

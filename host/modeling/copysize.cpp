@@ -29,9 +29,7 @@ Int EstimateTracks(const HeadlessTrackList& tracks) noexcept
 {
   Int size = 0;
   for (const HeadlessTrack* track = tracks.GetFirst(); track; track = track->GetNext())
-  {
     size += static_cast<Int>(sizeof(HeadlessTrack) + sizeof(HeadlessCurve)) + EstimateParameters(track->GetParameters());
-  }
   return size;
 }
 

@@ -36,7 +36,8 @@ class SceneCurveTable final : public HostCurveTable
 {
 public:
   Int32 GetKeyCount(const HostCurve* curve) noexcept override { return static_cast<Int32>(ToHeadless(curve)->GetKeyCount()); }
-  /// Maybe a key that copies of the curve share; the key's own operations see to that.
+  /// Maybe a key that copies of the curve share; the key's own operations see to that. Parameters of the node are for keys that
+  /// were just added.
   HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override
   {
     return ToHost(const_cast<HeadlessKey*>(std::as_const(*ToHeadless(curve)).GetKey(index)));
