@@ -53,6 +53,10 @@ public:
   Result<void> Reserve(Int byteCount) noexcept;
   /// Room for byteCount bytes at the end, of undefined content until they are written. Valid until the buffer grows again.
   Result<Byte*> AppendRoom(Int byteCount) noexcept;
+  /// The room that begins at offset. Valid until the buffer grows again.
+  Byte* GetRoom(Int offset) noexcept { return _buffer.begin() + offset; }
+  /// Takes back the room from offset on; nothing where the buffer ends before.
+  void DropFrom(Int offset) noexcept;
   Result<void> AppendBytes(const void* bytes, Int byteCount) noexcept;
   /// Fills up to a multiple of 4 with blanks.
   Result<void> Align() noexcept;

@@ -179,6 +179,12 @@ Result<Byte*> GltfBuffer::AppendRoom(Int byteCount) noexcept
   return _buffer.begin() + count;
 }
 
+void GltfBuffer::DropFrom(Int offset) noexcept
+{
+  _byteLength -= std::max<Int>(_buffer.GetCount() - offset, 0);
+  _buffer.Truncate(offset);
+}
+
 Result<void> GltfBuffer::AppendBytes(const void* bytes, Int byteCount) noexcept
 {
   ASSIGN_OR_RETURN(Byte * room, AppendRoom(byteCount));

@@ -50,9 +50,13 @@ Result<void> CollectMeshData(MeshData& record, GltfBuffer& buffer, HostPolygonOb
   VertexData vertexData;
   MarkAttributes(record, op, settings);
   RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount(), record.polygonColors.isUsed));
-  BaseArray<Int32> indices;
+  IndexRoom indices;
+  if (!isTarget)
+  {
+    ASSIGN_OR_RETURN(indices, AppendIndexRoom(record, buffer, op, settings.flipZ));
+  }
   RETURN_IF_ERROR(SplitVertices(record, indices, op, vertexData, settings.exportMorphs, isTarget));
-  RETURN_IF_ERROR(WriteVertices(record, buffer, vertexData, init_positions, indices, settings, isTarget));
+  RETURN_IF_ERROR(WriteVertices(record, buffer, vertexData, init_positions, settings, isTarget));
   record.vertexPoints = vertexData.TakeHostPoints();
   // Nothing would ever refer to the joints and colours of a target.
   if (isTarget)

@@ -18,7 +18,15 @@ constexpr Int32 kOffsetV = 1001;
 constexpr Int32 kLengthU = 1002;
 constexpr Int32 kLengthV = 1003;
 
-constexpr Float32 kUnitTolerance = 2e-7f;
+/// Whether a normal is as near to unit length as its 32 bits can be. It stays, so that a file that is loaded and saved keeps its
+/// normals.
+Bool HasUnitLength(const Vector32& normal) noexcept
+{
+  constexpr Float32 kTolerance = 2e-7f;
+  constexpr Float32 kSquareTolerance = 3e-7f;  // the root of such a square is within the other, and most need no root
+  const Float32 square = normal.Dot(normal);
+  return std::abs(square - 1) <= kSquareTolerance || std::abs(std::sqrt(square) - 1) <= kTolerance;
+}
 
 Vector32 ToSingle(const Vector& v) noexcept
 {
@@ -44,7 +52,7 @@ void CopyCorners(const T* numbers, Vector32 (&corners)[3]) noexcept
 }
 
 /// Zeros where the tag has no data for the polygon.
-void ReadCorners(const HostCornerHandle& handle, Int polygon, Vector32 (&corners)[3]) noexcept
+inline void ReadCorners(const HostCornerHandle& handle, Int polygon, Vector32 (&corners)[3]) noexcept
 {
   if (polygon >= handle.polygonCount)
     std::fill_n(corners, 3, Vector32());
@@ -53,6 +61,20 @@ void ReadCorners(const HostCornerHandle& handle, Int polygon, Vector32 (&corners
   else if (handle.doubles)
     CopyCorners(handle.doubles + 12 * polygon, corners);
 }
+
+/// The corners a, b, c; corner d is never read.
+struct Triangle
+{
+  explicit Triangle(const HostPolygon& polygon) noexcept : points{polygon.a, polygon.b, polygon.c} {}
+
+  Bool IsWithin(Int pointCount) const noexcept
+  {
+    const auto isWithin = [limit = static_cast<UInt32>(pointCount)](Int32 point) { return static_cast<UInt32>(point) < limit; };
+    return isWithin(points[0]) && isWithin(points[1]) && isWithin(points[2]);
+  }
+
+  Int32 points[3];
+};
 
 /// For points whose normals the tag leaves at zero: the normalised sum of the normals of the faces around a point, each as long as
 /// twice the face's area.
@@ -72,7 +94,7 @@ public:
 
 private:
   /// All points in one walk of the polygons, as asking point by point would walk the polygons of a fan's middle once for each of
-  /// them. All indices have been checked. A polygon that names a point twice adds zero to it.
+  /// them. A polygon that names a point twice adds zero to it; one with a point outside is an error once it is split.
   Result<void> AddUpFaces() noexcept
   {
     RETURN_IF_ERROR(_sums.Resize(_pointCount));
@@ -83,12 +105,13 @@ private:
     const Int polygonCount = _op->GetPolygonCount();
     for (Int i = 0; i < polygonCount; ++i)
     {
-      const HostPolygon& polygon = polygons[i];
-      const Vector a = points[polygon.a];
-      const Vector normal = (points[polygon.b] - a).Cross(points[polygon.c] - a);
-      _sums[polygon.a] += normal;
-      _sums[polygon.b] += normal;
-      _sums[polygon.c] += normal;
+      const Triangle triangle(polygons[i]);
+      if (!triangle.IsWithin(_pointCount))
+        continue;
+      const Vector a = points[triangle.points[0]];
+      const Vector normal = (points[triangle.points[1]] - a).Cross(points[triangle.points[2]] - a);
+      for (const Int32 point : triangle.points)
+        _sums[point] += normal;
     }
     return {};
   }
@@ -135,13 +158,12 @@ public:
       ReadUvTags(op);
   }
 
-  /// @param points  the corners' host points.
   /// @param corners  those of the polygon before, or new ones: what is not in use keeps its start values.
-  Result<void> Read(Int polygon, const Int32* points, PolygonCorners& corners) noexcept
+  Result<void> Read(Int polygon, const Triangle& triangle, PolygonCorners& corners) noexcept
   {
     // Without a normal tag all normals are zero: those that the host could compute are not asked for.
     if (_normals)
-      RETURN_IF_ERROR(ReadNormals(polygon, points, corners.normals));
+      RETURN_IF_ERROR(ReadNormals(polygon, triangle, corners.normals));
     if (_uvs)
       ReadUVs(polygon, corners.uvs);
     if (_colors)
@@ -162,22 +184,25 @@ private:
     _tilingV = ReadTiling(textureTag, kLengthV, kOffsetV);
   }
 
-  Result<void> ReadNormals(Int polygon, const Int32* points, Vector32 (&normals)[3]) noexcept
+  Result<void> ReadNormals(Int polygon, const Triangle& triangle, Vector32 (&normals)[3]) noexcept
   {
     ReadCorners(_normals, polygon, normals);
     for (Int k = 0; k < 3; ++k)
     {
-      Vector32& normal = normals[k];
-      const Float32 length = normal.GetLength();
-      // One that is as near to unit length as its 32 bits can be stays, so that a file that is loaded and saved keeps its normals.
-      if (std::abs(length - 1) <= kUnitTolerance)
-        continue;
-      if (length > 0)
-        normal = {normal.x / length, normal.y / length, normal.z / length};
-      else if (length == 0)
-      {
-        ASSIGN_OR_RETURN(normal, _pointNormals.Get(points[k]));
-      }
+      if (!HasUnitLength(normals[k]))
+        RETURN_IF_ERROR(Normalize(normals[k], triangle.points[k]));
+    }
+    return {};
+  }
+
+  Result<void> Normalize(Vector32& normal, Int32 point) noexcept
+  {
+    const Float32 length = normal.GetLength();
+    if (length > 0)
+      normal = {normal.x / length, normal.y / length, normal.z / length};
+    else if (length == 0)
+    {
+      ASSIGN_OR_RETURN(normal, _pointNormals.Get(point));
     }
     return {};
   }
@@ -209,48 +234,33 @@ private:
   PointNormals _pointNormals;
 };
 
-/// The corners a, b, c of all polygons, each checked to be a host point.
-Result<void> ListCorners(const HostPolygonObject* op, const VertexData& vertexData, BaseArray<Int32>& indices) noexcept
-{
-  const HostPolygon* const polygons = op->GetPolygonsR();
-  CHECK_STATE(polygons);
-  const Int polygonCount = op->GetPolygonCount();
-  RETURN_IF_ERROR(indices.ResizeForOverwrite(3 * polygonCount));
-  const UInt32 pointCount = static_cast<UInt32>(vertexData.GetPointCount());
-  const auto isOutside = [pointCount](Int32 point) { return static_cast<UInt32>(point) >= pointCount; };
-  Int32* corner = indices.begin();
-  for (Int i = 0; i < polygonCount; ++i, corner += 3)
-  {
-    corner[0] = polygons[i].a;
-    corner[1] = polygons[i].b;
-    corner[2] = polygons[i].c;
-    if (!isOutside(corner[0]) && !isOutside(corner[1]) && !isOutside(corner[2])) [[likely]]
-      continue;
-    for (Int k = 0; k < 3; ++k)
-      RETURN_IF_ERROR(vertexData.CheckHostPoint(corner[k]));
-  }
-  return {};
-}
-
 /// A new vertex for all corners but the first of each point.
-Result<void> ReserveForAllCorners(const BaseArray<Int32>& indices, VertexData& vertexData) noexcept
+Result<void> ReserveForAllCorners(const HostPolygonObject* op, VertexData& vertexData) noexcept
 {
+  const Int pointCount = vertexData.GetPointCount();
+  const HostPolygon* const polygons = op->GetPolygonsR();
+  const Int polygonCount = op->GetPolygonCount();
   BaseArray<Byte> isUsed;
-  RETURN_IF_ERROR(isUsed.Resize(vertexData.GetPointCount()));
-  Int count = vertexData.GetPointCount();
-  for (const Int32 point : indices)
+  RETURN_IF_ERROR(isUsed.Resize(pointCount));
+  Int count = pointCount;
+  for (Int i = 0; i < polygonCount; ++i)
   {
-    count += isUsed[point];
-    isUsed[point] = 1;
+    const Triangle triangle(polygons[i]);
+    if (!triangle.IsWithin(pointCount))
+      break;  // an error once it is split
+    for (const Int32 point : triangle.points)
+    {
+      count += isUsed[point];
+      isUsed[point] = 1;
+    }
   }
   return vertexData.Reserve(count);
 }
 
-/// @param vertex  the host point, which is replaced by the vertex of the corner.
-Result<void> FindOrAdd(VertexData& vertexData, Int32& vertex, const Vector32& normal, const Vector32& uv,
-                       const VertexColor& color, Bool skipLookup) noexcept
+/// @param vertex  receives the vertex of a corner.
+Result<void> FindOrAdd(VertexData& vertexData, Int32 point, const Vector32& normal, const Vector32& uv, const VertexColor& color,
+                       Bool skipLookup, Int32& vertex) noexcept
 {
-  const Int32 point = vertex;
   vertex = skipLookup ? VertexData::kNone : vertexData.FindVertex(point, normal, uv, color);
   if (vertex != VertexData::kNone)
     return {};
@@ -258,29 +268,61 @@ Result<void> FindOrAdd(VertexData& vertexData, Int32& vertex, const Vector32& no
   return {};
 }
 
+/// Calls visit(polygon, triangle), which returns a Result, for all polygons. Each corner is a host point then.
+template <typename Visit>
+Result<void> VisitTriangles(const HostPolygonObject* op, const VertexData& vertexData, Visit&& visit) noexcept
+{
+  const HostPolygon* const polygons = op->GetPolygonsR();
+  CHECK_STATE(polygons);
+  const Int polygonCount = op->GetPolygonCount();
+  const Int pointCount = vertexData.GetPointCount();
+  for (Int i = 0; i < polygonCount; ++i)
+  {
+    const Triangle triangle(polygons[i]);
+    if (!triangle.IsWithin(pointCount)) [[unlikely]]
+    {
+      for (const Int32 point : triangle.points)
+        RETURN_IF_ERROR(vertexData.CheckHostPoint(point));
+    }
+    RETURN_IF_ERROR(visit(i, triangle));
+  }
+  return {};
+}
+
 }  // namespace
 
-Result<void> SplitVertices(const MeshData& record, BaseArray<Int32>& indices, HostPolygonObject* op, VertexData& vertexData,
+Result<void> SplitVertices(const MeshData& record, IndexRoom& indices, HostPolygonObject* op, VertexData& vertexData,
                            Bool skipLookup, Bool isTarget) noexcept
 {
-  RETURN_IF_ERROR(ListCorners(op, vertexData, indices));
   if (!record.normals.isUsed && !record.uvs.isUsed && !record.polygonColors.isUsed)
-    return {};
+  {
+    const auto putPoints = [&indices](Int, const Triangle& triangle) -> Result<void>
+    {
+      for (const Int32 point : triangle.points)
+        indices.Put(point);
+      return {};
+    };
+    return VisitTriangles(op, vertexData, putPoints);
+  }
   if (skipLookup)
-    RETURN_IF_ERROR(ReserveForAllCorners(indices, vertexData));
+    RETURN_IF_ERROR(ReserveForAllCorners(op, vertexData));
   // Without lookups the order of the vertices does not depend on what they have.
   const MeshData nothing;
   CornerAttributes attributes(isTarget && skipLookup ? nothing : record, op, vertexData.GetPointCount());
   PolygonCorners corners;
-  const Int cornerCount = indices.GetCount();
-  for (Int first = 0, polygon = 0; first < cornerCount; first += 3, ++polygon)
+  const auto split = [&](Int polygon, const Triangle& triangle) -> Result<void>
   {
-    Int32* const vertices = &indices[first];
-    RETURN_IF_ERROR(attributes.Read(polygon, vertices, corners));
+    RETURN_IF_ERROR(attributes.Read(polygon, triangle, corners));
     for (Int k = 0; k < 3; ++k)
-      RETURN_IF_ERROR(FindOrAdd(vertexData, vertices[k], corners.normals[k], corners.uvs[k], corners.colors[k], skipLookup));
-  }
-  return {};
+    {
+      Int32 vertex = 0;
+      RETURN_IF_ERROR(FindOrAdd(vertexData, triangle.points[k], corners.normals[k], corners.uvs[k], corners.colors[k], skipLookup,
+                                vertex));
+      indices.Put(vertex);
+    }
+    return {};
+  };
+  return VisitTriangles(op, vertexData, split);
 }
 
 }  // namespace q7z

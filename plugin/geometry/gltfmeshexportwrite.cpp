@@ -36,32 +36,30 @@ struct Vector2Of32
   Float32 y;
 };
 
-/// In the order of the list, or from its end: that turns the winding of every triangle.
-template <typename T>
-void WriteIndexNumbers(Byte* target, const BaseArray<Int32>& indices, Bool isReversed) noexcept
+/// Makes 16-bit numbers of 32-bit ones, in their place: each is read before its bytes are written.
+void NarrowIndices(Byte* numbers, Int count) noexcept
 {
-  const Int count = indices.GetCount();
   for (Int i = 0; i < count; ++i)
   {
-    const T index = static_cast<T>(indices[isReversed ? count - 1 - i : i]);
-    std::memcpy(target + i * static_cast<Int>(sizeof(T)), &index, sizeof(T));
+    UInt32 index;
+    std::memcpy(&index, numbers + i * static_cast<Int>(sizeof(UInt32)), sizeof(index));
+    const UInt16 narrow = static_cast<UInt16>(index);
+    std::memcpy(numbers + i * static_cast<Int>(sizeof(UInt16)), &narrow, sizeof(narrow));
   }
 }
 
-Result<void> WriteIndices(MeshData& record, GltfBuffer& buffer, const BaseArray<Int32>& indices, Bool isShort,
-                          Bool flipZ) noexcept
+/// The room holds 32-bit numbers, and nothing stands behind it yet.
+Result<void> FinishIndices(MeshData& record, GltfBuffer& buffer, Bool isShort) noexcept
 {
-  const Int indexBytes = isShort ? 2 : 4;
-  const Int byteCount = indices.GetCount() * indexBytes;
-  record.indices.accessor.SetComponentType(isShort ? kUnsignedShort : kUnsignedInt);
-  record.indexView.AddByteOffset(buffer.GetBytes().GetCount());
-  record.indexView.AddByteLength(byteCount);
-  ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(byteCount));
+  const Int offset = record.indexView.GetByteOffset();
+  const Int count = (buffer.GetBytes().GetCount() - offset) / static_cast<Int>(sizeof(UInt32));
+  const Int indexBytes = isShort ? sizeof(UInt16) : sizeof(UInt32);
   if (isShort)
-    WriteIndexNumbers<UInt16>(room, indices, flipZ);
-  else
-    WriteIndexNumbers<UInt32>(room, indices, flipZ);
-  return record.indices.accessor.TrackElements(room, indices.GetCount(), indexBytes);
+    NarrowIndices(buffer.GetRoom(offset), count);
+  buffer.DropFrom(offset + count * indexBytes);
+  record.indices.accessor.SetComponentType(isShort ? kUnsignedShort : kUnsignedInt);
+  record.indexView.AddByteLength(count * indexBytes);
+  return record.indices.accessor.TrackElements(buffer.GetRoom(offset), count, indexBytes);
 }
 
 /// Gives each attribute its place in the vertex. @return the bytes of a vertex.
@@ -165,20 +163,28 @@ private:
 
 }  // namespace
 
+Result<IndexRoom> AppendIndexRoom(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op, Bool isReversed) noexcept
+{
+  const Int count = Int(3) * op->GetPolygonCount();
+  const Int byteCount = count * static_cast<Int>(sizeof(UInt32));
+  // Seams make more vertices than there are points. Memory that is never touched costs next to nothing.
+  const Int vertexBytes = Int(op->GetPointCount()) * LayOutVertex(record, false) / 2 * 3;
+  RETURN_IF_ERROR(buffer.Reserve(byteCount + vertexBytes));
+  record.indexView.AddByteOffset(buffer.GetBytes().GetCount());
+  ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(byteCount));
+  return count > 0 ? IndexRoom(room, count, isReversed) : IndexRoom();
+}
+
 Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data, BaseArray<Vector>& init_positions,
-                           const BaseArray<Int32>& indices, const ExportOptions& settings, Bool isTarget) noexcept
+                           const ExportOptions& settings, Bool isTarget) noexcept
 {
   CHECK_ARGUMENT((init_positions.GetCount() == 0 && !isTarget) ||
                  (init_positions.GetCount() == vertex_data.GetCount() && isTarget));
   const Int vertexCount = vertex_data.GetVertexCount();
-  const Bool isShort = vertexCount <= kMostShortVertices;
+  if (!isTarget)
+    RETURN_IF_ERROR(FinishIndices(record, buffer, vertexCount <= kMostShortVertices));
   const UInt32 stride = LayOutVertex(record, isTarget);
   const Int vertexBytes = vertexCount * stride;
-  const Int indexBytes = isTarget ? 0 : indices.GetCount() * (isShort ? 2 : 4);
-  constexpr Int kMostPadding = 3;
-  RETURN_IF_ERROR(buffer.Reserve(indexBytes + kMostPadding + vertexBytes));
-  if (!isTarget)
-    RETURN_IF_ERROR(WriteIndices(record, buffer, indices, isShort, settings.flipZ));
   RETURN_IF_ERROR(buffer.Align());
   record.vertexView.AddByteOffset(buffer.GetBytes().GetCount());
   record.vertexView.AddByteLength(vertexBytes);

@@ -87,7 +87,7 @@ Result<Int32> VertexData::AddVertexData(Int32 vertex_index, const Vector32& norm
   CHECK_STATE(_isInitialized);
   RETURN_IF_ERROR(CheckHostPoint(vertex_index));
   const Key key{vertex_index, normal, uv, color};
-  const Int32 found = skipLookup ? kNone : Find(key);
+  const Int32 found = skipLookup ? kNone : FindVertex(vertex_index, normal, uv, color);
   if (found != kNone)
     return found;
   if (_isProcessed[vertex_index])
@@ -171,6 +171,25 @@ UInt32 VertexData::GetHash(const Key& key) noexcept
   hash = MixBits(hash ^ PackPair(key.uv.y, key.uv.z));
   hash = MixBits(hash ^ PackPair(key.color.r, key.color.g));
   return static_cast<UInt32>(MixBits(hash ^ PackPair(key.color.b, key.color.a)));
+}
+
+/// For a point that has them.
+Int32 VertexData::FindAmongCopies(const Key& key) const noexcept
+{
+  // From the newest to the oldest: of two equal ones the later counts.
+  Int32 vertex = _older[key.point];
+  for (Byte i = 0; i < kLongestWalk && vertex != kNone; ++i, vertex = _older[vertex])
+  {
+    if (HasValues(vertex, key))
+      return vertex;
+  }
+  if (vertex != kNone)
+  {
+    const Int32 found = FindInSlots(key);
+    if (found != kNone)
+      return found;
+  }
+  return HasValues(key.point, key) ? key.point : kNone;
 }
 
 Int32 VertexData::FindInSlots(const Key& key) const noexcept

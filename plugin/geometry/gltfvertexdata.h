@@ -75,7 +75,11 @@ public:
   /// The lookup alone, for a host point. @return the vertex, or kNone when AddVertexData would have to give one its values.
   Int32 FindVertex(Int32 point, const Vector32& normal, const Vector32& uv, const VertexColor& color) const noexcept
   {
-    return Find({point, normal, uv, color});
+    if (!_isProcessed[point])
+      return kNone;
+    if (_older[point] != kNone)
+      return FindAmongCopies({point, normal, uv, color});
+    return HasValues(point, normal, uv, color) ? point : kNone;
   }
 
   /// The error that AddVertexData gives for a number that is not the index of a host point.
@@ -114,13 +118,14 @@ private:
   {
     return {_positions.GetPoint(vertex), _normals[vertex], _uvs[vertex], _hasColors ? _polygonColors[vertex] : VertexColor()};
   }
-  Bool HasValues(Int32 vertex, const Key& key) const noexcept
+  Bool HasValues(Int32 vertex, const Vector32& normal, const Vector32& uv, const VertexColor& color) const noexcept
   {
-    return _normals[vertex] == key.normal && _uvs[vertex] == key.uv && (!_hasColors || _polygonColors[vertex] == key.color);
+    return _normals[vertex] == normal && _uvs[vertex] == uv && (!_hasColors || _polygonColors[vertex] == color);
   }
+  Bool HasValues(Int32 vertex, const Key& key) const noexcept { return HasValues(vertex, key.normal, key.uv, key.color); }
   static UInt32 GetHash(const Key& key) noexcept;
 
-  Int32 Find(const Key& key) const noexcept;
+  Int32 FindAmongCopies(const Key& key) const noexcept;
   Int32 FindInSlots(const Key& key) const noexcept;
   Result<Int32> AddCopy(const Key& key) noexcept;
   void EnterCopy(Int32 vertex) noexcept;
@@ -148,25 +153,5 @@ private:
   BaseArray<Int32> _slots;  // the copies of points with more than kLongestWalk of them: open addressing, a power of two
   Int _slotsInUse = 0;
 };
-
-inline Int32 VertexData::Find(const Key& key) const noexcept
-{
-  if (!_isProcessed[key.point])
-    return kNone;
-  // From the newest to the oldest: of two equal ones the later counts.
-  Int32 vertex = _older[key.point];
-  for (Byte i = 0; i < kLongestWalk && vertex != kNone; ++i, vertex = _older[vertex])
-  {
-    if (HasValues(vertex, key))
-      return vertex;
-  }
-  if (vertex != kNone)
-  {
-    const Int32 found = FindInSlots(key);
-    if (found != kNone)
-      return found;
-  }
-  return HasValues(key.point, key) ? key.point : kNone;
-}
 
 }  // namespace q7z
