@@ -42,11 +42,6 @@ HostTime ReduceSmall(Int32 ticks) noexcept
 
 }  // namespace
 
-Float HostTime::GetSeconds() const noexcept
-{
-  return denominator == 0 ? 0 : numerator / denominator;
-}
-
 Bool operator==(const HostTime& a, const HostTime& b) noexcept
 {
   if (a.numerator == b.numerator && a.denominator == b.denominator)

@@ -13,7 +13,7 @@ struct HostTime
   Float denominator = 1;
 
   /// numerator / denominator, and 0 when the denominator is 0.
-  Float GetSeconds() const noexcept;
+  Float GetSeconds() const noexcept { return denominator == 0 ? 0 : numerator / denominator; }
 
   /// Equal parts, or equal floors of the cross products a.numerator * b.denominator and b.numerator * a.denominator.
   friend Bool operator==(const HostTime& a, const HostTime& b) noexcept;

@@ -1,7 +1,7 @@
 #pragma once
 
 // HeadlessNode: what all nodes of the scene have in common: kind, type, parameters. HeadlessNamedNode adds a name, tracks, and
-// that links can lead to it; keys and the like do without. HeadlessNode itself serves as the host's side of a plug-in instance.
+// that links can lead to it; plug-in instances do without. HeadlessNode itself serves as the host's side of a plug-in instance.
 //
 // Nodes are made by the Create operations of their classes, which answer null without memory, and freed with HeadlessNode::Free.
 // What is inserted into a document, an object or a list belongs to that. A scene belongs to one thread at a time; reading it, and
@@ -26,7 +26,6 @@ enum class NodeKind : Byte
   kObject,
   kTag,
   kTrack,
-  kKey,
   kTake,
   kOverride,
   kLayer,

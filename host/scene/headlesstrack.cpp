@@ -9,70 +9,6 @@
 namespace q7z
 {
 
-void HeadlessKey::Destroy() noexcept
-{
-  // A key goes with its curve.
-  CountMistake(GetSceneDiagnostics().freedWhileInserted);
-}
-
-HeadlessKey::Details* HeadlessKey::FindOrMakeDetails() noexcept
-{
-  if (!_details)
-    _details.reset(new (std::nothrow) Details);
-  return _details.get();
-}
-
-Bool HeadlessKey::SetLeftTangent(const HostTime& time, Float value) noexcept
-{
-  Details* const details = FindOrMakeDetails();
-  if (details)
-    details->left = {time, value, true};
-  return details != nullptr;
-}
-
-Bool HeadlessKey::SetRightTangent(const HostTime& time, Float value) noexcept
-{
-  Details* const details = FindOrMakeDetails();
-  if (details)
-    details->right = {time, value, true};
-  return details != nullptr;
-}
-
-const HostArray<Vector>& HeadlessKey::GetPoints() const noexcept
-{
-  static const HostArray<Vector> none;
-  return _details ? _details->points : none;
-}
-
-Bool HeadlessKey::SetPoints(HostArray<Vector> points) noexcept
-{
-  if (!_details && points.IsEmpty())
-    return true;
-  Details* const details = FindOrMakeDetails();
-  if (details)
-    details->points = std::move(points);
-  return details != nullptr;
-}
-
-Bool HeadlessKey::CopyFrom(const HeadlessKey& other) noexcept
-{
-  if (other._details && !FindOrMakeDetails())
-    return false;
-  if (other._details)
-    *_details = *other._details;
-  else
-    _details.reset();
-  _value = other._value;
-  _interpolation = other._interpolation;
-  _hasRotationMode = other._hasRotationMode;
-  _rotationFirst = other._rotationFirst;
-  _rotationSecond = other._rotationSecond;
-  _rotationMode = other._rotationMode;
-  _hasAuxiliaryMode = other._hasAuxiliaryMode;
-  _auxiliaryMode = other._auxiliaryMode;
-  return CopyParametersFrom(other);
-}
-
 /// Room for keys, which are made in it one after the other.
 struct HeadlessCurve::Chunk
 {
@@ -124,16 +60,17 @@ HeadlessKey* HeadlessCurve::Keys::Make(const HostTime& time) noexcept
   constexpr Int kFirstChunk = 4;
   constexpr Int kLargestChunk = 16;  // more would stand empty in most curves
   const Int count = places.GetCount();
-  if (places.Append(nullptr).HasError())
-    return nullptr;
   const Int grown = count < kFirstChunk ? kFirstChunk : count < kLargestChunk ? count : kLargestChunk;
-  const Bool isFull = !chunks || chunks->count == chunks->capacity;
-  if (isFull && !AddChunk(grown))
+  if ((!chunks || chunks->count == chunks->capacity) && !AddChunk(grown))
+    return nullptr;
+  HeadlessKey* const key = ::new (chunks->GetKeys() + chunks->count) HeadlessKey;
+  if (!key->SetTime(time) || places.Append(key).HasError())
   {
-    places.Truncate(count);
+    key->~HeadlessKey();
     return nullptr;
   }
-  return places[count] = ::new (chunks->GetKeys() + chunks->count++) HeadlessKey(time);
+  ++chunks->count;
+  return key;
 }
 
 Bool HeadlessCurve::Keys::CopyFrom(const Keys& other) noexcept
@@ -142,7 +79,7 @@ Bool HeadlessCurve::Keys::CopyFrom(const Keys& other) noexcept
     return false;
   for (const HeadlessKey* const source : other.places)
   {
-    HeadlessKey* const key = Make(source->_time);
+    HeadlessKey* const key = Make(source->GetTime());
     if (!key || !key->CopyFrom(*source))
       return false;
   }
@@ -173,7 +110,7 @@ HeadlessKey* HeadlessCurve::FindOwnPlace(HeadlessKey* key) noexcept
   if (!Own())
     return nullptr;
   Bool stands = false;
-  const Int place = FindPlace(key->_time.GetSeconds(), stands);
+  const Int place = FindPlace(key->GetTime().GetSeconds(), stands);
   return stands ? _keys->places[place] : key;
 }
 
@@ -194,22 +131,21 @@ void HeadlessCurve::CopyFrom(const HeadlessCurve& other) noexcept
 Int HeadlessCurve::FindPlace(Float seconds, Bool& stands) const noexcept
 {
   stands = false;
-  if (!_keys)
-    return 0;
+  const Int count = GetKeyCount();
+  if (count == 0 || _keys->lastSeconds < seconds)
+    return count;  // keys mostly come in order
   const BaseArray<HeadlessKey*>& places = _keys->places;
   Int low = 0;
-  Int high = places.GetCount();
-  if (_keys->lastSeconds < seconds)
-    low = high;  // keys mostly come in order
+  Int high = count;
   while (low < high)
   {
     const Int middle = (low + high) / 2;
-    if (places[middle]->_time.GetSeconds() < seconds)
+    if (places[middle]->GetTime().GetSeconds() < seconds)
       low = middle + 1;
     else
       high = middle;
   }
-  stands = low < places.GetCount() && places[low]->_time.GetSeconds() == seconds;
+  stands = low < places.GetCount() && places[low]->GetTime().GetSeconds() == seconds;
   return low;
 }
 
@@ -221,11 +157,14 @@ HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
     return nullptr;
   BaseArray<HeadlessKey*>& places = _keys->places;
   const Int last = places.GetCount() - 1;
+  if (place == last)
+  {
+    _keys->lastSeconds = time.GetSeconds();
+    return key;
+  }
   for (Int i = last; i > place; --i)
     places[i] = places[i - 1];
   places[place] = key;
-  if (place == last)
-    _keys->lastSeconds = time.GetSeconds();
   return key;
 }
 
@@ -342,13 +281,13 @@ HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcep
   // All memory first: a segment that is half changed has another shape.
   if (!left.FindOrMakeDetails() || !right.FindOrMakeDetails())
     return nullptr;
-  HeadlessKey spare(time);
-  if (!SetLeft(spare, MakeTangent(parts.left.points[3], parts.left.points[2])))
+  HeadlessKey spare;
+  if (!spare.SetTime(time) || !SetLeft(spare, MakeTangent(parts.left.points[3], parts.left.points[2])))
     return nullptr;
   HeadlessKey* const key = InsertKey(place, time);
   if (!key)
     return nullptr;
-  key->_details = std::move(spare._details);
+  std::swap(key->_details, spare._details);
   key->SetValue(parts.left.points[3].value);
   key->SetInterpolation(InterpolationMode::Spline);
   return SetRight(*key, MakeTangent(parts.right.points[0], parts.right.points[1])) &&

@@ -5,100 +5,11 @@
 
 #include <atomic>
 
-#include "framework/hosttime.h"
+#include "host/scene/headlesskey.h"
 #include "host/scene/headlessnode.h"
-#include "host/scene/hostarray.h"
-#include "plugin/module/hosttrack.h"
 
 namespace q7z
 {
-
-/// One side of a spline key, relative to the key.
-struct KeyTangent
-{
-  HostTime time;
-  Float value = 0;
-  Bool isSet = false;  ///< given by somebody; the numbers are 0 until then
-};
-
-/// The three arguments of a key's rotation mode.
-struct KeyRotationMode
-{
-  Int32 mode = 0;
-  Bool first = false;
-  Bool second = false;
-  friend Bool operator==(const KeyRotationMode&, const KeyRotationMode&) noexcept = default;
-};
-
-class HeadlessKey final : public HeadlessNode
-{
-public:
-  explicit HeadlessKey(const HostTime& time) noexcept : HeadlessNode(NodeKind::kKey, 0), _time(time) {}
-
-  const HostTime& GetTime() const noexcept { return _time; }
-  Float GetValue() const noexcept { return _value; }
-  void SetValue(Float value) noexcept { _value = value; }
-  /// Linear for a new key.
-  InterpolationMode GetInterpolation() const noexcept { return _interpolation; }
-  void SetInterpolation(InterpolationMode mode) noexcept { _interpolation = mode; }
-
-  KeyTangent GetLeftTangent() const noexcept { return _details ? _details->left : KeyTangent(); }
-  KeyTangent GetRightTangent() const noexcept { return _details ? _details->right : KeyTangent(); }
-  /// @return false without memory.
-  Bool SetLeftTangent(const HostTime& time, Float value) noexcept;
-  Bool SetRightTangent(const HostTime& time, Float value) noexcept;
-
-  Bool HasRotationMode() const noexcept { return _hasRotationMode; }
-  KeyRotationMode GetRotationMode() const noexcept { return {_rotationMode, _rotationFirst, _rotationSecond}; }
-  void SetRotationMode(const KeyRotationMode& mode) noexcept
-  {
-    _rotationMode = mode.mode;
-    _rotationFirst = mode.first;
-    _rotationSecond = mode.second;
-    _hasRotationMode = true;
-  }
-  Bool HasAuxiliaryMode() const noexcept { return _hasAuxiliaryMode; }
-  Int32 GetAuxiliaryMode() const noexcept { return _auxiliaryMode; }
-  void SetAuxiliaryMode(Int32 mode) noexcept
-  {
-    _auxiliaryMode = mode;
-    _hasAuxiliaryMode = true;
-  }
-
-  /// The points that a key of a point track stores; empty for others.
-  const HostArray<Vector>& GetPoints() const noexcept;
-  /// @return false without memory.
-  Bool SetPoints(HostArray<Vector> points) noexcept;
-
-  /// Everything but the time. @return false without memory.
-  Bool CopyFrom(const HeadlessKey& other) noexcept;
-
-protected:
-  void Destroy() noexcept override;
-
-private:
-  friend class HeadlessCurve;
-  /// What most keys are without.
-  struct Details
-  {
-    KeyTangent left;
-    KeyTangent right;
-    HostArray<Vector> points;
-  };
-  Details* FindOrMakeDetails() noexcept;
-
-  // Keys come by the million: no word is wasted.
-  InterpolationMode _interpolation : 8 = InterpolationMode::Linear;
-  Bool _hasRotationMode : 1 = false;
-  Bool _rotationFirst : 1 = false;
-  Bool _rotationSecond : 1 = false;
-  Bool _hasAuxiliaryMode : 1 = false;
-  Int32 _rotationMode = 0;
-  Int32 _auxiliaryMode = 0;
-  HostTime _time;
-  Float _value = 0;
-  std::unique_ptr<Details> _details;  // null until one is set
-};
 
 /// The keys of one parameter. Copies of a curve share its keys until one of them is changed.
 class HeadlessCurve

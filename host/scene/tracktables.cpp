@@ -36,8 +36,7 @@ class SceneCurveTable final : public HostCurveTable
 {
 public:
   Int32 GetKeyCount(const HostCurve* curve) noexcept override { return static_cast<Int32>(ToHeadless(curve)->GetKeyCount()); }
-  /// Maybe a key that copies of the curve share; the key's own operations see to that. Parameters of the node are for keys that
-  /// were just added.
+  /// Maybe a key that copies of the curve share; what changes it sees to that.
   HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override
   {
     return ToHost(const_cast<HeadlessKey*>(std::as_const(*ToHeadless(curve)).GetKey(index)));
@@ -75,32 +74,43 @@ class SceneKeyTable final : public HostKeyTable
 public:
   HostTime GetTime(const HostKey* key) noexcept override { return ToHeadless(key)->GetTime(); }
   Float GetValue(const HostKey* key) noexcept override { return ToHeadless(key)->GetValue(); }
+  Bool SetParameter(HostKey* key, HostCurve* curve, const HostDescId& id, const HostValue& value, Int32) noexcept override
+  {
+    HeadlessKey* const own = FindOwn(key, curve);
+    return own && own->SetParameter(id, value);
+  }
   void SetValue(HostKey* key, HostCurve* curve, Float value) noexcept override
   {
-    Change(key, curve, [=](HeadlessKey& own) { own.SetValue(value); });
+    if (HeadlessKey* const own = FindOwn(key, curve))
+      own->SetValue(value);
   }
   InterpolationMode GetInterpolation(const HostKey* key) noexcept override { return ToHeadless(key)->GetInterpolation(); }
   /// A number that is no mode changes nothing.
   void SetInterpolation(HostKey* key, HostCurve* curve, InterpolationMode mode) noexcept override
   {
-    if (mode >= InterpolationMode::Spline && mode <= InterpolationMode::Step)
-      Change(key, curve, [=](HeadlessKey& own) { own.SetInterpolation(mode); });
+    const Bool isMode = mode >= InterpolationMode::Spline && mode <= InterpolationMode::Step;
+    if (HeadlessKey* const own = isMode ? FindOwn(key, curve) : nullptr)
+      own->SetInterpolation(mode);
   }
   void SetLeftTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept override
   {
-    Change(key, curve, [=](HeadlessKey& own) { own.SetLeftTangent(time, value); });
+    if (HeadlessKey* const own = FindOwn(key, curve))
+      own->SetLeftTangent(time, value);
   }
   void SetRightTangent(HostKey* key, HostCurve* curve, const HostTime& time, Float value) noexcept override
   {
-    Change(key, curve, [=](HeadlessKey& own) { own.SetRightTangent(time, value); });
+    if (HeadlessKey* const own = FindOwn(key, curve))
+      own->SetRightTangent(time, value);
   }
   void SetRotationMode(HostKey* key, HostCurve* curve, Int32 mode, Bool first, Bool second) noexcept override
   {
-    Change(key, curve, [=](HeadlessKey& own) { own.SetRotationMode({mode, first, second}); });
+    if (HeadlessKey* const own = FindOwn(key, curve))
+      own->SetRotationMode({mode, first, second});
   }
   void SetAuxiliaryMode(HostKey* key, HostCurve* curve, Int32 mode) noexcept override
   {
-    Change(key, curve, [=](HeadlessKey& own) { own.SetAuxiliaryMode(mode); });
+    if (HeadlessKey* const own = FindOwn(key, curve))
+      own->SetAuxiliaryMode(mode);
   }
   Int32 GetPoints(const HostKey* key, const Vector** points) noexcept override
   {
@@ -110,12 +120,10 @@ public:
   }
 
 private:
-  template <typename Set>
-  static void Change(HostKey* key, HostCurve* curve, const Set& set) noexcept
+  /// Null without memory.
+  static HeadlessKey* FindOwn(HostKey* key, HostCurve* curve) noexcept
   {
-    HeadlessKey* const own = curve ? ToHeadless(curve)->FindOwn(ToHeadless(key)) : ToHeadless(key);
-    if (own)
-      set(*own);
+    return curve ? ToHeadless(curve)->FindOwn(ToHeadless(key)) : ToHeadless(key);
   }
 };
 

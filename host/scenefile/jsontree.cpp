@@ -1,8 +1,5 @@
 #include "host/scenefile/jsontree.h"
 
-// The checks that simdjson makes in builds without optimization take memory of their own, whose absence it does not notice, and
-// stop the program where a text nests deeper than their fixed number of levels. No other source uses what they change.
-#define SIMDJSON_DEVELOPMENT_CHECKS 0
 #include <simdjson.h>
 
 #include <algorithm>

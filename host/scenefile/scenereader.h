@@ -84,6 +84,7 @@ private:
   Result<void> ReadKeys(const JsonNode& array, HeadlessCurve& curve);
   Result<void> ReadKey(const JsonNode& node, const HeadlessKey* before, HeadlessCurve& curve);
   Result<void> ReadKeyContent(const JsonNode& node, HeadlessKey& key);
+  Result<void> ReadKeyParameters(const JsonNode& table, HeadlessKey& key);
   Result<void> ReadTangent(const JsonNode& key, std::string_view name, KeyTangent& tangent);
   Result<void> ReadRotationMode(const JsonNode& array, KeyRotationMode& mode);
 

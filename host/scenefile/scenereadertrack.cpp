@@ -112,20 +112,36 @@ Result<void> SceneReader::ReadKeyContent(const JsonNode& node, HeadlessKey& key)
   {
     KeyRotationMode mode;
     RETURN_IF_ERROR(ReadRotationMode(*array, mode));
-    key.SetRotationMode(mode);
+    CHECK_MEMORY(key.SetRotationMode(mode));
   }
   if (const JsonNode* const auxiliary = node.Find("auxiliaryMode"))
   {
     Int32 mode = 0;
     RETURN_IF_ERROR(ReadValue(*auxiliary, mode));
-    key.SetAuxiliaryMode(mode);
+    CHECK_MEMORY(key.SetAuxiliaryMode(mode));
   }
-  RETURN_IF_ERROR(ReadTableMember(node, "parameters", key.GetParameters()));
+  if (const JsonNode* const table = node.Find("parameters"))
+    RETURN_IF_ERROR(ReadKeyParameters(*table, key));
   HostArray<Vector> points;
   if (const JsonNode* const array = node.Find("points"))
     RETURN_IF_ERROR(ReadPoints(*array, points));
   CHECK_MEMORY(key.SetPoints(std::move(points)));
   return {};
+}
+
+/// Most keys have the one setting that costs no table.
+Result<void> SceneReader::ReadKeyParameters(const JsonNode& table, HeadlessKey& key)
+{
+  const Bool isSingle = table.kind == JsonKind::kObject && table.count == 1 && table.members[0].value.kind == JsonKind::kInt;
+  HostDescId id;
+  if (isSingle && ParseDescId(table.members[0].name, id))
+  {
+    CHECK_MEMORY(key.SetParameter(id, HostValue(table.members[0].value.whole)));
+    return {};
+  }
+  HeadlessContainer* const parameters = key.FindOrMakeParameters();
+  CHECK_MEMORY(parameters);
+  return ReadTable(table, *parameters);
 }
 
 Result<void> SceneReader::ReadTangent(const JsonNode& key, std::string_view name, KeyTangent& tangent)

@@ -61,6 +61,7 @@ private:
   void WriteTrackId(const HostDescId& id);
   void WriteKeys(const HeadlessCurve& curve);
   void WriteKey(const HeadlessKey& key);
+  void WriteKeyParameters(const HeadlessKey& key);
   void WriteTangent(std::string_view name, const KeyTangent& tangent);
 
   // Materials.

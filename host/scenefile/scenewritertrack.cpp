@@ -2,6 +2,8 @@
 
 #include "host/scenefile/scenewriter.h"
 
+#include <new>
+
 namespace q7z
 {
 
@@ -64,10 +66,18 @@ void SceneWriter::WriteKey(const HeadlessKey& key)
   }
   if (key.HasAuxiliaryMode())
     WriteIntMember("auxiliaryMode", key.GetAuxiliaryMode());
-  WriteTable("parameters", key.GetParameters());
+  WriteKeyParameters(key);
   if (!key.GetPoints().IsEmpty())
     WritePoints(key.GetPoints());
   _json.EndObject();
+}
+
+void SceneWriter::WriteKeyParameters(const HeadlessKey& key)
+{
+  HeadlessContainer parameters;
+  if (!key.CopyParametersTo(parameters))
+    throw std::bad_alloc();
+  WriteTable("parameters", parameters);
 }
 
 void SceneWriter::WriteTangent(std::string_view name, const KeyTangent& tangent)

@@ -267,33 +267,42 @@ Result<Data> ParseText(std::string_view text, StringBlock* block, JsonPayloads* 
   return error ? MakeParseError(error) : DocumentBuilder(block, payloads).Build(root);
 }
 
-Int FindBufferLength(const dom::element& root) noexcept
+/// What stands in front of and behind the buffers is passed over.
+simdjson::error_code FindBufferLength(simdjson::ondemand::document& text, Int& length)
 {
-  dom::object members;
-  dom::array buffers;
-  if (root.get(members) != simdjson::SUCCESS)
-    return -1;
-  const simdjson::simdjson_result<dom::element> found = members["buffers"];
-  if (found.error() == simdjson::NO_SUCH_FIELD)
-    return 0;
-  int64_t length = -1;
-  const bool isOne = found.get(buffers) == simdjson::SUCCESS && buffers.size() == 1;
-  return isOne && buffers.at(0)["byteLength"].get(length) == simdjson::SUCCESS ? length : -1;
+  length = -1;
+  simdjson::ondemand::object root;
+  simdjson::ondemand::array buffers;
+  if (const simdjson::error_code error = text.get_object().get(root))
+    return error;
+  const simdjson::error_code found = root.find_field_unordered("buffers").get_array().get(buffers);
+  if (found == simdjson::NO_SUCH_FIELD)
+    length = 0;
+  if (found)
+    return found == simdjson::NO_SUCH_FIELD ? simdjson::SUCCESS : found;
+  Int count = 0;
+  for (auto buffer : buffers)
+  {
+    if (const simdjson::error_code error = buffer["byteLength"].get_int64().get(length))
+      return error;
+    ++count;
+  }
+  length = count == 1 ? length : -1;
+  return simdjson::SUCCESS;
 }
 
 }  // namespace
 
 Result<Int> ReadBufferLength(const Char* text, Int byteCount) noexcept
 {
-  dom::parser parser;
-  dom::element root;
   const size_t length = static_cast<size_t>(byteCount);
-  simdjson::error_code error = parser.allocate(std::max<size_t>(length, 64), kDeepestJson + 1);
+  simdjson::ondemand::parser parser;
+  simdjson::ondemand::document document;
+  Int found = -1;
+  simdjson::error_code error = parser.iterate(text, length, length + static_cast<size_t>(kJsonPadding)).get(document);
   if (!error)
-    error = parser.parse(text, length, false).get(root);
-  if (error)
-    return MakeParseError(error);
-  return FindBufferLength(root);
+    error = FindBufferLength(document, found);
+  return error ? Result<Int>(MakeParseError(error)) : Result<Int>(found);
 }
 
 Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noexcept

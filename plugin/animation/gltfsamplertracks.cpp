@@ -320,7 +320,7 @@ Result<void> KeyWriter::WriteKey(const KeyList& keys, Int i, const HostTime& tim
   if (index <= _lastIndex)
     RETURN_IF_ERROR(_budget->TakeMoves(_curve->GetKeyCount() - 1 - index));
   _lastIndex = index;
-  if (!key->SetParameter(kKeyParameter, _keySetting, 128))
+  if (!key->SetParameter(_curve, kKeyParameter, _keySetting, 128))
     return Error::OutOfMemory();
   HostKeySetAuxiliaryMode(key, _curve, 4);
   const KeyRecord& record = keys.records[i];

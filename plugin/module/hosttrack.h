@@ -64,6 +64,9 @@ class HostKeyTable
 public:
   virtual HostTime GetTime(const HostKey* key) noexcept = 0;
   virtual Float GetValue(const HostKey* key) noexcept = 0;
+  /// @return false when the value's kind does not fit, or without memory.
+  virtual Bool SetParameter(HostKey* key, HostCurve* curve, const HostDescId& id, const HostValue& value,
+                            Int32 flags) noexcept = 0;
   virtual void SetValue(HostKey* key, HostCurve* curve, Float value) noexcept = 0;
   virtual InterpolationMode GetInterpolation(const HostKey* key) noexcept = 0;
   virtual void SetInterpolation(HostKey* key, HostCurve* curve, InterpolationMode mode) noexcept = 0;
@@ -80,9 +83,13 @@ protected:
   ~HostKeyTable() = default;
 };
 
-class HostKey : public HostNode
+class HostKey
 {
 public:
+  Bool SetParameter(HostCurve* curve, const HostDescId& id, const HostValue& value, Int32 flags) noexcept
+  {
+    return g_hostTables->key->SetParameter(this, curve, id, value, flags);
+  }
   HostTime GetTime() const noexcept { return g_hostTables->key->GetTime(this); }
   Float GetValue() const noexcept { return g_hostTables->key->GetValue(this); }
   void SetValue(HostCurve* curve, Float value) noexcept { g_hostTables->key->SetValue(this, curve, value); }

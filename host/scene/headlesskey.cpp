@@ -1,0 +1,204 @@
+#include "host/scene/headlesskey.h"
+
+#include <cmath>
+#include <new>
+#include <utility>
+
+namespace q7z
+{
+
+namespace
+{
+
+/// A number below the limit that a whole one stands for without loss; the negative zero is none.
+Bool IsWhole(Float number, Float limit) noexcept
+{
+  const Bool isBelow = number > -limit && number < limit;
+  return isBelow && static_cast<Float>(static_cast<Int>(number)) == number && (number != 0 || !std::signbit(number));
+}
+
+Bool IsSmall(Int number) noexcept
+{
+  return number > INT8_MIN && number <= INT8_MAX;
+}
+
+Bool IsSetting(const HostDescId& id) noexcept
+{
+  return id.GetDepth() == 1 && id[0].id == kKeySettingParameter;
+}
+
+}  // namespace
+
+HeadlessKey::Details* HeadlessKey::FindOrMakeDetails() noexcept
+{
+  if (!_details)
+    _details = new (std::nothrow) Details;
+  return _details;
+}
+
+HeadlessKey::Rare* HeadlessKey::FindOrMakeRare() noexcept
+{
+  Details* const details = FindOrMakeDetails();
+  if (details && !details->rare)
+    details->rare.reset(new (std::nothrow) Rare);
+  return details ? details->rare.get() : nullptr;
+}
+
+Bool HeadlessKey::SetTime(const HostTime& time) noexcept
+{
+  constexpr Float kLargestNumerator = Float(Int(1) << (63 - kDenominatorBits));
+  if (IsWhole(time.numerator, kLargestNumerator) && IsWhole(time.denominator, Float(kDenominatorMask)) && time.denominator >= 1)
+  {
+    _time = static_cast<Int>(time.numerator) * (kDenominatorMask + 1) + static_cast<Int>(time.denominator);
+    return true;
+  }
+  Rare* const rare = FindOrMakeRare();
+  if (!rare)
+    return false;
+  rare->time = time;
+  _time = 0;
+  return true;
+}
+
+Bool HeadlessKey::SetLeftTangent(const HostTime& time, Float value) noexcept
+{
+  Details* const details = FindOrMakeDetails();
+  if (details)
+    details->left = {time, value, true};
+  return details != nullptr;
+}
+
+Bool HeadlessKey::SetRightTangent(const HostTime& time, Float value) noexcept
+{
+  Details* const details = FindOrMakeDetails();
+  if (details)
+    details->right = {time, value, true};
+  return details != nullptr;
+}
+
+/// For both modes, once one of them is too large for the key itself.
+Bool HeadlessKey::SetLongModes(Int32 rotationMode, Int32 auxiliaryMode) noexcept
+{
+  Rare* const rare = FindOrMakeRare();
+  if (!rare)
+    return false;
+  rare->rotationMode = rotationMode;
+  rare->auxiliaryMode = auxiliaryMode;
+  _hasLongModes = true;
+  return true;
+}
+
+Bool HeadlessKey::SetRotationMode(const KeyRotationMode& mode) noexcept
+{
+  const Bool isShort = !_hasLongModes && IsSmall(mode.mode);
+  if (!isShort && !SetLongModes(mode.mode, GetAuxiliaryMode()))
+    return false;
+  if (isShort)
+    _rotationMode = static_cast<std::int8_t>(mode.mode);
+  _rotationFirst = mode.first;
+  _rotationSecond = mode.second;
+  _hasRotationMode = true;
+  return true;
+}
+
+Bool HeadlessKey::SetAuxiliaryMode(Int32 mode) noexcept
+{
+  const Bool isShort = !_hasLongModes && IsSmall(mode);
+  if (!isShort && !SetLongModes(GetRotationMode().mode, mode))
+    return false;
+  if (isShort)
+    _auxiliaryMode = static_cast<std::int8_t>(mode);
+  _hasAuxiliaryMode = true;
+  return true;
+}
+
+const HostArray<Vector>& HeadlessKey::GetPoints() const noexcept
+{
+  static const HostArray<Vector> none;
+  const Rare* const rare = FindRare();
+  return rare ? rare->points : none;
+}
+
+Bool HeadlessKey::SetPoints(HostArray<Vector> points) noexcept
+{
+  if (!FindRare() && points.IsEmpty())
+    return true;
+  Rare* const rare = FindOrMakeRare();
+  if (rare)
+    rare->points = std::move(points);
+  return rare != nullptr;
+}
+
+Bool HeadlessKey::GetParameter(const HostDescId& id, HostValue& value) const noexcept
+{
+  if (_setting != kNoSetting && IsSetting(id))
+  {
+    value = HostValue(Int(_setting));
+    return true;
+  }
+  const Rare* const rare = FindRare();
+  const HostValue* const found = rare ? rare->parameters.Find(id) : nullptr;
+  if (found)
+    value = *found;
+  return found != nullptr;
+}
+
+Bool HeadlessKey::SetParameter(const HostDescId& id, const HostValue& value) noexcept
+{
+  const Rare* const rare = FindRare();
+  const Bool isSmall = value.GetKind() == HostValueKind::kInt && IsSmall(value.GetInt());
+  if (isSmall && IsSetting(id) && (!rare || rare->parameters.IsEmpty()))
+  {
+    _setting = static_cast<std::int8_t>(value.GetInt());
+    return true;
+  }
+  HeadlessContainer* const parameters = FindOrMakeParameters();
+  return parameters && parameters->Set(id, value);
+}
+
+HeadlessContainer* HeadlessKey::FindOrMakeParameters() noexcept
+{
+  Rare* const rare = FindOrMakeRare();
+  if (!rare || !CopyParametersTo(rare->parameters))
+    return nullptr;
+  _setting = kNoSetting;
+  return &rare->parameters;
+}
+
+Bool HeadlessKey::CopyParametersTo(HeadlessContainer& table) const noexcept
+{
+  if (_setting != kNoSetting)
+    return table.Set(HostDescId(kKeySettingParameter), HostValue(Int(_setting)));
+  const Rare* const rare = FindRare();
+  return !rare || &rare->parameters == &table || table.CopyFrom(rare->parameters);
+}
+
+Bool HeadlessKey::CopyFrom(const HeadlessKey& other) noexcept
+{
+  if (other._details)
+  {
+    if (!FindOrMakeDetails())
+      return false;
+    _details->left = other._details->left;
+    _details->right = other._details->right;
+  }
+  if (const Rare* const rare = other.FindRare())
+  {
+    if (!SetLongModes(rare->rotationMode, rare->auxiliaryMode) || !SetPoints(rare->points) ||
+        !_details->rare->parameters.CopyFrom(rare->parameters))
+      return false;
+  }
+  _value = other._value;
+  _interpolation = other._interpolation;
+  _hasRotationMode = other._hasRotationMode;
+  _rotationFirst = other._rotationFirst;
+  _rotationSecond = other._rotationSecond;
+  _hasAuxiliaryMode = other._hasAuxiliaryMode;
+  _hasLongModes = other._hasLongModes;
+  _setting = other._setting;
+  _rotationMode = other._rotationMode;
+  _auxiliaryMode = other._auxiliaryMode;
+  return true;
+}
+
+}  // namespace q7z

@@ -1,0 +1,133 @@
+#pragma once
+
+// HeadlessKey: one key of a curve. Keys belong to their curve, which alone makes and frees them. They come by the million, so a key
+// is four words: what few keys have lies elsewhere.
+
+#include <cstdint>
+#include <memory>
+
+#include "framework/hosttime.h"
+#include "host/scene/headlesscontainer.h"
+#include "host/scene/hostarray.h"
+#include "plugin/module/hosttrack.h"
+
+namespace q7z
+{
+
+/// The parameter that all keys of a load have, with a small number as its value.
+inline constexpr Int32 kKeySettingParameter = 915;
+
+/// One side of a spline key, relative to the key.
+struct KeyTangent
+{
+  HostTime time;
+  Float value = 0;
+  Bool isSet = false;  ///< given by somebody; the numbers are 0 until then
+};
+
+/// The three arguments of a key's rotation mode.
+struct KeyRotationMode
+{
+  Int32 mode = 0;
+  Bool first = false;
+  Bool second = false;
+  friend Bool operator==(const KeyRotationMode&, const KeyRotationMode&) noexcept = default;
+};
+
+/// Setters that answer a Bool answer false without memory; the key is as it was then.
+class HeadlessKey
+{
+public:
+  HeadlessKey() noexcept = default;
+  HeadlessKey(const HeadlessKey&) = delete;
+  HeadlessKey& operator=(const HeadlessKey&) = delete;
+  ~HeadlessKey() { delete _details; }
+
+  HostTime GetTime() const noexcept
+  {
+    const Int denominator = _time & kDenominatorMask;
+    return denominator ? HostTime{static_cast<Float>(_time >> kDenominatorBits), static_cast<Float>(denominator)}
+                       : _details->rare->time;
+  }
+  Float GetValue() const noexcept { return _value; }
+  void SetValue(Float value) noexcept { _value = value; }
+  /// Linear for a new key.
+  InterpolationMode GetInterpolation() const noexcept { return _interpolation; }
+  void SetInterpolation(InterpolationMode mode) noexcept { _interpolation = mode; }
+
+  KeyTangent GetLeftTangent() const noexcept { return _details ? _details->left : KeyTangent(); }
+  KeyTangent GetRightTangent() const noexcept { return _details ? _details->right : KeyTangent(); }
+  Bool SetLeftTangent(const HostTime& time, Float value) noexcept;
+  Bool SetRightTangent(const HostTime& time, Float value) noexcept;
+
+  Bool HasRotationMode() const noexcept { return _hasRotationMode; }
+  KeyRotationMode GetRotationMode() const noexcept
+  {
+    return {_hasLongModes ? _details->rare->rotationMode : _rotationMode, _rotationFirst, _rotationSecond};
+  }
+  Bool SetRotationMode(const KeyRotationMode& mode) noexcept;
+  Bool HasAuxiliaryMode() const noexcept { return _hasAuxiliaryMode; }
+  Int32 GetAuxiliaryMode() const noexcept { return _hasLongModes ? _details->rare->auxiliaryMode : _auxiliaryMode; }
+  Bool SetAuxiliaryMode(Int32 mode) noexcept;
+
+  /// The points that a key of a point track stores; empty for others.
+  const HostArray<Vector>& GetPoints() const noexcept;
+  Bool SetPoints(HostArray<Vector> points) noexcept;
+
+  /// @return false for a parameter that was not set; value is untouched then.
+  Bool GetParameter(const HostDescId& id, HostValue& value) const noexcept;
+  Bool SetParameter(const HostDescId& id, const HostValue& value) noexcept;
+  /// Puts all parameters into a table. @return false without memory.
+  Bool CopyParametersTo(HeadlessContainer& table) const noexcept;
+  /// The table itself, which costs memory of its own. Null without memory.
+  HeadlessContainer* FindOrMakeParameters() noexcept;
+
+  /// For a new key: everything but the time.
+  Bool CopyFrom(const HeadlessKey& other) noexcept;
+
+private:
+  friend class HeadlessCurve;
+  struct Rare
+  {
+    HostTime time;
+    Int32 rotationMode = 0;
+    Int32 auxiliaryMode = 0;
+    HeadlessContainer parameters;
+    HostArray<Vector> points;
+  };
+  struct Details
+  {
+    KeyTangent left;
+    KeyTangent right;
+    std::unique_ptr<Rare> rare;
+  };
+
+  /// The curve's: keys stand in the order of their times.
+  Bool SetTime(const HostTime& time) noexcept;
+
+  Details* FindOrMakeDetails() noexcept;
+  Rare* FindOrMakeRare() noexcept;
+  const Rare* FindRare() const noexcept { return _details ? _details->rare.get() : nullptr; }
+  Bool SetLongModes(Int32 rotationMode, Int32 auxiliaryMode) noexcept;
+
+  // A time of whole numbers that fit: the numerator before the denominator. Else 0, and it stands among the rare.
+  static constexpr int kDenominatorBits = 16;
+  static constexpr Int kDenominatorMask = (Int(1) << kDenominatorBits) - 1;
+  static constexpr std::int8_t kNoSetting = INT8_MIN;
+
+  Int _time = 1;
+  Float _value = 0;
+  Details* _details = nullptr;  // owned; null until something needs it
+  InterpolationMode _interpolation : 8 = InterpolationMode::Linear;
+  Bool _hasRotationMode : 1 = false;
+  Bool _rotationFirst : 1 = false;
+  Bool _rotationSecond : 1 = false;
+  Bool _hasAuxiliaryMode : 1 = false;
+  Bool _hasLongModes : 1 = false;     // they stand among the rare
+  std::int8_t _setting = kNoSetting;  // kKeySettingParameter, while it is the only parameter
+  std::int8_t _rotationMode = 0;
+  std::int8_t _auxiliaryMode = 0;
+};
+static_assert(sizeof(HeadlessKey) == 32);
+
+}  // namespace q7z
