@@ -404,34 +404,15 @@ const DataMember* DataDictionary::end() const noexcept
   return _block ? begin() + _block->count : nullptr;
 }
 
-Data::Data(const Data& other) noexcept : _int(0)
+/// All but texts, into a Data without content.
+void Data::CopyPlain(const Data& other) noexcept
 {
   _kind = other._kind;
   _isSingle = other._isSingle;
-  switch (_kind)
-  {
-    case DataKind::kString: ::new (&_string) String(other._string); break;
-    case DataKind::kArray:
-    case DataKind::kDictionary:
-      _block = other._block;
-      AddReference(_block);
-      break;
-    case DataKind::kFloat: _float = other._float; break;
-    case DataKind::kBool: _bool = other._bool; break;
-    case DataKind::kNil:
-    case DataKind::kInt: _int = other._int; break;
-  }
-}
-
-Data::Data(Data&& other) noexcept : _int(0)
-{
-  _kind = other._kind;
-  _isSingle = other._isSingle;
-  if (_kind == DataKind::kString)
-  {
-    ::new (&_string) String(std::move(other._string));
-    other._string.~String();
-  }
+  _form = other._form;
+  _shortCount = other._shortCount;
+  if (_form == DataArrayForm::kShort)
+    std::copy_n(other._singles, _shortCount, _singles);
   else if (_kind == DataKind::kArray || _kind == DataKind::kDictionary)
     _block = other._block;
   else if (_kind == DataKind::kFloat)
@@ -440,8 +421,35 @@ Data::Data(Data&& other) noexcept : _int(0)
     _bool = other._bool;
   else
     _int = other._int;
+}
+
+Data::Data(const Data& other) noexcept : _int(0)
+{
+  if (other._kind == DataKind::kString)
+  {
+    ::new (&_string) String(other._string);
+    _kind = DataKind::kString;
+    return;
+  }
+  CopyPlain(other);
+  const Bool hasBlock = (_kind == DataKind::kArray && _form != DataArrayForm::kShort) || _kind == DataKind::kDictionary;
+  if (hasBlock)
+    AddReference(_block);
+}
+
+Data::Data(Data&& other) noexcept : _int(0)
+{
+  if (other._kind == DataKind::kString)
+  {
+    ::new (&_string) String(std::move(other._string));
+    _kind = DataKind::kString;
+    other._string.~String();
+  }
+  else
+    CopyPlain(other);
   other._int = 0;
   other._kind = DataKind::kNil;
+  other._form = DataArrayForm::kValues;
 }
 
 Data& Data::operator=(Data other) noexcept
@@ -460,16 +468,54 @@ void Data::ReleaseContent() noexcept
 {
   if (_kind == DataKind::kString)
     _string.~String();
-  else if (_kind == DataKind::kArray)
-    ReleaseBlock<Data>(_block);
   else if (_kind == DataKind::kDictionary)
     ReleaseBlock<DataMember>(_block);
+  else if (_kind == DataKind::kArray)
+  {
+    switch (_form)
+    {
+      case DataArrayForm::kValues: ReleaseBlock<Data>(_block); break;
+      case DataArrayForm::kInts: ReleaseBlock<Int>(_block); break;
+      case DataArrayForm::kFloats: ReleaseBlock<Float>(_block); break;
+      case DataArrayForm::kShort: break;
+    }
+  }
+}
+
+DataArrayForm Data::FindForm(const Data* elements, Int count) noexcept
+{
+  const Data& first = elements[0];
+  const auto isAlike = [&](const Data& element) { return element._kind == first._kind && element._isSingle == first._isSingle; };
+  const Bool isInt = first._kind == DataKind::kInt;
+  if ((!isInt && first._kind != DataKind::kFloat) || !std::all_of(elements + 1, elements + count, isAlike))
+    return DataArrayForm::kValues;
+  if (!first._isSingle)
+    return isInt ? DataArrayForm::kInts : DataArrayForm::kFloats;
+  return count <= kMostShort ? DataArrayForm::kShort : DataArrayForm::kValues;
 }
 
 Result<Data> Data::CreateArray(BaseArray<Data> elements) noexcept
 {
   return CreateArray(elements.GetFirst(), elements.GetCount(), nullptr);
 }
+
+namespace
+{
+
+/// A block of count elements, made of those of an array by convert. Null without memory.
+template <typename T, typename Convert>
+DataBlock* MakeArrayBlock(Data* elements, Int count, DataArena* arena, Convert convert) noexcept
+{
+  DataBlock* const block = AllocateBlock<T>(count, arena);
+  if (!block)
+    return nullptr;
+  for (Int i = 0; i < count; ++i)
+    ::new (block->GetElements<T>() + i) T(convert(elements[i]));
+  block->count = count;
+  return block;
+}
+
+}  // namespace
 
 Result<Data> Data::CreateArray(Data* elements, Int count, DataArena* arena) noexcept
 {
@@ -478,13 +524,35 @@ Result<Data> Data::CreateArray(Data* elements, Int count, DataArena* arena) noex
   array._kind = DataKind::kArray;
   if (count == 0)
     return array;
-  array._block = AllocateBlock<Data>(count, arena);
-  if (!array._block)
+  const DataArrayForm form = FindForm(elements, count);
+  switch (form)
+  {
+    case DataArrayForm::kValues:
+      array._block = MakeArrayBlock<Data>(elements, count, arena, [](Data& element) -> Data&& { return std::move(element); });
+      break;
+    case DataArrayForm::kInts:
+      array._block = MakeArrayBlock<Int>(elements, count, arena, [](const Data& element) { return element._int; });
+      break;
+    case DataArrayForm::kFloats:
+      array._block = MakeArrayBlock<Float>(elements, count, arena, [](const Data& element) { return element._float; });
+      break;
+    case DataArrayForm::kShort:
+      std::transform(elements, elements + count, array._singles,
+                     [](const Data& element) { return static_cast<Float32>(element._float); });
+      array._shortCount = static_cast<Byte>(count);
+      break;
+  }
+  if (form != DataArrayForm::kShort && !array._block)
     return Error::OutOfMemory();
-  for (Int i = 0; i < count; ++i)
-    ::new (array._block->GetElements<Data>() + i) Data(std::move(elements[i]));
-  array._block->count = count;
+  array._form = form;
   return array;
+}
+
+DataArrayView Data::GetView() const noexcept
+{
+  if (_form == DataArrayForm::kShort)
+    return {_form, _singles, _shortCount};
+  return _block ? DataArrayView(_form, _block + 1, _block->count) : DataArrayView();
 }
 
 Result<Bool> Data::GetBool() const noexcept
@@ -534,8 +602,37 @@ Result<DataArrayView> Data::GetArray() const noexcept
 {
   if (_kind != DataKind::kArray)
     return ConversionError(DataKind::kArray, _kind);
-  return _block ? DataArrayView(_block->GetElements<Data>(), _block->count) : DataArrayView();
+  return GetView();
 }
+
+namespace
+{
+
+Bool AreEqual(const DataArrayView& a, const DataArrayView& b) noexcept
+{
+  Bool areEqual = a.GetCount() == b.GetCount();
+  for (Int i = 0; areEqual && i < a.GetCount(); ++i)
+    areEqual = a[i] == b[i];
+  return areEqual;
+}
+
+/// The same for the members of two dictionaries, in any order.
+Bool AreEqual(DataBlock* a, DataBlock* b) noexcept
+{
+  const Int count = a ? a->count : 0;
+  if (count != (b ? b->count : 0))
+    return false;
+  for (Int i = 0; a != b && i < count; ++i)
+  {
+    const DataMember& member = a->GetElements<DataMember>()[i];
+    const DataMember* const other = FindMember(b, member.key);
+    if (!other || !(member.value == other->value))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
 
 Bool operator==(const Data& a, const Data& b) noexcept
 {
@@ -551,25 +648,7 @@ Bool operator==(const Data& a, const Data& b) noexcept
     case DataKind::kArray:
     case DataKind::kDictionary: break;
   }
-  if (a._block == b._block)
-    return true;
-  const Int count = a._block ? a._block->count : 0;
-  if (count != (b._block ? b._block->count : 0))
-    return false;
-  for (Int i = 0; i < count; ++i)
-  {
-    if (a._kind == DataKind::kArray)
-    {
-      if (!(a._block->GetElements<Data>()[i] == b._block->GetElements<Data>()[i]))
-        return false;
-      continue;
-    }
-    const DataMember& member = a._block->GetElements<DataMember>()[i];
-    const DataMember* const other = FindMember(b._block, member.key);
-    if (!other || !(member.value == other->value))
-      return false;
-  }
-  return true;
+  return a._kind == DataKind::kArray ? AreEqual(a.GetView(), b.GetView()) : AreEqual(a._block, b._block);
 }
 
 }  // namespace q7z

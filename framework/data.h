@@ -2,10 +2,13 @@
 
 // Data: one JSON-like value, and DataDictionary: an ordered set of named members. Both are small handles on counted, immutable
 // blocks: a copy shares, and the first write through a handle that shares makes that handle a block of its own (copy on write).
-// Numbers keep their kind: a whole number is Int, one with a point or an exponent is Float.
+// Numbers keep their kind: a whole number is Int, one with a point or an exponent is Float. Arrays of numbers, the most of many
+// documents, hold them bare; a few 32-bit ones, such as a vector's, lie in the Data itself.
 //
 // A parser makes the blocks of a document in one DataArena, so that a document lives in few allocations; an arena goes with the
 // last block that lies in it.
+
+#include <iterator>
 
 #include "framework/basearray.h"
 #include "framework/string.h"
@@ -76,21 +79,33 @@ private:
   Int _nextChunkBytes = Int(4) << 10;  // of the next chunk for small requests
 };
 
-/// A read-only row of values, valid as long as a Data that holds it.
+/// How an array lies in memory. A short one lies in the Data itself, the others in a block.
+enum class DataArrayForm : Byte
+{
+  kValues,  ///< elements of any kinds
+  kInts,
+  kFloats,
+  kShort,  ///< a few floats that were given as 32 bits
+};
+
+/// A read-only row of values, valid as long as the Data that was asked for it.
 class DataArrayView
 {
 public:
+  class Iterator;
+
   DataArrayView() noexcept = default;
-  DataArrayView(const Data* first, Int count) noexcept : _first(first), _count(count) {}
+  DataArrayView(DataArrayForm form, const void* first, Int count) noexcept : _first(first), _count(count), _form(form) {}
   Int GetCount() const noexcept { return _count; }
   Bool IsEmpty() const noexcept { return _count == 0; }
-  inline const Data& operator[](Int index) const noexcept;
-  const Data* begin() const noexcept { return _first; }
-  inline const Data* end() const noexcept;
+  inline Data operator[](Int index) const noexcept;
+  inline Iterator begin() const noexcept;
+  inline Iterator end() const noexcept;
 
 private:
-  const Data* _first = nullptr;
+  const void* _first = nullptr;
   Int _count = 0;
+  DataArrayForm _form = DataArrayForm::kValues;
 };
 
 class DataDictionary
@@ -171,17 +186,25 @@ public:
   friend Bool operator==(const Data& a, const Data& b) noexcept;
 
 private:
+  static constexpr Int kMostShort = sizeof(String) / sizeof(Float32);
+
+  void CopyPlain(const Data& other) noexcept;
   void ReleaseContent() noexcept;
+  static DataArrayForm FindForm(const Data* elements, Int count) noexcept;
+  DataArrayView GetView() const noexcept;
   union
   {
     Bool _bool;
     Int _int;
     Float _float;
     String _string;
-    detail::DataBlock* _block;  // elements of an array or members of a dictionary; may be null when empty
+    detail::DataBlock* _block;     // elements of an array or members of a dictionary; may be null when empty
+    Float32 _singles[kMostShort];  // of a short array
   };
   DataKind _kind = DataKind::kNil;
   Bool _isSingle = false;
+  DataArrayForm _form = DataArrayForm::kValues;
+  Byte _shortCount = 0;  // of _singles
 };
 
 struct DataMember
@@ -190,13 +213,48 @@ struct DataMember
   Data value;
 };
 
-inline const Data& DataArrayView::operator[](Int index) const noexcept
+inline Data DataArrayView::operator[](Int index) const noexcept
 {
-  return _first[index];
+  switch (_form)
+  {
+    case DataArrayForm::kInts: return Data(static_cast<const Int*>(_first)[index]);
+    case DataArrayForm::kFloats: return Data(static_cast<const Float*>(_first)[index]);
+    case DataArrayForm::kShort: return Data(static_cast<const Float32*>(_first)[index]);
+    case DataArrayForm::kValues: break;
+  }
+  return static_cast<const Data*>(_first)[index];
 }
-inline const Data* DataArrayView::end() const noexcept
+
+class DataArrayView::Iterator
 {
-  return _first + _count;
+public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = Data;
+  using difference_type = Int;
+  using pointer = const Data*;
+  using reference = Data;
+
+  Iterator(const DataArrayView& view, Int index) noexcept : _view(view), _index(index) {}
+  Data operator*() const noexcept { return _view[_index]; }
+  Iterator& operator++() noexcept
+  {
+    ++_index;
+    return *this;
+  }
+  friend Bool operator==(const Iterator& a, const Iterator& b) noexcept { return a._index == b._index; }
+
+private:
+  DataArrayView _view;
+  Int _index;
+};
+
+inline DataArrayView::Iterator DataArrayView::begin() const noexcept
+{
+  return {*this, 0};
+}
+inline DataArrayView::Iterator DataArrayView::end() const noexcept
+{
+  return {*this, _count};
 }
 
 }  // namespace q7z

@@ -93,17 +93,19 @@ Result<void> ReadNumbers(const Parameters& parameters, const DataKey& key, std::
   ASSIGN_OR_RETURN(const Data* const value, FindConstant(&parameters, key));
   if (!value)
     return {};
-  const Data* element = value;
-  if (targets.size() > 1)
+  const Bool standAlone = targets.size() == 1;
+  DataArrayView elements;
+  if (!standAlone)
   {
-    const Result<DataArrayView> elements = value->GetArray();
-    if (elements.HasError() || elements.GetValue().GetCount() != static_cast<Int>(targets.size()))
+    const Result<DataArrayView> array = value->GetArray();
+    if (array.HasError() || array.GetValue().GetCount() != static_cast<Int>(targets.size()))
       return MakeKindError();
-    element = elements.GetValue().begin();
+    elements = array.GetValue();
   }
+  Int index = 0;
   for (Float* const target : targets)
   {
-    const Result<Float> number = (element++)->GetFloat();
+    const Result<Float> number = standAlone ? value->GetFloat() : elements[index++].GetFloat();
     if (number.HasError())
       return MakeKindError();
     *target = number.GetValue();

@@ -18,7 +18,7 @@ namespace q7z::test
 namespace
 {
 
-Data MakeArray(std::initializer_list<Data> values)
+Data MakeArray(const std::vector<Data>& values)
 {
   BaseArray<Data> elements;
   for (const Data& value : values)
@@ -115,6 +115,44 @@ TEST(Data, EqualityIsStructural)
   {
     EXPECT_EQ(a == b, equal);
     EXPECT_EQ(b == a, equal);
+  }
+}
+
+// Arrays of numbers lie in memory in ways of their own, which nobody sees.
+TEST(Data, ArraysKeepTheirElements)
+{
+  const Data single(1.0f / 3.0f);
+  const std::vector<Data> rows[] = {
+    {},
+    {Data(Int(INT64_MIN)), Data(Int(7))},
+    {Data(0.1), Data(kInfinity), Data(-0.0)},
+    {single},
+    {single, single, single, single, single, Data(2.0f)},
+    {single, single, single, single, single, single, Data(2.0f)},
+    {Data(Int(1)), Data(1.0)},
+    {Data(1.0), single},
+    {single, Data(1.0)},
+    {single, Data(Int(1))},
+    {Data(true), Data(false)},
+    {Data(), Data(MakeString("text")), MakeArray({single})},
+  };
+  for (const std::vector<Data>& row : rows)
+  {
+    BaseArray<Data> elements;
+    for (const Data& value : row)
+      EXPECT_FALSE(elements.Append(value).HasError());
+    Data original = Data::CreateArray(std::move(elements)).GetValue();
+    Data copy;
+    copy = original;
+    EXPECT_EQ(copy, original);
+    const Data moved(std::move(original));
+    EXPECT_EQ(copy, moved);
+    const DataArrayView view = moved.GetArray().GetValue();
+    ASSERT_EQ(view.GetCount(), static_cast<Int>(row.size()));
+    EXPECT_TRUE(std::equal(row.begin(), row.end(), view.begin(), [](const Data& a, const Data& b)
+                           { return a == b && a.IsSinglePrecision() == b.IsSinglePrecision(); }));
+    for (const std::vector<Data>& other : rows)
+      EXPECT_EQ(copy == MakeArray(other), row == other);
   }
 }
 

@@ -145,6 +145,27 @@ std::string SaveFolder::TakeBytes() const
   return bytes;
 }
 
+namespace
+{
+
+/// The element or member of that name.
+std::optional<Data> FindIn(const Data& value, std::string_view name)
+{
+  if (value.GetKind() == DataKind::kArray)
+  {
+    const DataArrayView elements = value.GetArray().GetValue();
+    const Int index = std::atoi(std::string(name).c_str());
+    return index < elements.GetCount() ? std::optional<Data>(elements[index]) : std::nullopt;
+  }
+  if (value.GetKind() != DataKind::kDictionary)
+    return std::nullopt;
+  const DataDictionary dictionary = value.GetDictionary().GetValue();
+  const Data* const member = dictionary.Find(DataKey(String(name.data(), static_cast<Int>(name.size()))));
+  return member ? std::optional<Data>(*member) : std::nullopt;
+}
+
+}  // namespace
+
 SavedContent::SavedContent(std::string bytes) : _bytes(std::move(bytes))
 {
   const bool isGlb = _bytes.starts_with("glTF");
@@ -154,26 +175,14 @@ SavedContent::SavedContent(std::string bytes) : _bytes(std::move(bytes))
     _binary = _bytes.substr(28 + jsonLength);
 }
 
-const Data* SavedContent::Find(std::string_view path) const
+std::optional<Data> SavedContent::Find(std::string_view path) const
 {
-  const Data* value = &_root;
+  std::optional<Data> value = _root;
   while (value && !path.empty())
   {
     const std::string_view name = path.substr(0, path.find('/'));
     path.remove_prefix(std::min(path.size(), name.size() + 1));
-    if (value->GetKind() == DataKind::kArray)
-    {
-      const DataArrayView elements = value->GetArray().GetValue();
-      const Int index = std::atoi(std::string(name).c_str());
-      value = index < elements.GetCount() ? &elements[index] : nullptr;
-    }
-    else if (value->GetKind() == DataKind::kDictionary)
-    {
-      const DataDictionary dictionary = value->GetDictionary().GetValue();  // the root holds on to what is found
-      value = dictionary.Find(DataKey(String(name.data(), static_cast<Int>(name.size()))));
-    }
-    else
-      value = nullptr;
+    value = FindIn(*value, name);
   }
   return value;
 }
@@ -189,25 +198,25 @@ std::string SavedContent::At(const std::string& path) const
     const std::string primitive = "meshes/" + path.substr(5, space - 5) + "/primitives/0/";
     return Numbers(IntAt(primitive + (name == "indices" ? name : "attributes/" + name), -1));
   }
-  const Data* const value = Find(path);
+  const std::optional<Data> value = Find(path);
   return value ? ToText(*value) : "-";
 }
 
 std::string SavedContent::TextAt(const std::string& path) const
 {
-  const Data* const value = Find(path);
+  const std::optional<Data> value = Find(path);
   return value ? std::string(value->GetString().GetValue().GetView()) : "";
 }
 
 Int SavedContent::IntAt(const std::string& path, Int missing) const
 {
-  const Data* const value = Find(path);
+  const std::optional<Data> value = Find(path);
   return value ? value->GetInt().GetValue() : missing;
 }
 
 int SavedContent::Count(const std::string& path) const
 {
-  const Data* const value = Find(path);
+  const std::optional<Data> value = Find(path);
   return value ? static_cast<int>(value->GetArray().GetValue().GetCount()) : 0;
 }
 

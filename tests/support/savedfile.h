@@ -2,6 +2,7 @@
 
 // A scene that is saved, as what stands in its file. Members are asked for by path, the data of accessors as plain numbers.
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -64,7 +65,7 @@ public:
   std::string View(Int view) const;
 
 private:
-  const Data* Find(std::string_view path) const;
+  std::optional<Data> Find(std::string_view path) const;
   std::string Numbers(Int accessor) const;
 
   std::string _bytes;
