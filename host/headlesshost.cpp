@@ -214,7 +214,8 @@ struct HeadlessHost::State
   HeadlessConsole console;
   HeadlessDialogs dialogs;
 
-  HeadlessJson json;
+  HeadlessJobs jobs;
+  HeadlessJson json{&jobs};
   HeadlessBase64Decoder base64Decoder;
   HeadlessBase64Encoder base64Encoder;
   HeadlessUrlPathDecoder urlPathDecoder;
@@ -222,7 +223,6 @@ struct HeadlessHost::State
   HeadlessHash hash;
   HeadlessUsageReport usageReport;
   HeadlessMaterialImport materialImport;
-  HeadlessJobs jobs;
 
   SaveWarnings saveWarnings;
   ImageFiles imageFiles{policy};

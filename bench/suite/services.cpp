@@ -3,6 +3,7 @@
 #include "bench/generate/inputs.h"
 #include "bench/suite/sizes.h"
 #include "host/services/base64.h"
+#include "host/services/headlessjobs.h"
 #include "host/services/headlessjson.h"
 
 #include <algorithm>
@@ -25,7 +26,8 @@ BaseArray<Byte> CopyBytes(const std::string& text)
 
 void ParseText(benchmark::State& state, const std::string& text)
 {
-  HeadlessJson json;
+  HeadlessJobs jobs;
+  HeadlessJson json{&jobs};
   for (auto _ : state)
   {
     state.PauseTiming();

@@ -1,6 +1,7 @@
 #pragma once
 
-// The JSON service: reading into the framework's Data, writing from it. Stateless, for any thread.
+// The JSON service: reading into the framework's Data, writing from it. For any thread; the elements of long arrays are written by
+// several at once.
 
 #include "plugin/module/hostservices.h"
 
@@ -10,9 +11,15 @@ namespace q7z
 class HeadlessJson final : public HostJson
 {
 public:
+  /// @param jobs  not owned; null for the caller's thread alone.
+  explicit HeadlessJson(HostJobs* jobs = nullptr) noexcept : _jobs(jobs) {}
+
   Result<BaseArray<Data>> ParseFile(const Url& url) noexcept override;
   Result<BaseArray<Data>> ParseBytes(BaseArray<Byte> bytes) noexcept override;
   Result<String> Write(const DataDictionary& dictionary, Bool formatted) noexcept override;
+
+private:
+  HostJobs* _jobs;
 };
 
 /// The one value of a JSON text. text has byteCount bytes and kJsonPadding readable bytes behind them, all in block, which long
@@ -30,6 +37,7 @@ inline constexpr Int kJsonPadding = 64;
 inline constexpr size_t kDeepestJson = 1024;
 
 /// The JSON text of a value. Non-finite numbers are an error.
-Result<String> WriteJson(const Data& value, Bool formatted) noexcept;
+/// @param jobs  for long arrays; null for the caller's thread alone. The text is the same.
+Result<String> WriteJson(const Data& value, Bool formatted, HostJobs* jobs = nullptr) noexcept;
 
 }  // namespace q7z

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "framework/check.h"
 #include "host/services/filereading.h"
@@ -18,6 +19,10 @@ namespace
 {
 
 constexpr size_t kIndent = 2;
+// The elements of an array that is written by several threads, of a batch of it, and of the part of that which one thread writes.
+constexpr Int kLongArray = 2048;
+constexpr Int kBatch = 4096;
+constexpr Int kPart = 256;
 constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
 /// Text that grows in a block, so that what is ready needs no copy. Throws bad_alloc.
@@ -43,14 +48,24 @@ public:
     std::memset(MakeRoom(count), ' ', count);
     _used += count;
   }
+  size_t GetLength() const noexcept { return _used; }
+  std::string_view GetView() const noexcept
+  {
+    return _block ? std::string_view(_block.Get()->GetBytes(), _used) : std::string_view();
+  }
+  /// Room for byteCount bytes more, so that the text does not move while they come.
+  void Reserve(size_t byteCount)
+  {
+    if (_used + byteCount > GetCapacity())
+      Reallocate(_used + byteCount);
+  }
   /// The text so far. A block that is mostly empty is not kept.
   Result<String> Finish() const noexcept
   {
     if (!_block)
       return String();
-    const std::string_view text(_block.Get()->GetBytes(), _used);
     if (_used < GetCapacity() / 2)
-      return String::Create(text);
+      return String::Create(GetView());
     return String(_block.Get(), _block.Get()->GetBytes(), static_cast<Int>(_used));
   }
 
@@ -67,7 +82,12 @@ private:
   void Grow(size_t minimum)
   {
     const size_t grown = GetCapacity() * 2 + 256;
-    BlockOwner block(StringBlock::Create(static_cast<Int>(grown > minimum ? grown : minimum + minimum / 8)));
+    Reallocate(grown > minimum ? grown : minimum + minimum / 8);
+  }
+
+  void Reallocate(size_t capacity)
+  {
+    BlockOwner block(StringBlock::Create(static_cast<Int>(capacity)));
     if (!block)
       throw std::bad_alloc();
     if (_used)
@@ -115,7 +135,8 @@ size_t GetCharacterLength(std::string_view text) noexcept
 class JsonWriter
 {
 public:
-  explicit JsonWriter(Bool formatted) noexcept : _formatted(formatted) {}
+  /// @param jobs  null for the caller's thread alone.
+  JsonWriter(Bool formatted, HostJobs* jobs) noexcept : _formatted(formatted), _jobs(jobs) {}
 
   Result<void> WriteValue(const Data& value, size_t depth)
   {
@@ -153,17 +174,81 @@ private:
     if (depth > kDeepestJson)
       return MakeDepthError();
     _text.Append('[');
-    for (const Data& element : elements)
-    {
-      if (&element != elements.begin())
-        _text.Append(',');
-      BreakLine(depth);
-      RETURN_IF_ERROR(WriteValue(element, depth));
-    }
+    const Bool isLong = _jobs && elements.GetCount() >= kLongArray;
+    RETURN_IF_ERROR(isLong ? WriteLongArray(elements, depth) : WriteElements(elements, 0, elements.GetCount(), depth));
     if (!elements.IsEmpty())
       BreakLine(depth - 1);
     _text.Append(']');
     return {};
+  }
+
+  Result<void> WriteElements(const DataArrayView& elements, Int first, Int end, size_t depth)
+  {
+    for (Int i = first; i < end; ++i)
+    {
+      if (i > 0)
+        _text.Append(',');
+      BreakLine(depth);
+      RETURN_IF_ERROR(WriteValue(elements[i], depth));
+    }
+    return {};
+  }
+
+  /// Batch by batch, so that the parts need little memory beside the text. The first tells how long the text will be.
+  Result<void> WriteLongArray(const DataArrayView& elements, size_t depth)
+  {
+    const Int count = elements.GetCount();
+    const size_t start = _text.GetLength();
+    for (Int first = 0; first < count; first += kBatch)
+    {
+      const Int end = first + kBatch < count ? first + kBatch : count;
+      RETURN_IF_ERROR(WriteBatch(elements, first, end, depth));
+      const size_t written = _text.GetLength() - start;
+      if (first == 0)
+        _text.Reserve(written / kBatch * static_cast<size_t>(count - end) / 8 * 9);
+    }
+    return {};
+  }
+
+  /// Part of a long array, by several threads.
+  Result<void> WriteBatch(const DataArrayView& elements, Int first, Int end, size_t depth)
+  {
+    struct Part
+    {
+      JsonWriter writer;
+      Result<void> result;
+    };
+    std::vector<Part> parts;
+    for (Int i = first; i < end; i += kPart)
+      parts.push_back({JsonWriter(_formatted, nullptr), Result<void>()});
+    auto writePart = [&](Int index, Int) noexcept -> Result<void>
+    {
+      Part& part = parts[static_cast<size_t>(index)];
+      const Int partFirst = first + index * kPart;
+      const Int partEnd = partFirst + kPart < end ? partFirst + kPart : end;
+      part.result = part.writer.TryWriteElements(elements, partFirst, partEnd, depth);
+      return {};
+    };
+    RETURN_IF_ERROR(ParallelFor(*_jobs, static_cast<Int>(parts.size()), 1, writePart));
+    for (const Part& part : parts)
+    {
+      // In their order, so that the error does not depend on the threads.
+      RETURN_IF_ERROR(part.result);
+      _text.Append(part.writer._text.GetView());
+    }
+    return {};
+  }
+
+  Result<void> TryWriteElements(const DataArrayView& elements, Int first, Int end, size_t depth) noexcept
+  {
+    try
+    {
+      return WriteElements(elements, first, end, depth);
+    }
+    catch (...)
+    {
+      return Error::OutOfMemory();
+    }
   }
 
   Result<void> WriteDictionary(const DataDictionary& dictionary, size_t depth)
@@ -262,16 +347,17 @@ private:
   }
 
   Bool _formatted;
+  HostJobs* _jobs;  // not owned
   GrowingText _text;
 };
 
 }  // namespace
 
-Result<String> WriteJson(const Data& value, Bool formatted) noexcept
+Result<String> WriteJson(const Data& value, Bool formatted, HostJobs* jobs) noexcept
 {
   try
   {
-    JsonWriter writer(formatted);
+    JsonWriter writer(formatted, jobs);
     RETURN_IF_ERROR(writer.WriteValue(value, 0));
     return writer.Finish();
   }
@@ -283,7 +369,7 @@ Result<String> WriteJson(const Data& value, Bool formatted) noexcept
 
 Result<String> HeadlessJson::Write(const DataDictionary& dictionary, Bool formatted) noexcept
 {
-  return WriteJson(Data(dictionary), formatted);
+  return WriteJson(Data(dictionary), formatted, _jobs);
 }
 
 }  // namespace q7z

@@ -1,6 +1,7 @@
 // Memory that runs out: each request of a service fails once, and every time the answer says so, nothing throws,
 // and the next try succeeds.
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "host/services/base64.h"
@@ -17,6 +18,18 @@ namespace q7z::test
 
 namespace
 {
+
+/// Runs the ranges one after the other, so that each run asks for the same memory.
+class JobsInOrder final : public HostJobs
+{
+public:
+  Result<void> ParallelFor(Int count, Int grain, RangeFunction function, void* context) noexcept override
+  {
+    for (Int first = 0; first < count; first += grain)
+      RETURN_IF_ERROR(function(context, first, std::min(first + grain, count)));
+    return {};
+  }
+};
 
 TEST(OutOfMemory, IsAnError)
 {
@@ -58,6 +71,11 @@ TEST(OutOfMemory, IsAnError)
           return HeadlessJson().ParseBytes(std::move(copy));
         });
   sweep("JSON writing", [&] { return HeadlessJson().Write(dictionary, true); });
+  JobsInOrder jobs;
+  BaseArray<Data> elements;
+  ASSERT_FALSE(elements.Resize(9000).HasError());
+  const Data longArray = Data::CreateArray(std::move(elements)).GetValue();
+  sweep("JSON writing of a long array", [&] { return WriteJson(longArray, true, &jobs); });
   sweep("base64 decoding", [&] { return HeadlessBase64Decoder().Decode(base64); });
   sweep("base64 encoding", [&] { return HeadlessBase64Encoder().Encode(base64, bytes, byteCount); });
   sweep("hash of a text", [&] { return HeadlessHash().HashText(base64); });

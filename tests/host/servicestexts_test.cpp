@@ -2,10 +2,12 @@
 // written. And the base64 services: texts of every length, and each way to be broken.
 
 #include <cstring>
+#include <map>
 #include <vector>
 
 #include "host/services/base64.h"
 #include "host/services/filereading.h"
+#include "host/services/headlessjobs.h"
 #include "host/services/headlessjson.h"
 #include "tests/host/servicesupport.h"
 #include "tests/support/gltfbuilders.h"
@@ -232,6 +234,46 @@ TEST(JsonWriter, IndentsByTwo)
   ASSERT_FALSE(dictionary.Set(DataKey("b"), Data(MakeObject("c", Data("d"_s)))).HasError());
   EXPECT_EQ(Text(HeadlessJson().Write(dictionary, true).GetValue()),
             "{\n  \"a\": [\n    1,\n    [],\n    {}\n  ],\n  \"b\": {\n    \"c\": \"d\"\n  }\n}");
+}
+
+/// A long array of values of many lengths, with broken[i] in the place of its key.
+Data MakeLongArray(const std::map<Int, Data>& broken = {})
+{
+  constexpr Int kCount = 9001;
+  BaseArray<Data> elements;
+  for (Int i = 0; i < kCount; ++i)
+  {
+    const auto found = broken.find(i);
+    Data value = found != broken.end() ? found->second : Data(MakeObject("name", Data(MakeString(std::string(i % 97, 'x')))));
+    EXPECT_FALSE(elements.Append(std::move(value)).HasError());
+  }
+  return Data::CreateArray(std::move(elements)).GetValue();
+}
+
+TEST(JsonWriter, WritesLongArraysByAnyNumberOfThreads)
+{
+  Data deep = MakeArray({});
+  for (int depth = 0; depth < 1024; ++depth)
+    deep = MakeArray({deep});
+  const std::pair<Data, const char*> rows[] = {
+    {MakeObject("a", MakeArray({MakeLongArray(), MakeLongArray()})), nullptr},
+    {MakeLongArray({{8999, Data(kNan)}}), "JSON has no number that is not finite."},
+    {MakeLongArray({{4100, Data(kNan)}, {4999, deep}}), "JSON has no number that is not finite."},
+    {MakeLongArray({{4100, deep}, {4999, Data(kNan)}}), "The JSON value nests deeper than 1,024."},
+  };
+  HeadlessJobs one(1);
+  HeadlessJobs several(4);
+  for (const auto& [value, error] : rows)
+  {
+    for (const Bool formatted : {false, true})
+    {
+      const std::string alone = Text(WriteJson(value, formatted));
+      EXPECT_EQ(alone.size() > 500000, !error);
+      EXPECT_TRUE(!error || alone == error) << alone;
+      EXPECT_TRUE(Text(WriteJson(value, formatted, &one)) == alone);
+      EXPECT_TRUE(Text(WriteJson(value, formatted, &several)) == alone);
+    }
+  }
 }
 
 TEST(JsonWriter, WritesWhatCanBeReadAndNothingDeeper)
