@@ -32,25 +32,12 @@ const HostValue& GetSmallInt(Int slot) noexcept
   return smallInts.values[slot];
 }
 
-/// The slot of a small whole number, or -1.
-Int32 FindSlot(const HostValue& value) noexcept
+Bool IsSmallInt(const HostValue& value) noexcept
 {
   if (value.GetKind() != HostValueKind::kInt)
-    return -1;
+    return false;
   const Int number = value.GetInt();
-  const Bool isSmall = number >= kFirstSmallInt && number < kFirstSmallInt + kSmallIntCount;
-  return isSmall ? static_cast<Int32>(number - kFirstSmallInt) : -1;
-}
-
-/// The levels' ids alone: what stands in a container is told apart by them.
-HostDescId WithoutDataTypes(const HostDescId& id) noexcept
-{
-  switch (id.GetDepth())
-  {
-    case 1: return HostDescId(id[0].id);
-    case 2: return HostDescId(id[0].id, id[1].id);
-    default: return HostDescId({id[0].id, 0, 0}, {id[1].id, 0, 0}, {id[2].id, 0, 0});
-  }
+  return number >= kFirstSmallInt && number < kFirstSmallInt + kSmallIntCount;
 }
 
 /// What the container keeps of a value: texts of its own, links without their target. @return false without memory.
@@ -89,15 +76,25 @@ Bool HeadlessContainer::ReserveEntries(Int count) noexcept
   return _entries && !_entries->Reserve(count).HasError();
 }
 
-Int HeadlessContainer::FindPlace(const HostDescId& id) const noexcept
+HostDescId HeadlessContainer::EntryId::Get() const noexcept
+{
+  switch (_depth)
+  {
+    case 1: return HostDescId(_ids[0]);
+    case 2: return HostDescId(_ids[0], _ids[1]);
+    default: return HostDescId({_ids[0], 0, 0}, {_ids[1], 0, 0}, {_ids[2], 0, 0});
+  }
+}
+
+Int HeadlessContainer::FindPlace(const EntryId& id) const noexcept
 {
   if (!_entries)
     return 0;
-  const auto isBefore = [](const Entry& entry, const HostDescId& wanted) { return entry.id < wanted; };
+  const auto isBefore = [](const Entry& entry, const EntryId& wanted) { return entry.id < wanted; };
   return std::lower_bound(_entries->begin(), _entries->end(), id, isBefore) - _entries->begin();
 }
 
-HeadlessContainer::Entry* HeadlessContainer::FindEntry(const HostDescId& id) const noexcept
+HeadlessContainer::Entry* HeadlessContainer::FindEntry(const EntryId& id) const noexcept
 {
   const Int place = FindPlace(id);
   return place < GetEntryCount() && (*_entries)[place].id == id ? &(*_entries)[place] : nullptr;
@@ -105,9 +102,9 @@ HeadlessContainer::Entry* HeadlessContainer::FindEntry(const HostDescId& id) con
 
 const HostValue* HeadlessContainer::Find(const HostDescId& id) const noexcept
 {
-  if (HasSmallInt() && id.GetDepth() == 1 && id[0].id == _smallIntId)
-    return &GetSmallInt(_smallIntSlot);
-  const Entry* const entry = FindEntry(id);
+  if (const SmallInt* const smallInt = FindSmallInt(id))
+    return &GetSmallInt(smallInt->slot);
+  const Entry* const entry = FindEntry(EntryId(id));
   if (!entry || entry->container)
     return nullptr;
   if (entry->value.GetKind() == HostValueKind::kLink)
@@ -119,7 +116,7 @@ const HostValue* HeadlessContainer::Find(const HostDescId& id) const noexcept
   return &entry->value;
 }
 
-HeadlessContainer::Entry* HeadlessContainer::FindOrAddEntry(const HostDescId& id) noexcept
+HeadlessContainer::Entry* HeadlessContainer::FindOrAddEntry(const EntryId& id) noexcept
 {
   if (Entry* const found = FindEntry(id))
     return found;
@@ -130,21 +127,51 @@ HeadlessContainer::Entry* HeadlessContainer::FindOrAddEntry(const HostDescId& id
     return nullptr;
   const Int place = FindPlace(id);
   Entry entry;
-  entry.id = WithoutDataTypes(id);
+  entry.id = id;
   DropError(_entries->Append(std::move(entry)));  // there is room
   std::rotate(_entries->begin() + place, _entries->end() - 1, _entries->end());
   return &(*_entries)[place];
 }
 
+Int HeadlessContainer::GetSmallIntCount() const noexcept
+{
+  return std::count_if(_smallInts.begin(), _smallInts.end(), [](const SmallInt& smallInt) { return smallInt.IsThere(); });
+}
+
+const HeadlessContainer::SmallInt* HeadlessContainer::FindSmallInt(const HostDescId& id) const noexcept
+{
+  for (const SmallInt& smallInt : _smallInts)
+  {
+    if (smallInt.IsThere() && id == smallInt.GetId())
+      return &smallInt;
+  }
+  return nullptr;
+}
+
+/// @return false when the number has to become an entry.
 Bool HeadlessContainer::SetSmallInt(const HostDescId& id, const HostValue& value) noexcept
 {
-  const Int32 slot = FindSlot(value);
-  const Bool isOurs = HasSmallInt() && _smallIntId == id[0].id;
-  if (slot < 0 || id.GetDepth() != 1 || (HasSmallInt() && !isOurs) || (_entries && FindEntry(id)))
+  const Bool fits = id.GetDepth() == 1 && id[0].id >= 0 && id[0].id <= SmallInt::kLargestId && IsSmallInt(value);
+  if (!fits || FindEntry(EntryId(id)))
     return false;
-  _smallIntId = id[0].id;
-  _smallIntSlot = slot;
+  EraseSmallInt(id);
+  SmallInt& first = _smallInts.front();
+  SmallInt& last = _smallInts.back();
+  if (last.IsThere())
+    return false;
+  last = SmallInt(id[0].id, value.GetInt() - kFirstSmallInt);
+  if (!first.IsThere() || last.id < first.id)
+    std::swap(first, last);
   return true;
+}
+
+void HeadlessContainer::EraseSmallInt(const HostDescId& id) noexcept
+{
+  const SmallInt* const found = FindSmallInt(id);
+  if (found == &_smallInts.front())
+    _smallInts.front() = _smallInts.back();
+  if (found)
+    _smallInts.back() = SmallInt();
 }
 
 Bool HeadlessContainer::Set(const HostDescId& id, const HostValue& value) noexcept
@@ -162,57 +189,59 @@ Bool HeadlessContainer::Set(const HostDescId& id, const HostValue& value) noexce
   WeakLink link;
   if (!MakeKept(value, kept) || !MakeLink(value, link))
     return false;
-  Entry* const entry = FindOrAddEntry(id);
+  Entry* const entry = FindOrAddEntry(EntryId(id));
   if (!entry)
     return false;
   entry->value = std::move(kept);
   entry->link = std::move(link);
   entry->container.reset();
-  if (HasSmallInt() && id.GetDepth() == 1 && id[0].id == _smallIntId)
-    _smallIntSlot = -1;
+  EraseSmallInt(id);
   return true;
 }
 
 void HeadlessContainer::Erase(const HostDescId& id) noexcept
 {
-  if (HasSmallInt() && id.GetDepth() == 1 && id[0].id == _smallIntId)
-    _smallIntSlot = -1;
-  if (Entry* const entry = FindEntry(id))
+  EraseSmallInt(id);
+  if (Entry* const entry = FindEntry(EntryId(id)))
     _entries->Erase(entry - _entries->begin());
 }
 
 HeadlessContainer* HeadlessContainer::GetContainer(Int32 id, Bool create) noexcept
 {
-  Entry* const found = FindEntry(id);
+  const EntryId entryId{HostDescId(id)};
+  Entry* const found = FindEntry(entryId);
   if (found && found->container)
     return found->container.get();
   if (!create)
     return nullptr;
   std::unique_ptr<HeadlessContainer> container(new (std::nothrow) HeadlessContainer);
-  Entry* const entry = container ? FindOrAddEntry(id) : nullptr;
+  Entry* const entry = container ? FindOrAddEntry(entryId) : nullptr;
   if (!entry)
     return nullptr;
   entry->value = HostValue();
   entry->link.Clear();
   entry->container = std::move(container);
-  if (HasSmallInt() && _smallIntId == id)
-    _smallIntSlot = -1;
+  EraseSmallInt(id);
   return entry->container.get();
 }
 
 HeadlessContainer::EntryView HeadlessContainer::GetEntry(Int index) const noexcept
 {
-  if (HasSmallInt())
+  Int before = 0;  // small numbers in front of the wanted entry
+  for (const SmallInt& smallInt : _smallInts)
   {
-    const Int place = FindPlace(HostDescId(_smallIntId));
-    if (index == place)
-      return {HostDescId(_smallIntId), &GetSmallInt(_smallIntSlot), nullptr};
-    index -= index > place ? 1 : 0;
+    const Int place = FindPlace(EntryId(smallInt.GetId())) + before;
+    if (!smallInt.IsThere() || place > index)
+      break;
+    if (place == index)
+      return {smallInt.GetId(), &GetSmallInt(smallInt.slot), nullptr};
+    ++before;
   }
-  const Entry& entry = (*_entries)[index];
+  const Entry& entry = (*_entries)[index - before];
+  const HostDescId id = entry.id.Get();
   if (entry.container)
-    return {entry.id, nullptr, entry.container.get()};
-  return {entry.id, Find(entry.id), nullptr};
+    return {id, nullptr, entry.container.get()};
+  return {id, Find(id), nullptr};
 }
 
 Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
@@ -237,15 +266,14 @@ Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
     }
     DropError(_entries->Append(std::move(entry)));  // there is room
   }
-  _smallIntId = other._smallIntId;
-  _smallIntSlot = other._smallIntSlot;
+  _smallInts = other._smallInts;
   return true;
 }
 
 void HeadlessContainer::Clear() noexcept
 {
   _entries.reset();
-  _smallIntSlot = -1;
+  _smallInts = {};
 }
 
 }  // namespace q7z

@@ -4,9 +4,10 @@
 // settings container in one: HostContainer reaches the entries of single-level ids, parameters may have two or three levels.
 // Texts are copied on their way in; links are weak.
 //
-// One small whole number is kept in the container itself, so that a node with one such parameter costs no memory for it. Every key
-// of every curve has a container: an empty one is two words.
+// Two small whole numbers are kept in the container itself, so that a node with such parameters alone costs no memory for them.
+// Scenes hold containers by the hundred thousand: one without entries is two words.
 
+#include <array>
 #include <memory>
 
 #include "framework/basearray.h"
@@ -34,7 +35,7 @@ public:
   /// The container under id, made when create is set (in the place of a value). Null when there is none or without memory.
   HeadlessContainer* GetContainer(Int32 id, Bool create) noexcept;
 
-  Int GetCount() const noexcept { return GetEntryCount() + (HasSmallInt() ? 1 : 0); }
+  Int GetCount() const noexcept { return GetEntryCount() + GetSmallIntCount(); }
   Bool IsEmpty() const noexcept { return GetCount() == 0; }
   /// The index-th entry in the order of the ids. Exactly one of value and container is set. The levels of the id have ids alone.
   struct EntryView
@@ -64,25 +65,66 @@ public:
   }
 
 private:
+  /// The levels' ids alone, by which the entries are told apart; 0 behind the last.
+  class EntryId
+  {
+  public:
+    EntryId() noexcept = default;
+    explicit EntryId(const HostDescId& id) noexcept : _ids{id[0].id, id[1].id, id[2].id}, _depth(id.GetDepth()) {}
+    HostDescId Get() const noexcept;
+    friend Bool operator==(const EntryId&, const EntryId&) noexcept = default;
+    /// The order of HostDescId.
+    Bool operator<(const EntryId& other) const noexcept
+    {
+      for (Int32 i = 0; i < _depth && i < other._depth; ++i)
+      {
+        if (_ids[i] != other._ids[i])
+          return _ids[i] < other._ids[i];
+      }
+      return _depth < other._depth;
+    }
+
+  private:
+    Int32 _ids[3] = {};
+    Int32 _depth = 0;
+  };
+
   struct Entry
   {
-    HostDescId id;
+    EntryId id;
     mutable HostValue value;  // of a link: refreshed from link by Find
     WeakLink link;
     std::unique_ptr<HeadlessContainer> container;
   };
 
-  Bool HasSmallInt() const noexcept { return _smallIntSlot >= 0; }
+  /// A whole number of the shared table under an id that fits 24 bits.
+  struct SmallInt
+  {
+    static constexpr Int32 kLargestId = 0xffffff;
+    static constexpr UInt32 kNone = 0xff;
+    SmallInt() noexcept = default;
+    SmallInt(Int32 atId, Int atSlot) noexcept
+        : id(static_cast<UInt32>(atId) & kLargestId), slot(static_cast<UInt32>(atSlot) & 0xffu)
+    {}
+    HostDescId GetId() const noexcept { return HostDescId(static_cast<Int32>(id)); }
+    Bool IsThere() const noexcept { return slot != kNone; }
+    UInt32 id : 24 = 0;
+    UInt32 slot : 8 = kNone;
+  };
+
   Int GetEntryCount() const noexcept { return _entries ? _entries->GetCount() : 0; }
   Bool ReserveEntries(Int count) noexcept;
-  Int FindPlace(const HostDescId& id) const noexcept;
-  Entry* FindEntry(const HostDescId& id) const noexcept;
-  Entry* FindOrAddEntry(const HostDescId& id) noexcept;
+  Int FindPlace(const EntryId& id) const noexcept;
+  Entry* FindEntry(const EntryId& id) const noexcept;
+  Entry* FindOrAddEntry(const EntryId& id) noexcept;
+
+  Int GetSmallIntCount() const noexcept;
+  const SmallInt* FindSmallInt(const HostDescId& id) const noexcept;
   Bool SetSmallInt(const HostDescId& id, const HostValue& value) noexcept;
+  void EraseSmallInt(const HostDescId& id) noexcept;
 
   std::unique_ptr<BaseArray<Entry>> _entries;  // sorted by id; null until there is one
-  Int32 _smallIntId = 0;                       // single-level
-  Int32 _smallIntSlot = -1;                    // into the shared table of small numbers; -1 for none
+  std::array<SmallInt, 2> _smallInts;          // sorted by id, those without a number behind
 };
 
 }  // namespace q7z

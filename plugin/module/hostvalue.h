@@ -2,6 +2,9 @@
 
 // The values that cross the boundary by copy: parameter ids, parameter values, unit scales, file names.
 
+#include <new>
+#include <utility>
+
 #include "framework/hosttime.h"
 #include "framework/string.h"
 #include "framework/url.h"
@@ -87,27 +90,37 @@ enum class HostValueKind : Byte
 class HostValue
 {
 public:
-  HostValue() noexcept = default;
-  HostValue(Bool value) noexcept : _kind(HostValueKind::kBool), _int(value) {}
-  HostValue(Int32 value) noexcept : _kind(HostValueKind::kInt), _int(value) {}
-  HostValue(Int value) noexcept : _kind(HostValueKind::kInt), _int(value) {}
-  HostValue(Float value) noexcept : _kind(HostValueKind::kFloat), _vector{value, 0, 0, 0} {}
-  HostValue(String value) noexcept : _kind(HostValueKind::kString), _string(std::move(value)) {}
-  HostValue(const HostTime& value) noexcept : _kind(HostValueKind::kTime), _vector{value.numerator, value.denominator, 0, 0} {}
-  HostValue(const Vector& value) noexcept : _kind(HostValueKind::kVector), _vector{value.x, value.y, value.z, 0} {}
-  HostValue(const Vector4& value) noexcept : _kind(HostValueKind::kVector4), _vector(value) {}
+  HostValue() noexcept : _vector() {}
+  HostValue(Bool value) noexcept : _int(value), _kind(HostValueKind::kBool) {}
+  HostValue(Int32 value) noexcept : _int(value), _kind(HostValueKind::kInt) {}
+  HostValue(Int value) noexcept : _int(value), _kind(HostValueKind::kInt) {}
+  HostValue(Float value) noexcept : HostValue(HostValueKind::kFloat, {value, 0, 0, 0}) {}
+  HostValue(String value) noexcept : _string(std::move(value)), _kind(HostValueKind::kString) {}
+  HostValue(const HostTime& value) noexcept : HostValue(HostValueKind::kTime, {value.numerator, value.denominator, 0, 0}) {}
+  HostValue(const Vector& value) noexcept : HostValue(HostValueKind::kVector, {value.x, value.y, value.z, 0}) {}
+  HostValue(const Vector4& value) noexcept : HostValue(HostValueKind::kVector4, value) {}
   HostValue(const HostUnitScale& value) noexcept
-      : _kind(HostValueKind::kUnit), _int(value.unitCode), _vector{value.factor, 0, 0, 0}
+      : HostValue(HostValueKind::kUnit, {value.factor, static_cast<Float>(value.unitCode), 0, 0})
   {}
   /// A link; null is the empty link. Not owned; the host clears links to what is freed.
   static HostValue Link(HostNode* node) noexcept
   {
     HostValue value;
-    value._kind = HostValueKind::kLink;
     value._link = node;
+    value._kind = HostValueKind::kLink;
     return value;
   }
   HostValue(const void*) = delete;  // no pointer becomes a Bool
+
+  HostValue(const HostValue& other) noexcept { CopyContent(other); }
+  HostValue(HostValue&& other) noexcept { MoveContent(other); }
+  HostValue& operator=(HostValue other) noexcept
+  {
+    Release();
+    MoveContent(other);
+    return *this;
+  }
+  ~HostValue() { Release(); }
 
   HostValueKind GetKind() const noexcept { return _kind; }
   Bool IsNil() const noexcept { return _kind == HostValueKind::kNil; }
@@ -151,23 +164,70 @@ public:
   }
   HostUnitScale GetUnit(const HostUnitScale& defaultValue = HostUnitScale()) const noexcept
   {
-    return _kind == HostValueKind::kUnit ? HostUnitScale{_vector.x, static_cast<Int32>(_int)} : defaultValue;
+    return _kind == HostValueKind::kUnit ? HostUnitScale{_vector.x, static_cast<Int32>(_vector.y)} : defaultValue;
   }
   HostNode* GetLink() const noexcept { return _kind == HostValueKind::kLink ? _link : nullptr; }
 
   friend Bool operator==(const HostValue& a, const HostValue& b) noexcept
   {
-    return a._kind == b._kind && a._int == b._int && a._vector == b._vector && a._link == b._link && a._string == b._string;
+    if (a._kind != b._kind)
+      return false;
+    switch (a._kind)
+    {
+      case HostValueKind::kBool:
+      case HostValueKind::kInt: return a._int == b._int;
+      case HostValueKind::kString: return a._string == b._string;
+      case HostValueKind::kLink: return a._link == b._link;
+      default: return a._vector == b._vector;
+    }
   }
 
 private:
+  HostValue(HostValueKind kind, const Vector4& vector) noexcept : _vector(vector), _kind(kind) {}
+
   Bool IsInteger() const noexcept { return _kind == HostValueKind::kInt || _kind == HostValueKind::kBool; }
 
+  // Both fill a value that holds no text.
+  void CopyContent(const HostValue& other) noexcept
+  {
+    if (other._kind == HostValueKind::kString)
+      ::new (&_string) String(other._string);
+    else
+      CopyPlain(other);
+    _kind = other._kind;
+  }
+  void MoveContent(HostValue& other) noexcept
+  {
+    if (other._kind == HostValueKind::kString)
+      ::new (&_string) String(std::move(other._string));
+    else
+      CopyPlain(other);
+    _kind = other._kind;
+  }
+  void CopyPlain(const HostValue& other) noexcept
+  {
+    if (other.IsInteger())
+      _int = other._int;
+    else if (other._kind == HostValueKind::kLink)
+      _link = other._link;
+    else
+      _vector = other._vector;
+  }
+  void Release() noexcept
+  {
+    if (_kind == HostValueKind::kString)
+      _string.~String();
+  }
+
+  // Scenes hold values by the hundred thousand, so that the kinds share their memory.
+  union
+  {
+    Int _int;         // of kBool and kInt
+    Vector4 _vector;  // of all kinds that have no member of their own
+    HostNode* _link;
+    String _string;
+  };
   HostValueKind _kind = HostValueKind::kNil;
-  Int _int = 0;
-  Vector4 _vector;
-  HostNode* _link = nullptr;
-  String _string;
 };
 
 /// The name of a local file as the classic API wants it, with the background job that the host runs a load of it under.

@@ -59,14 +59,15 @@ TEST_F(SceneDocument, ParametersAreKeptByIdReplacedAndErased)
   const std::pair<HostDescId, HostValue> values[] = {
     {929, HostValue(Int32(1))}, {{10, 20}, HostValue(7.0)},    {HostDescId({10, 0, 0}, {20, 0, 0}, {30, 0, 0}), HostValue(8.0)},
     {10, HostValue(9.0)},       {11, HostValue::Link(object)}, {0, HostValue(HostTime{1, 30})},
-    {-3, HostValue("text"_s)},
+    {-3, HostValue("text"_s)},  {931, HostValue(Int32(-16))},  {930, HostValue(Int32(111))},
+    {-4, HostValue(Int32(5))},  {932, HostValue(Int32(112))},  {0x1000000, HostValue(Int32(6))},
   };
   for (const auto& [id, value] : values)
     EXPECT_TRUE(object->SetParameter(id, value));
   for (const auto& [id, value] : values)
     EXPECT_EQ(Parameter(object, id), value) << id[0].id;
   const HeadlessContainer& kept = ToHeadless(object)->GetParameters();
-  ASSERT_EQ(kept.GetCount(), 7);
+  ASSERT_EQ(kept.GetCount(), 12);
   for (Int i = 1; i < kept.GetCount(); ++i)
     EXPECT_TRUE(kept.GetEntry(i - 1).id < kept.GetEntry(i).id);
   HostValue untouched(1.5);
@@ -77,7 +78,9 @@ TEST_F(SceneDocument, ParametersAreKeptByIdReplacedAndErased)
   {
     ASSERT_TRUE(object->SetParameter(929, value));
     EXPECT_EQ(Parameter(object, 929), value);
-    EXPECT_EQ(kept.GetCount(), value.IsNil() ? 6 : 7);
+    EXPECT_EQ(kept.GetCount(), value.IsNil() ? 11 : 12);
+    EXPECT_EQ(Parameter(object, 930), HostValue(Int32(111)));
+    EXPECT_EQ(Parameter(object, 931), HostValue(Int32(-16)));
   }
   object->GetContainer()->Erase(10);
   EXPECT_EQ(object->GetContainer()->Find(10), nullptr);
