@@ -40,7 +40,7 @@ public:
     if (!_isRead)
       return;
     TurnBetweenKeys(_rotationCurves, time, _object->GetRotationOrder(), _vectors.rotation);
-    _object->SetVectors(_vectors);
+    _object->SetVectors(_vectors);  // without memory it moves all the same
   }
 
 private:

@@ -44,6 +44,7 @@ HeadlessObject::~HeadlessObject()
 void HeadlessObject::SetLocalMatrix(const HostMatrix& matrix) noexcept
 {
   _matrix = matrix;
+  _vectors.reset();
   _vectorsFollow = true;
 }
 
@@ -62,42 +63,57 @@ void HeadlessObject::SetGlobalMatrix(const HostMatrix& matrix) noexcept
 
 TransformVectors HeadlessObject::GetVectors() const noexcept
 {
-  return _vectorsFollow ? DecomposeLocalMatrix(_base.get(), _matrix, _rotationOrder) : _vectors;
+  if (_vectorsFollow)
+    return DecomposeLocalMatrix(_base.get(), _matrix, _rotationOrder);
+  return _vectors ? *_vectors : TransformVectors();
 }
 
-void HeadlessObject::SetVectors(const TransformVectors& vectors) noexcept
+Bool HeadlessObject::SetVectors(const TransformVectors& vectors) noexcept
 {
-  SetVectorsAndMatrix(vectors, ComposeLocalMatrix(_base.get(), vectors, _rotationOrder));
+  return SetVectorsAndMatrix(vectors, ComposeLocalMatrix(_base.get(), vectors, _rotationOrder));
 }
 
-void HeadlessObject::SetVectorsAndMatrix(const TransformVectors& vectors, const HostMatrix& matrix) noexcept
+Bool HeadlessObject::SetVectorsAndMatrix(const TransformVectors& vectors, const HostMatrix& matrix) noexcept
 {
-  _vectors = vectors;
+  const Bool keepsVectors = MakeVectors();
+  if (keepsVectors)
+    *_vectors = vectors;
   _matrix = matrix;
-  _vectorsFollow = false;
+  _vectorsFollow = !keepsVectors;
+  return keepsVectors;
+}
+
+/// Room for vectors beside the matrix, which most objects do without. @return false without memory.
+Bool HeadlessObject::MakeVectors() noexcept
+{
+  if (!_vectors)
+    _vectors.reset(new (std::nothrow) TransformVectors);
+  return _vectors != nullptr;
 }
 
 Bool HeadlessObject::SetBase(const BaseTransform& base) noexcept
 {
+  if (base == GetBase())
+    return true;
   const TransformVectors vectors = GetVectors();
   std::unique_ptr<BaseTransform> kept;
   if (!(base == BaseTransform()))
     kept.reset(new (std::nothrow) BaseTransform(base));
-  if (!kept && !(base == BaseTransform()))
+  if ((!kept && !(base == BaseTransform())) || !MakeVectors())
     return false;
   _base = std::move(kept);
-  SetVectorsAndMatrix(vectors, _matrix);
-  return true;
+  return SetVectorsAndMatrix(vectors, _matrix);
 }
 
 Bool HeadlessObject::CopyPlaceFrom(const HeadlessObject& other) noexcept
 {
   std::unique_ptr<BaseTransform> base(other._base ? new (std::nothrow) BaseTransform(*other._base) : nullptr);
-  if (other._base && !base)
+  std::unique_ptr<TransformVectors> vectors(other._vectors ? new (std::nothrow) TransformVectors(*other._vectors) : nullptr);
+  if ((other._base && !base) || (other._vectors && !vectors))
     return false;
   _base = std::move(base);
+  _vectors = std::move(vectors);
   _matrix = other._matrix;
-  _vectors = other._vectors;
   _vectorsFollow = other._vectorsFollow;
   _rotationOrder = other._rotationOrder;
   _editorMode = other._editorMode;
@@ -105,11 +121,16 @@ Bool HeadlessObject::CopyPlaceFrom(const HeadlessObject& other) noexcept
   return true;
 }
 
-void HeadlessObject::SetRotationOrder(RotationOrder order) noexcept
+Bool HeadlessObject::SetRotationOrder(RotationOrder order) noexcept
 {
+  const RotationOrder known = order >= 0 && order <= kDefaultRotationOrder ? order : kDefaultRotationOrder;
+  if (known == _rotationOrder)
+    return true;
   const TransformVectors vectors = GetVectors();
-  _rotationOrder = static_cast<Byte>(order >= 0 && order <= kDefaultRotationOrder ? order : kDefaultRotationOrder);
-  SetVectorsAndMatrix(vectors, _matrix);
+  if (!MakeVectors())
+    return false;
+  _rotationOrder = static_cast<Byte>(known);
+  return SetVectorsAndMatrix(vectors, _matrix);
 }
 
 namespace
@@ -149,6 +170,8 @@ HeadlessNode::ParameterAnswer HeadlessObject::SetOwnParameter(const HostDescId& 
     return ParameterAnswer::kNotMine;
   const Bool isWhole = id.GetDepth() == 1;
   if (isWhole ? value.GetKind() != HostValueKind::kVector : !IsNumber(value))
+    return ParameterAnswer::kRefused;
+  if (!MakeVectors())
     return ParameterAnswer::kRefused;
   TransformVectors vectors = GetVectors();
   Vector& vector = GetTransformVector(vectors, index);

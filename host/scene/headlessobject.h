@@ -71,16 +71,16 @@ public:
   HostMatrix GetGlobalMatrix() const noexcept;
   void SetGlobalMatrix(const HostMatrix& matrix) noexcept;
   TransformVectors GetVectors() const noexcept;
-  /// Builds the matrix anew.
-  void SetVectors(const TransformVectors& vectors) noexcept;
-  /// Keeps both as given, whether they fit together or not.
-  void SetVectorsAndMatrix(const TransformVectors& vectors, const HostMatrix& matrix) noexcept;
+  /// Builds the matrix anew. @return false without memory: the matrix is the new one, and the vectors follow from it.
+  Bool SetVectors(const TransformVectors& vectors) noexcept;
+  /// Keeps both as given, whether they fit together or not. @return as SetVectors.
+  Bool SetVectorsAndMatrix(const TransformVectors& vectors, const HostMatrix& matrix) noexcept;
   BaseTransform GetBase() const noexcept { return _base ? *_base : BaseTransform(); }
-  /// Vectors and local matrix stay. @return false without memory.
+  /// Vectors and local matrix stay. @return false without memory: nothing has changed then.
   Bool SetBase(const BaseTransform& base) noexcept;
   RotationOrder GetRotationOrder() const noexcept { return _rotationOrder; }
-  /// The angles and the matrix stay; an order outside 0 to 6 counts as 6.
-  void SetRotationOrder(RotationOrder order) noexcept;
+  /// The angles and the matrix stay; an order outside 0 to 6 counts as 6. @return false without memory: nothing has changed then.
+  Bool SetRotationOrder(RotationOrder order) noexcept;
   /// Transform and visibility of another. @return false without memory.
   Bool CopyPlaceFrom(const HeadlessObject& other) noexcept;
 
@@ -129,6 +129,7 @@ private:
     kKept,      ///< alive with _document, outside its hierarchy
   };
 
+  Bool MakeVectors() noexcept;
   const HeadlessObject* GetRoot() const noexcept;
   Bool IsUnderOrSame(const HeadlessObject* ancestor) const noexcept;
   Bool LeaveFor(const HeadlessObject* newParent) noexcept;
@@ -146,7 +147,7 @@ private:
   HeadlessTag* _firstTag = nullptr;
   HeadlessTag* _lastTag = nullptr;
   HostMatrix _matrix;
-  TransformVectors _vectors;  // not used while _vectorsFollow
+  std::unique_ptr<TransformVectors> _vectors;  // not used while _vectorsFollow; null for those of a new object
   std::unique_ptr<BaseTransform> _base;
   WeakLink _layer;
   WeakLink _reference;

@@ -64,13 +64,13 @@ Result<void> SceneReader::ReadTransform(const JsonNode& node, HeadlessObject& ob
   RETURN_IF_ERROR(ReadMember(node, "rotation", vectors.rotation));
   RETURN_IF_ERROR(ReadMember(node, "scale", vectors.scale));
   RETURN_IF_ERROR(ReadMember(node, "matrix", matrix));
-  object.SetRotationOrder(rotationOrder);
+  CHECK_MEMORY(object.SetRotationOrder(rotationOrder));
   CHECK_MEMORY(object.SetBase(base));
   const Bool hasVectors = node.Find("position") || node.Find("rotation") || node.Find("scale");
   if (!node.Find("matrix"))
-    object.SetVectors(vectors);
+    CHECK_MEMORY(object.SetVectors(vectors));
   else if (hasVectors)
-    object.SetVectorsAndMatrix(vectors, matrix);
+    CHECK_MEMORY(object.SetVectorsAndMatrix(vectors, matrix));
   else
     object.SetLocalMatrix(matrix);  // alone it gives the vectors
   return {};
