@@ -105,7 +105,20 @@ Result<void> GLTFExporter::WriteScene() noexcept
     RETURN_IF_ERROR(WriteSkins());
   if (_options.IsGlb() && _glbBuffer.GetBytes().IsPopulated())
     RETURN_IF_ERROR(AddBuffer(_glbBuffer));
+  FreeScene();
   return AssembleDocument();
+}
+
+/// The elements stand for themselves by now, and their text can have the memory.
+void GLTFExporter::FreeScene() noexcept
+{
+  _objectNodes.Reset();
+  _meshIndices.Reset();
+  _pointHashes.Reset();
+  _sourceCopies.Reset();
+  _sourceMatrices.Reset();
+  _preprocessor.SetDocument(nullptr);
+  _doc.reset();
 }
 
 Result<void> GLTFExporter::WalkObjects(Int32 objectCount) noexcept

@@ -59,6 +59,7 @@ private:
   Result<DataDictionary> MakeAsset() const noexcept;
   Result<void> WalkObjects(Int32 objectCount) noexcept;
   Result<void> JoinHierarchy() noexcept;
+  void FreeScene() noexcept;
   Result<void> AssembleDocument() noexcept;
   Result<void> SetArray(const DataKey& key, BaseArray<Data> elements) noexcept;
   Result<void> SetAnimations() noexcept;
