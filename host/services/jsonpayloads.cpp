@@ -92,6 +92,14 @@ JsonPayloads::JsonPayloads(std::string_view text) : _text(text)
   }
 }
 
+size_t JsonPayloads::GetByteCount() const noexcept
+{
+  size_t byteCount = 0;
+  for (const Payload& payload : _payloads)
+    byteCount += payload.string.size() - payload.prefixLength;
+  return byteCount;
+}
+
 std::string JsonPayloads::MakeShortenedText(size_t spareByteCount) const
 {
   size_t byteCount = _text.size() + spareByteCount;

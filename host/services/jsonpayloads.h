@@ -18,8 +18,8 @@ public:
   /// Looks for payloads in text, which must outlive this object and be well-formed where it is UTF-8 at all. Throws bad_alloc.
   explicit JsonPayloads(std::string_view text);
 
-  /// Whether there are any; if not, text is parsed as it is.
-  Bool IsPopulated() const noexcept { return !_payloads.empty(); }
+  /// The length of them all. What is a small part of the text may as well be parsed with it.
+  size_t GetByteCount() const noexcept;
   /// The text with a short mark in the place of each payload, with room for spare bytes behind it. Throws bad_alloc.
   std::string MakeShortenedText(size_t spareByteCount) const;
 

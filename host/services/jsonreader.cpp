@@ -26,6 +26,8 @@ namespace dom = simdjson::dom;
 // happens while nothing is at stake.
 [[maybe_unused]] const std::string& g_parserName = simdjson::get_active_implementation()->name();
 
+// Payloads pay for a text without them where they make up more than one in so many of its bytes.
+constexpr size_t kPayloadShare = 4;
 // Longer texts are not packed.
 constexpr Int kLongestPacked = Int(4) << 10;
 constexpr Int kLargestPoolBlock = Int(64) << 10;
@@ -313,7 +315,7 @@ Result<Data> ParseJson(StringBlock* block, const Char* text, Int byteCount) noex
     if (whole.starts_with("\xEF\xBB\xBF"))
       return MakeParseError("it begins with a byte order mark");
     JsonPayloads payloads(whole);
-    if (!payloads.IsPopulated())
+    if (payloads.GetByteCount() <= whole.size() / kPayloadShare)
       return ParseText(whole, block, nullptr);
     std::string shortened = payloads.MakeShortenedText(static_cast<size_t>(kJsonPadding));
     const size_t length = shortened.size();

@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -23,6 +24,8 @@ constexpr size_t kIndent = 2;
 constexpr Int kLongArray = 2048;
 constexpr Int kBatch = 4096;
 constexpr Int kPart = 256;
+// The batches that are taken to be like the first.
+constexpr size_t kMostForeseen = 16;
 constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
 /// Text that grows in a block, so that what is ready needs no copy. Throws bad_alloc.
@@ -204,8 +207,9 @@ private:
       const Int end = first + kBatch < count ? first + kBatch : count;
       RETURN_IF_ERROR(WriteBatch(elements, first, end, depth));
       const size_t written = _text.GetLength() - start;
+      const size_t batches = static_cast<size_t>((count - end) / kBatch + 1);
       if (first == 0)
-        _text.Reserve(written / kBatch * static_cast<size_t>(count - end) / 8 * 9);
+        _text.Reserve(written * std::min(batches, kMostForeseen));
     }
     return {};
   }

@@ -91,6 +91,7 @@ const std::pair<std::string, std::string> kValues[] = {
   {"[\"x\\u003bbase64,#0\",\"data:;base64," + Payload('A') + "\"]", "['x;base64,#0' 'data:;base64," + Payload('A') + "']"},
   {"[\"" + kPrefix + "#99999999999999999999999\",\"" + kPrefix + Payload('A') + "\"]",
    "['" + kPrefix + "#99999999999999999999999' '" + kPrefix + Payload('A') + "']"},
+  {"[\"" + kPrefix + Payload('A') + "\"" + std::string(40000, ' ') + "]", "['" + kPrefix + Payload('A') + "']"},
   {"[\"data:a;base64,;base64," + Payload('A') + "\"]", "['data:a;base64,;base64," + Payload('A') + "']"},
 };
 
