@@ -51,6 +51,7 @@ public:
     std::memset(MakeRoom(count), ' ', count);
     _used += count;
   }
+  void Clear() noexcept { _used = 0; }
   size_t GetLength() const noexcept { return _used; }
   std::string_view GetView() const noexcept
   {
@@ -202,56 +203,51 @@ private:
   {
     const Int count = elements.GetCount();
     const size_t start = _text.GetLength();
+    std::vector<JsonWriter> parts;
+    for (Int i = 0; i < std::min(kBatch, count); i += kPart)
+      parts.emplace_back(_formatted, nullptr);
     for (Int first = 0; first < count; first += kBatch)
     {
-      const Int end = first + kBatch < count ? first + kBatch : count;
-      RETURN_IF_ERROR(WriteBatch(elements, first, end, depth));
-      const size_t written = _text.GetLength() - start;
+      const Int end = std::min(first + kBatch, count);
+      RETURN_IF_ERROR(WriteBatch(parts, elements, first, end, depth));
       const size_t batches = static_cast<size_t>((count - end) / kBatch + 1);
       if (first == 0)
-        _text.Reserve(written * std::min(batches, kMostForeseen));
+        _text.Reserve((_text.GetLength() - start) * std::min(batches, kMostForeseen));
     }
     return {};
   }
 
   /// Part of a long array, by several threads.
-  Result<void> WriteBatch(const DataArrayView& elements, Int first, Int end, size_t depth)
+  Result<void> WriteBatch(std::vector<JsonWriter>& parts, const DataArrayView& elements, Int first, Int end, size_t depth)
   {
-    struct Part
-    {
-      JsonWriter writer;
-      Result<void> result;
-    };
-    std::vector<Part> parts;
-    for (Int i = first; i < end; i += kPart)
-      parts.push_back({JsonWriter(_formatted, nullptr), Result<void>()});
     auto writePart = [&](Int index, Int) noexcept -> Result<void>
     {
-      Part& part = parts[static_cast<size_t>(index)];
       const Int partFirst = first + index * kPart;
-      const Int partEnd = partFirst + kPart < end ? partFirst + kPart : end;
-      part.result = part.writer.TryWriteElements(elements, partFirst, partEnd, depth);
+      parts[static_cast<size_t>(index)].WritePart(elements, partFirst, std::min(partFirst + kPart, end), depth);
       return {};
     };
-    RETURN_IF_ERROR(ParallelFor(*_jobs, static_cast<Int>(parts.size()), 1, writePart));
-    for (const Part& part : parts)
+    const Int partCount = (end - first + kPart - 1) / kPart;
+    RETURN_IF_ERROR(ParallelFor(*_jobs, partCount, 1, writePart));
+    for (Int i = 0; i < partCount; ++i)
     {
-      // In their order, so that the error does not depend on the threads.
-      RETURN_IF_ERROR(part.result);
-      _text.Append(part.writer._text.GetView());
+      const JsonWriter& part = parts[static_cast<size_t>(i)];
+      RETURN_IF_ERROR(part._partResult);  // the first of the array, whatever the threads
+      _text.Append(part._text.GetView());
     }
     return {};
   }
 
-  Result<void> TryWriteElements(const DataArrayView& elements, Int first, Int end, size_t depth) noexcept
+  /// Some elements alone, in the place of what was written before.
+  void WritePart(const DataArrayView& elements, Int first, Int end, size_t depth) noexcept
   {
     try
     {
-      return WriteElements(elements, first, end, depth);
+      _text.Clear();
+      _partResult = WriteElements(elements, first, end, depth);
     }
     catch (...)
     {
-      return Error::OutOfMemory();
+      _partResult = Error::OutOfMemory();
     }
   }
 
@@ -353,6 +349,7 @@ private:
   Bool _formatted;
   HostJobs* _jobs;  // not owned
   GrowingText _text;
+  Result<void> _partResult;
 };
 
 }  // namespace
