@@ -1,5 +1,7 @@
 #include "host/modeling/removeunusedpoints.h"
 
+#include <cstring>
+
 #include "host/modeling/renumbermesh.h"
 
 namespace q7z
@@ -14,8 +16,8 @@ Bool RemoveUnusedPoints(HeadlessPolygonObject& object) noexcept
   Byte* const marks = markArray.GetW();
   const HostPolygon* const polygons = object.GetPolygons().GetR();
   for (Int32 i = 0; i < object.GetPolygonCount(); ++i)
-    MarkPoints(polygons[i], count, 1, marks);
-  if (std::all_of(marks, marks + count, [](Byte mark) noexcept { return mark != 0; }))
+    VisitPoints(polygons[i], count, [marks](Int32 point) noexcept { marks[point] = 1; });
+  if (count < 1 || !std::memchr(marks, 0, static_cast<size_t>(count)))
     return true;
   ElementMap map;
   return map.Build(count, [=](Int32 point) noexcept { return marks[point]; }) &&

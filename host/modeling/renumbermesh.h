@@ -21,14 +21,19 @@ Bool RenumberMesh(HeadlessPolygonObject& object, const ElementMap& points, const
 /// Lets each morph that links to an object with as many points as this one keep those points itself. They stay shared.
 void OwnLinkedMorphs(HeadlessPolygonObject& object) noexcept;
 
-/// Sets bit in the marks of the points that a polygon uses; indices outside the object are passed over.
-inline void MarkPoints(const HostPolygon& polygon, Int32 pointCount, Byte bit, Byte* marks) noexcept
+/// Calls visit(point) for the points that a polygon uses; indices outside the object are passed over.
+template <typename Visit>
+void VisitPoints(const HostPolygon& polygon, Int32 pointCount, Visit&& visit) noexcept
 {
-  for (const Int32 point : {polygon.a, polygon.b, polygon.c, polygon.d})
+  const auto visitInside = [&visit, limit = static_cast<UInt32>(pointCount)](Int32 point)
   {
-    if (point >= 0 && point < pointCount)
-      marks[point] = static_cast<Byte>(marks[point] | bit);
-  }
+    if (static_cast<UInt32>(point) < limit)
+      visit(point);
+  };
+  visitInside(polygon.a);
+  visitInside(polygon.b);
+  visitInside(polygon.c);
+  visitInside(polygon.d);
 }
 
 }  // namespace q7z

@@ -53,7 +53,10 @@ private:
       return true;  // no points: the maps are those of none
     const HostPolygon* const polygons = object.GetPolygons().GetR();
     for (Int32 i = 0; i < object.GetPolygonCount(); ++i)
-      MarkPoints(polygons[i], count, partPolygons.Find(i) >= 0 ? kUsedByPart : kUsedByRest, marks);
+    {
+      const Byte user = partPolygons.Find(i) >= 0 ? kUsedByPart : kUsedByRest;
+      VisitPoints(polygons[i], count, [=](Int32 point) noexcept { marks[point] = static_cast<Byte>(marks[point] | user); });
+    }
     return partPoints.Build(count, [=](Int32 point) noexcept { return (marks[point] & kUsedByPart) != 0; }) &&
            restPoints.Build(count, [=](Int32 point) noexcept { return marks[point] != kUsedByPart; });
   }

@@ -21,7 +21,7 @@ constexpr UInt32 kUvBytes = 8;
 constexpr UInt32 kColorBytes = 16;
 
 // Vertices that are bounded while they are still in the cache.
-constexpr Int kBlockVertices = 1024;
+constexpr Int kBlockVertices = 256;
 
 template <typename T>
 void WriteNumbers(Byte*& target, const T& numbers) noexcept
