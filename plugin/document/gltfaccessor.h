@@ -95,11 +95,14 @@ public:
   /// Counts and bounds elements that stand in a buffer already, stride bytes apart. Components that are not finite do not count
   /// towards the bounds.
   Result<void> TrackElements(const Byte* first, Int count, Int stride) noexcept;
+  /// The same for count unsigned integers, one an element, whose bounds are known.
+  Result<void> TrackIntegers(Int min, Int max, Int count) noexcept;
   /// The bounds as they are written: 0 for a component without a finite value.
   Result<Data> MakeMin() const noexcept { return MakeBound(_min); }
   Result<Data> MakeMax() const noexcept { return MakeBound(_max); }
 
 private:
+  Result<void> MakeBounds() noexcept;
   Result<Data> MakeBound(const BaseArray<Data>& bound) const noexcept;
   Result<void> ReadElementBytes(Int idx, Byte* bytes) const noexcept;
   template <typename T, int count>

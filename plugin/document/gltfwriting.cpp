@@ -230,13 +230,28 @@ Result<void> GltfAccessor::AppendElements(GltfBuffer& buffer, GltfBufferView& vi
   return TrackElements(room, count, _elementByteCount);
 }
 
+Result<void> GltfAccessor::MakeBounds() noexcept
+{
+  RETURN_IF_ERROR(_min.Resize(GetComponentCount()));
+  return _max.Resize(GetComponentCount());
+}
+
+Result<void> GltfAccessor::TrackIntegers(Int min, Int max, Int count) noexcept
+{
+  RETURN_IF_ERROR(MakeBounds());
+  _count += count;
+  if (count < 1)
+    return {};
+  const auto toData = [isShort = _componentType == kUnsignedShort](Int value)
+  { return isShort ? ToData(static_cast<UInt16>(value)) : ToData(static_cast<UInt32>(value)); };
+  MergeBound(_min[0], toData(min), true);
+  MergeBound(_max[0], toData(max), false);
+  return {};
+}
+
 Result<void> GltfAccessor::TrackElements(const Byte* first, Int count, Int stride) noexcept
 {
-  if (_min.IsEmpty())
-  {
-    RETURN_IF_ERROR(_min.Resize(GetComponentCount()));
-    RETURN_IF_ERROR(_max.Resize(GetComponentCount()));
-  }
+  RETURN_IF_ERROR(MakeBounds());
   _count += count;
   switch (_componentType)
   {

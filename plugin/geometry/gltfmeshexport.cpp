@@ -47,17 +47,19 @@ Result<void> CollectMeshData(MeshData& record, GltfBuffer& buffer, HostPolygonOb
   CHECK_STATE(doc);
   CHECK_STATE(positions);
   record.name = op->GetName();
-  VertexData vertexData;
   MarkAttributes(record, op, settings);
-  RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount(), record.polygonColors.isUsed));
   IndexRoom indices;
   if (!isTarget)
   {
     ASSIGN_OR_RETURN(indices, AppendIndexRoom(record, buffer, op, settings.flipZ));
   }
+  GltfBuffer ownVertices;
+  GltfBuffer& vertices = isTarget || !HasWideIndices(op->GetPointCount()) ? ownVertices : buffer;
+  VertexData vertexData;
+  RETURN_IF_ERROR(vertexData.Init(positions, op->GetPointCount(), LayOutVertex(record), vertices));
   RETURN_IF_ERROR(SplitVertices(record, indices, op, vertexData, settings.exportMorphs, isTarget));
-  RETURN_IF_ERROR(WriteVertices(record, buffer, vertexData, init_positions, settings, isTarget));
-  record.vertexPoints = vertexData.TakeHostPoints();
+  RETURN_IF_ERROR(WriteVertices(record, buffer, vertices, vertexData, init_positions, settings, isTarget));
+  record.copyPoints = vertexData.TakePointsOfCopies();
   // Nothing would ever refer to the joints and colours of a target.
   if (isTarget)
     return {};

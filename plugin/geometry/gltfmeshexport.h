@@ -24,7 +24,7 @@ struct MeshData
   MeshData() noexcept;
 
   String name;
-  BaseArray<Int32> vertexPoints;  ///< for each vertex the host point that it came from; the first ones are the points themselves
+  BaseArray<Int32> copyPoints;  ///< the first vertices are the host points; for each one behind them the point that it came from
 
   MeshAccessor indices;
   MeshAccessor positions;

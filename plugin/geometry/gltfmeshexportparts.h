@@ -10,31 +10,32 @@
 namespace q7z
 {
 
-/// Room for the vertices of a mesh's corners at the end of a buffer, 32 bits each. They go straight there: a list of them would be
-/// as large again, and fresh memory is dear.
+/// Room for the vertices of a mesh's corners in a buffer, 32 bits each. They go straight there: a list of them would be as large
+/// again, and fresh memory is dear.
 class IndexRoom
 {
 public:
   /// Without room: what is put there is lost.
   IndexRoom() noexcept = default;
-  /// @param first  room for count of them.
+  /// @param offset  of room for count of them, more than none.
   /// @param isReversed  lists them from the last to the first: that turns the winding of every triangle.
-  IndexRoom(Byte* first, Int count, Bool isReversed) noexcept
-      : _next(isReversed ? first + (count - 1) * kStep : first), _step(isReversed ? -kStep : kStep)
+  IndexRoom(GltfBuffer& buffer, Int offset, Int count, Bool isReversed) noexcept
+      : _buffer(&buffer), _next(isReversed ? offset + (count - 1) * kStep : offset), _step(isReversed ? -kStep : kStep)
   {}
 
   void Put(Int32 vertex) noexcept
   {
-    if (!_next)
+    if (!_buffer)
       return;
-    std::memcpy(_next, &vertex, sizeof(vertex));
+    std::memcpy(_buffer->GetRoom(_next), &vertex, sizeof(vertex));
     _next += _step;
   }
 
 private:
   static constexpr Int kStep = sizeof(Int32);
 
-  Byte* _next = nullptr;
+  GltfBuffer* _buffer = nullptr;  // not owned; its memory moves when it grows
+  Int _next = 0;                  // offset
   Int _step = 0;
 };
 
@@ -45,17 +46,25 @@ private:
 Result<void> SplitVertices(const MeshData& record, IndexRoom& indices, HostPolygonObject* op, VertexData& vertexData,
                            Bool skipLookup, Bool isTarget) noexcept;
 
+/// The place of each attribute in use: position, normal, UV, polygon colour.
+VertexLayout LayOutVertex(const MeshData& record) noexcept;
+
 /// Appends room for the indices of op, and makes some for its vertices behind. What is put there is still to be finished.
 Result<IndexRoom> AppendIndexRoom(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op, Bool isReversed) noexcept;
 
-/// Finishes the indices and appends the interleaved vertices; of a target the distances to the mesh's written positions alone.
-Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data, BaseArray<Vector>& init_positions,
-                           const ExportOptions& settings, Bool isTarget) noexcept;
+/// Whether the indices of so many vertices, or of more, stay as wide as in their room, so that vertices can be put behind it before
+/// they are finished.
+Bool HasWideIndices(Int vertexCount) noexcept;
 
-/// Appends the joints and weights of a weight tag that has joints. The record's vertexPoints are there.
+/// Finishes the indices and the interleaved vertices; of a target appends the distances to the mesh's written positions alone.
+/// @param vertices  where vertex_data keeps them: buffer itself, behind the indices, or another.
+Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const GltfBuffer& vertices, VertexData& vertex_data,
+                           BaseArray<Vector>& init_positions, const ExportOptions& settings, Bool isTarget) noexcept;
+
+/// Appends the joints and weights of a weight tag that has joints. The record's copyPoints are there.
 Result<void> WriteSkinWeights(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op, HostDocument* doc) noexcept;
 
-/// Appends the colours of a tag that keeps them per point. The record's vertexPoints are there.
+/// Appends the colours of a tag that keeps them per point. The record's copyPoints are there.
 Result<void> WriteVertexColors(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op) noexcept;
 
 }  // namespace q7z

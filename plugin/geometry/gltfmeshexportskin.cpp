@@ -119,10 +119,10 @@ void CollectBlock(const HostWeightTag* tag, const BaseArray<Int32>& tagJoints, I
 
 /// Gives the vertices behind the host points the values of their points.
 template <typename T>
-void SpreadToCopies(const BaseArray<Int32>& vertexPoints, Int pointCount, BaseArray<T>& values) noexcept
+void SpreadToCopies(const BaseArray<Int32>& copyPoints, Int pointCount, BaseArray<T>& values) noexcept
 {
-  for (Int i = pointCount; i < values.GetCount(); ++i)
-    values[i] = values[vertexPoints[i]];
+  for (Int i = 0; i < copyPoints.GetCount(); ++i)
+    values[pointCount + i] = values[copyPoints[i]];
 }
 
 Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonObject* op, const HostWeightTag* tag,
@@ -131,15 +131,16 @@ Result<void> CollectJointsAndWeights(const MeshData& record, const HostPolygonOb
 {
   CHECK_STATE(!joints.IsPopulated());
   CHECK_STATE(!weights.IsPopulated());
-  RETURN_IF_ERROR(joints.Resize(record.vertexPoints.GetCount()));
-  RETURN_IF_ERROR(weights.Resize(record.vertexPoints.GetCount()));
+  const Int pointCount = op->GetPointCount();
+  const Int vertexCount = pointCount + record.copyPoints.GetCount();
+  RETURN_IF_ERROR(joints.Resize(vertexCount));
+  RETURN_IF_ERROR(weights.Resize(vertexCount));
   ASSIGN_OR_RETURN(const BaseArray<Int32> tagJoints, FindJoints(tag, doc));
   RETURN_IF_ERROR(CheckJointCount(op, tagJoints.GetCount()));
-  const Int pointCount = op->GetPointCount();
   for (Int first = 0; first < pointCount; first += kBlockPoints)
     CollectBlock(tag, tagJoints, first, std::min(pointCount - first, kBlockPoints), &joints[first], &weights[first]);
-  SpreadToCopies(record.vertexPoints, pointCount, joints);
-  SpreadToCopies(record.vertexPoints, pointCount, weights);
+  SpreadToCopies(record.copyPoints, pointCount, joints);
+  SpreadToCopies(record.copyPoints, pointCount, weights);
   return {};
 }
 
@@ -147,9 +148,9 @@ Result<void> CollectVertexColors(const MeshData& record, const HostPolygonObject
                                  BaseArray<VertexColor>& vertexColors) noexcept
 {
   CHECK_STATE(!vertexColors.IsPopulated());
-  RETURN_IF_ERROR(vertexColors.ResizeForOverwrite(record.vertexPoints.GetCount()));
-  std::fill(vertexColors.begin(), vertexColors.end(), VertexColor{0, 0, 0, 0});  // deliberately without the alpha of a corner
   const Int pointCount = op->GetPointCount();
+  RETURN_IF_ERROR(vertexColors.ResizeForOverwrite(pointCount + record.copyPoints.GetCount()));
+  std::fill(vertexColors.begin(), vertexColors.end(), VertexColor{0, 0, 0, 0});  // deliberately without the alpha of a corner
   const HostColorHandle handle = tag->GetHandleR();
   for (Int point = 0; point < pointCount; ++point)
   {
@@ -158,7 +159,7 @@ Result<void> CollectVertexColors(const MeshData& record, const HostPolygonObject
     const Float32* const color = handle.GetPoint(point);
     vertexColors[point] = {color[0], color[1], color[2], color[3]};
   }
-  SpreadToCopies(record.vertexPoints, pointCount, vertexColors);
+  SpreadToCopies(record.copyPoints, pointCount, vertexColors);
   return {};
 }
 

@@ -20,7 +20,7 @@ constexpr Int32 kLengthV = 1003;
 
 /// Whether a normal is as near to unit length as its 32 bits can be. It stays, so that a file that is loaded and saved keeps its
 /// normals.
-Bool HasUnitLength(const Vector32& normal) noexcept
+inline Bool HasUnitLength(const Vector32& normal) noexcept
 {
   constexpr Float32 kTolerance = 2e-7f;
   constexpr Float32 kSquareTolerance = 3e-7f;  // the root of such a square is within the other, and most need no root
@@ -33,34 +33,55 @@ Vector32 ToSingle(const Vector& v) noexcept
   return {static_cast<Float32>(v.x), static_cast<Float32>(v.y), static_cast<Float32>(v.z)};
 }
 
+/// One attribute of the corners a, b, c of a polygon: in its tag where it can stay as it is there, else a copy.
+class CornerVectors
+{
+public:
+  CornerVectors() noexcept = default;
+  CornerVectors(const CornerVectors&) = delete;
+  CornerVectors& operator=(const CornerVectors&) = delete;
+
+  const Vector32& operator[](Int k) const noexcept { return _first[k]; }
+
+  /// Zeros where the tag has no data for the polygon.
+  void Read(const HostCornerHandle& handle, Int polygon) noexcept
+  {
+    static_assert(sizeof(Vector32) == 3 * sizeof(Float32));
+    if (polygon < handle.polygonCount && handle.singles) [[likely]]
+      _first = reinterpret_cast<const Vector32*>(handle.singles + 12 * polygon);
+    else
+      CopyFrom(handle, polygon);
+  }
+
+  /// A copy that can be changed.
+  Vector32* GetOwn() noexcept
+  {
+    if (_first != _own)
+      std::copy_n(_first, 3, _own);
+    _first = _own;
+    return _own;
+  }
+
+private:
+  void CopyFrom(const HostCornerHandle& handle, Int polygon) noexcept
+  {
+    const Float* const numbers = polygon < handle.polygonCount ? handle.doubles + 12 * polygon : nullptr;
+    for (Int k = 0; k < 3; ++k)
+      _own[k] = numbers ? ToSingle({numbers[3 * k], numbers[3 * k + 1], numbers[3 * k + 2]}) : Vector32();
+    _first = _own;
+  }
+
+  Vector32 _own[3];
+  const Vector32* _first = _own;
+};
+
 /// What the corners a, b, c of one polygon have.
 struct PolygonCorners
 {
-  Vector32 normals[3];
-  Vector32 uvs[3];
+  CornerVectors normals;
+  CornerVectors uvs;
   VertexColor colors[3];
 };
-
-template <typename T>
-void CopyCorners(const T* numbers, Vector32 (&corners)[3]) noexcept
-{
-  for (Vector32& corner : corners)
-  {
-    corner = {static_cast<Float32>(numbers[0]), static_cast<Float32>(numbers[1]), static_cast<Float32>(numbers[2])};
-    numbers += 3;
-  }
-}
-
-/// Zeros where the tag has no data for the polygon.
-inline void ReadCorners(const HostCornerHandle& handle, Int polygon, Vector32 (&corners)[3]) noexcept
-{
-  if (polygon >= handle.polygonCount)
-    std::fill_n(corners, 3, Vector32());
-  else if (handle.singles)
-    CopyCorners(handle.singles + 12 * polygon, corners);
-  else if (handle.doubles)
-    CopyCorners(handle.doubles + 12 * polygon, corners);
-}
 
 /// The corners a, b, c; corner d is never read.
 struct Triangle
@@ -184,13 +205,16 @@ private:
     _tilingV = ReadTiling(textureTag, kLengthV, kOffsetV);
   }
 
-  Result<void> ReadNormals(Int polygon, const Triangle& triangle, Vector32 (&normals)[3]) noexcept
+  Result<void> ReadNormals(Int polygon, const Triangle& triangle, CornerVectors& normals) noexcept
   {
-    ReadCorners(_normals, polygon, normals);
+    normals.Read(_normals, polygon);
+    if (HasUnitLength(normals[0]) && HasUnitLength(normals[1]) && HasUnitLength(normals[2])) [[likely]]
+      return {};
+    Vector32* const own = normals.GetOwn();
     for (Int k = 0; k < 3; ++k)
     {
-      if (!HasUnitLength(normals[k]))
-        RETURN_IF_ERROR(Normalize(normals[k], triangle.points[k]));
+      if (!HasUnitLength(own[k]))
+        RETURN_IF_ERROR(Normalize(own[k], triangle.points[k]));
     }
     return {};
   }
@@ -207,13 +231,14 @@ private:
     return {};
   }
 
-  void ReadUVs(Int polygon, Vector32 (&uvs)[3]) const noexcept
+  void ReadUVs(Int polygon, CornerVectors& uvs) const noexcept
   {
-    ReadCorners(_uvs, polygon, uvs);
+    uvs.Read(_uvs, polygon);
     if (!_isTiled)
       return;
-    for (Vector32& uv : uvs)
-      uv = {_tilingU.Apply(uv.x), _tilingV.Apply(uv.y), uv.z};
+    Vector32* const own = uvs.GetOwn();
+    for (Int k = 0; k < 3; ++k)
+      own[k] = {_tilingU.Apply(own[k].x), _tilingV.Apply(own[k].y), own[k].z};
   }
 
   void ReadColors(Int polygon, VertexColor (&colors)[3]) const noexcept
@@ -264,7 +289,7 @@ Result<void> FindOrAdd(VertexData& vertexData, Int32 point, const Vector32& norm
   vertex = skipLookup ? VertexData::kNone : vertexData.FindVertex(point, normal, uv, color);
   if (vertex != VertexData::kNone)
     return {};
-  ASSIGN_OR_RETURN(vertex, vertexData.AddVertexData(point, normal, uv, color, true));  // looked up already
+  ASSIGN_OR_RETURN(vertex, vertexData.AddMissing(point, normal, uv, color));
   return {};
 }
 
@@ -294,16 +319,9 @@ Result<void> VisitTriangles(const HostPolygonObject* op, const VertexData& verte
 Result<void> SplitVertices(const MeshData& record, IndexRoom& indices, HostPolygonObject* op, VertexData& vertexData,
                            Bool skipLookup, Bool isTarget) noexcept
 {
+  // Nothing tells the corners of a point apart then.
   if (!record.normals.isUsed && !record.uvs.isUsed && !record.polygonColors.isUsed)
-  {
-    const auto putPoints = [&indices](Int, const Triangle& triangle) -> Result<void>
-    {
-      for (const Int32 point : triangle.points)
-        indices.Put(point);
-      return {};
-    };
-    return VisitTriangles(op, vertexData, putPoints);
-  }
+    skipLookup = false;
   if (skipLookup)
     RETURN_IF_ERROR(ReserveForAllCorners(op, vertexData));
   // Without lookups the order of the vertices does not depend on what they have.

@@ -15,26 +15,10 @@ namespace
 // Up to this many vertices 16-bit indices are written.
 constexpr Int kMostShortVertices = 65536;
 
-constexpr UInt32 kPositionBytes = 12;
-constexpr UInt32 kNormalBytes = 12;
-constexpr UInt32 kUvBytes = 8;
-constexpr UInt32 kColorBytes = 16;
+constexpr Int kPositionBytes = sizeof(Vector32);
 
 // Vertices that are bounded while they are still in the cache.
 constexpr Int kBlockVertices = 256;
-
-template <typename T>
-void WriteNumbers(Byte*& target, const T& numbers) noexcept
-{
-  std::memcpy(target, &numbers, sizeof(T));
-  target += sizeof(T);
-}
-
-struct Vector2Of32
-{
-  Float32 x;
-  Float32 y;
-};
 
 /// Makes 16-bit numbers of 32-bit ones, in their place: each is read before its bytes are written.
 void NarrowIndices(Byte* numbers, Int count) noexcept
@@ -48,99 +32,89 @@ void NarrowIndices(Byte* numbers, Int count) noexcept
   }
 }
 
-/// The room holds 32-bit numbers, and nothing stands behind it yet.
-Result<void> FinishIndices(MeshData& record, GltfBuffer& buffer, Bool isShort) noexcept
+/// The room holds 32-bit numbers. Where they become 16-bit ones, nothing may stand behind it yet.
+Result<void> FinishIndices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data) noexcept
 {
-  const Int offset = record.indexView.GetByteOffset();
-  const Int count = (buffer.GetBytes().GetCount() - offset) / static_cast<Int>(sizeof(UInt32));
-  const Int indexBytes = isShort ? sizeof(UInt16) : sizeof(UInt32);
-  if (isShort)
-    NarrowIndices(buffer.GetRoom(offset), count);
-  buffer.DropFrom(offset + count * indexBytes);
-  record.indices.accessor.SetComponentType(isShort ? kUnsignedShort : kUnsignedInt);
-  record.indexView.AddByteLength(count * indexBytes);
-  return record.indices.accessor.TrackElements(buffer.GetRoom(offset), count, indexBytes);
+  GltfBufferView& view = record.indexView;
+  GltfAccessor& accessor = record.indices.accessor;
+  const Int count = view.GetByteLength() / static_cast<Int>(sizeof(UInt32));
+  const Bool isShort = !HasWideIndices(vertex_data.GetVertexCount());
+  accessor.SetComponentType(isShort ? kUnsignedShort : kUnsignedInt);
+  RETURN_IF_ERROR(accessor.TrackIntegers(vertex_data.FindFirstUsed(), vertex_data.FindLastUsed(), count));
+  if (!isShort)
+    return {};
+  const Int byteCount = count * static_cast<Int>(sizeof(UInt16));
+  NarrowIndices(buffer.GetRoom(view.GetByteOffset()), count);
+  buffer.DropFrom(view.GetByteOffset() + byteCount);
+  view.AddByteLength(byteCount - view.GetByteLength());
+  return buffer.Align();
 }
 
-/// Gives each attribute its place in the vertex. @return the bytes of a vertex.
-UInt32 LayOutVertex(MeshData& record, Bool isTarget) noexcept
+void PlaceAttributes(MeshData& record, const VertexLayout& layout) noexcept
 {
-  UInt32 stride = kPositionBytes;
-  const auto place = [&stride](MeshAccessor& attribute, UInt32 byteCount)
-  {
-    if (!attribute.isUsed)
-      return;
-    attribute.accessor.SetByteOffset(stride);
-    stride += byteCount;
-  };
-  if (!isTarget)
-  {
-    place(record.normals, kNormalBytes);
-    place(record.uvs, kUvBytes);
-    place(record.polygonColors, kColorBytes);
-  }
-  record.vertexView.SetByteStride(stride);
-  return stride;
+  if (record.normals.isUsed)
+    record.normals.accessor.SetByteOffset(layout.normal);
+  if (record.uvs.isUsed)
+    record.uvs.accessor.SetByteOffset(layout.uv);
+  if (record.polygonColors.isUsed)
+    record.polygonColors.accessor.SetByteOffset(layout.color);
 }
 
-/// Writes vertices one after the other.
+/// Gives vertices, which have all else, what depends on where they go: positions, and the mirroring of normals.
 class VertexWriter
 {
 public:
-  /// @param base  the written positions of a target's mesh, or null.
+  /// @param base  the written positions of a target's mesh, or null. A target has positions alone.
   /// @param written  room for the written positions, or null.
   VertexWriter(MeshData& record, const VertexData& vertex_data, const Vector* base, Vector* written,
                const ExportOptions& settings) noexcept
       : _record(record),
-        _vertices(vertex_data),
+        _positions(vertex_data.GetPositions()),
         _base(base),
         _written(written),
         _scale(settings.exportScale),
-        _flipZ(settings.flipZ)
+        _flipZ(settings.flipZ),
+        _normal(settings.flipZ && !base && record.normals.isUsed ? record.normals.accessor.GetByteOffset() : VertexLayout::kNone)
   {}
 
-  Result<void> Write(Byte* room, UInt32 stride) noexcept
+  Result<void> Write(Byte* room, Int stride) noexcept
   {
-    const Int count = _vertices.GetVertexCount();
+    const Int count = _positions.GetCount();
     for (Int first = 0; first < count; first += kBlockVertices)
     {
       const Int end = std::min(first + kBlockVertices, count);
       Byte* const block = room + first * stride;
-      Byte* target = block;
       for (Int i = first; i < end; ++i)
-        WriteVertex(i, target);
+        WriteVertex(i, room + i * stride);
       RETURN_IF_ERROR(Track(block, end - first, stride));
     }
     return {};
   }
 
 private:
-  void WriteVertex(Int i, Byte*& target) noexcept
+  void WriteVertex(Int i, Byte* target) noexcept
   {
-    const Vector position = MirrorPosition(_vertices.GetPositions()[i]) * _scale;
+    const Vector position = MirrorPosition(_positions[i]) * _scale;
     if (_written)
       _written[i] = position;
-    WritePosition(_base ? position - _base[i] : position, target);
-    if (_base)
-      return;
-    if (_record.normals.isUsed)
-      WriteNumbers(target, MirrorNormal(_vertices.GetNormals()[i]));
-    if (_record.uvs.isUsed)
-      WriteNumbers(target, Vector2Of32{_vertices.GetUVs()[i].x, _vertices.GetUVs()[i].y});
-    if (_record.polygonColors.isUsed)
-      WriteNumbers(target, _vertices.GetPolygonColors()[i]);
-  }
-
-  static void WritePosition(const Vector& p, Byte*& target) noexcept
-  {
-    WriteNumbers(target, Vector32{static_cast<Float32>(p.x), static_cast<Float32>(p.y), static_cast<Float32>(p.z)});
+    const Vector p = _base ? position - _base[i] : position;
+    const Vector32 single = {static_cast<Float32>(p.x), static_cast<Float32>(p.y), static_cast<Float32>(p.z)};
+    std::memcpy(target, &single, kPositionBytes);
+    if (_normal != VertexLayout::kNone)
+      MirrorNormal(target + _normal);
   }
 
   // Subtracted from 0, so that 0 does not become -0.
   Vector MirrorPosition(const Vector& p) const noexcept { return _flipZ ? Vector{p.x, p.y, 0.0 - p.z} : p; }
-  Vector32 MirrorNormal(const Vector32& n) const noexcept { return _flipZ ? Vector32{n.x, n.y, 0.0f - n.z} : n; }
+  static void MirrorNormal(Byte* bytes) noexcept
+  {
+    Vector32 normal;
+    std::memcpy(&normal, bytes, sizeof(normal));
+    normal.z = 0.0f - normal.z;
+    std::memcpy(bytes, &normal, sizeof(normal));
+  }
 
-  Result<void> Track(const Byte* block, Int count, UInt32 stride) noexcept
+  Result<void> Track(const Byte* block, Int count, Int stride) noexcept
   {
     RETURN_IF_ERROR(_record.positions.accessor.TrackElements(block, count, stride));
     if (_base)
@@ -154,47 +128,87 @@ private:
   }
 
   MeshData& _record;
-  const VertexData& _vertices;
+  const VertexPositions& _positions;
   const Vector* const _base;
   Vector* const _written;
   const Float _scale;
   const Bool _flipZ;
+  const Int _normal;  // where the normal to be mirrored is in a vertex, or kNone
 };
 
+Result<void> WriteTarget(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data,
+                         const BaseArray<Vector>& init_positions, const ExportOptions& settings) noexcept
+{
+  RETURN_IF_ERROR(buffer.Align());
+  record.vertexView.SetByteStride(kPositionBytes);
+  record.vertexView.AddByteOffset(buffer.GetBytes().GetCount());
+  record.vertexView.AddByteLength(vertex_data.GetVertexCount() * kPositionBytes);
+  ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(vertex_data.GetVertexCount() * kPositionBytes));
+  return VertexWriter(record, vertex_data, init_positions.GetFirst(), nullptr, settings).Write(room, kPositionBytes);
+}
+
 }  // namespace
+
+VertexLayout LayOutVertex(const MeshData& record) noexcept
+{
+  VertexLayout layout{kPositionBytes};
+  const auto place = [&layout](const MeshAccessor& attribute, Int byteCount)
+  {
+    const Int offset = attribute.isUsed ? layout.stride : VertexLayout::kNone;
+    layout.stride += attribute.isUsed ? byteCount : 0;
+    return offset;
+  };
+  layout.normal = place(record.normals, sizeof(Vector32));
+  layout.uv = place(record.uvs, sizeof(VertexUv));
+  layout.color = place(record.polygonColors, sizeof(VertexColor));
+  return layout;
+}
+
+Bool HasWideIndices(Int vertexCount) noexcept
+{
+  return vertexCount > kMostShortVertices;
+}
 
 Result<IndexRoom> AppendIndexRoom(MeshData& record, GltfBuffer& buffer, const HostPolygonObject* op, Bool isReversed) noexcept
 {
   const Int count = Int(3) * op->GetPolygonCount();
   const Int byteCount = count * static_cast<Int>(sizeof(UInt32));
   // Seams make more vertices than there are points. Memory that is never touched costs next to nothing.
-  const Int vertexBytes = Int(op->GetPointCount()) * LayOutVertex(record, false) / 2 * 3;
+  const Int vertexBytes = Int(op->GetPointCount()) * LayOutVertex(record).stride / 2 * 3;
   RETURN_IF_ERROR(buffer.Reserve(byteCount + vertexBytes));
-  record.indexView.AddByteOffset(buffer.GetBytes().GetCount());
-  ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(byteCount));
-  return count > 0 ? IndexRoom(room, count, isReversed) : IndexRoom();
+  const Int offset = buffer.GetBytes().GetCount();
+  record.indexView.AddByteOffset(offset);
+  ASSIGN_OR_RETURN([[maybe_unused]] Byte* const room, buffer.AppendRoom(byteCount));
+  record.indexView.AddByteLength(byteCount);
+  // Where the indices stay as they are, vertices may follow at once.
+  RETURN_IF_ERROR(buffer.Align());
+  return count > 0 ? IndexRoom(buffer, offset, count, isReversed) : IndexRoom();
 }
 
-Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const VertexData& vertex_data, BaseArray<Vector>& init_positions,
-                           const ExportOptions& settings, Bool isTarget) noexcept
+Result<void> WriteVertices(MeshData& record, GltfBuffer& buffer, const GltfBuffer& vertices, VertexData& vertex_data,
+                           BaseArray<Vector>& init_positions, const ExportOptions& settings, Bool isTarget) noexcept
 {
   CHECK_ARGUMENT((init_positions.GetCount() == 0 && !isTarget) ||
                  (init_positions.GetCount() == vertex_data.GetCount() && isTarget));
-  const Int vertexCount = vertex_data.GetVertexCount();
-  if (!isTarget)
-    RETURN_IF_ERROR(FinishIndices(record, buffer, vertexCount <= kMostShortVertices));
-  const UInt32 stride = LayOutVertex(record, isTarget);
-  const Int vertexBytes = vertexCount * stride;
-  RETURN_IF_ERROR(buffer.Align());
-  record.vertexView.AddByteOffset(buffer.GetBytes().GetCount());
-  record.vertexView.AddByteLength(vertexBytes);
-  ASSIGN_OR_RETURN(Byte* const room, buffer.AppendRoom(vertexBytes));
   if (isTarget)
-    return VertexWriter(record, vertex_data, init_positions.GetFirst(), nullptr, settings).Write(room, stride);
+    return WriteTarget(record, buffer, vertex_data, init_positions, settings);
+  const Int vertexCount = vertex_data.GetVertexCount();
+  const VertexLayout layout = LayOutVertex(record);
+  PlaceAttributes(record, layout);
+  vertex_data.FillUnused();
+  RETURN_IF_ERROR(FinishIndices(record, buffer, vertex_data));
+  if (&vertices != &buffer)
+    RETURN_IF_ERROR(buffer.AppendBytes(vertices.GetBytes().GetFirst(), vertices.GetBytes().GetCount()));
+  const Int vertexBytes = vertexCount * layout.stride;
+  const Int offset = buffer.GetBytes().GetCount() - vertexBytes;
+  record.vertexView.SetByteStride(static_cast<UInt32>(layout.stride));
+  record.vertexView.AddByteOffset(offset);
+  record.vertexView.AddByteLength(vertexBytes);
   // Without morphs there is no target to want them.
   if (settings.exportMorphs)
     RETURN_IF_ERROR(init_positions.ResizeForOverwrite(vertexCount));
-  return VertexWriter(record, vertex_data, nullptr, init_positions.GetFirst(), settings).Write(room, stride);
+  return VertexWriter(record, vertex_data, nullptr, init_positions.GetFirst(), settings)
+    .Write(buffer.GetRoom(offset), layout.stride);
 }
 
 }  // namespace q7z

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <numeric>
 
 #include "framework/hashmap.h"
 
@@ -12,12 +11,12 @@ namespace q7z
 namespace
 {
 
-Bool HasNaN(const Vector32& v) noexcept
+Bool IsNaN(const Vector32& v) noexcept
 {
   return v.x != v.x || v.y != v.y || v.z != v.z;
 }
 
-Bool HasNaN(const VertexColor& c) noexcept
+Bool IsNaN(const VertexColor& c) noexcept
 {
   return c.r != c.r || c.g != c.g || c.b != c.b || c.a != c.a;
 }
@@ -30,22 +29,13 @@ UInt PackPair(Float32 first, Float32 second) noexcept
 
 }  // namespace
 
-Result<void> VertexPositions::Init(const Vector* points, Int32 pointCount) noexcept
-{
-  RETURN_IF_ERROR(_sources.ResizeForOverwrite(pointCount));
-  std::iota(_sources.begin(), _sources.end(), 0);
-  _points = points;
-  _pointCount = pointCount;
-  return {};
-}
-
 Result<void> VertexPositions::AppendElsewhere(const Vector& position) noexcept
 {
   RETURN_IF_ERROR(_others.Append(position));
   return _sources.Append(static_cast<Int32>(_pointCount + _others.GetCount() - 1));
 }
 
-BaseArray<Int32> VertexPositions::TakePoints() noexcept
+BaseArray<Int32> VertexPositions::TakePointsOfCopies() noexcept
 {
   if (_others.IsPopulated())
   {
@@ -55,22 +45,56 @@ BaseArray<Int32> VertexPositions::TakePoints() noexcept
   return std::move(_sources);
 }
 
+Result<void> VertexBytes::Init(GltfBuffer& buffer, Int stride, Int count) noexcept
+{
+  _buffer = &buffer;
+  _offset = buffer.GetBytes().GetCount();
+  _stride = stride;
+  ASSIGN_OR_RETURN(_first, buffer.AppendRoom(count * stride));
+  _count = count;
+  return {};
+}
+
+Result<void> VertexBytes::Reserve(Int count) noexcept
+{
+  RETURN_IF_ERROR(_buffer->Reserve((count - _count) * _stride));
+  _first = _buffer->GetRoom(_offset);
+  return {};
+}
+
+void VertexBytes::Append() noexcept
+{
+  DropError(_buffer->AppendRoom(_stride));  // there is room
+  ++_count;
+}
+
 Result<void> VertexData::Init(const Vector* positions, Int32 vertices_count, Bool hasColors) noexcept
+{
+  VertexLayout layout{sizeof(Vector32) + sizeof(VertexUv), 0, sizeof(Vector32), VertexLayout::kNone};
+  if (hasColors)
+  {
+    layout.color = layout.stride;
+    layout.stride += sizeof(VertexColor);
+  }
+  return Init(positions, vertices_count, layout, _ownBuffer);
+}
+
+Result<void> VertexData::Init(const Vector* positions, Int32 vertices_count, const VertexLayout& layout,
+                              GltfBuffer& buffer) noexcept
 {
   CHECK_STATE(positions);
   CHECK_STATE(vertices_count > 0);
-  _hasColors = hasColors;
   RETURN_IF_ERROR(_isProcessed.Resize(vertices_count));
   RETURN_IF_ERROR(_copyCounts.Resize(vertices_count));
-  RETURN_IF_ERROR(Reserve(vertices_count));
-  RETURN_IF_ERROR(_positions.Init(positions, vertices_count));
-  RETURN_IF_ERROR(_normals.Resize(vertices_count));
-  RETURN_IF_ERROR(_uvs.Resize(vertices_count));
-  RETURN_IF_ERROR(_polygonColors.ResizeForOverwrite(hasColors ? vertices_count : 0));
   RETURN_IF_ERROR(_older.ResizeForOverwrite(vertices_count));
-  std::fill(_polygonColors.begin(), _polygonColors.end(), VertexColor());
+  RETURN_IF_ERROR(_vertices.Init(buffer, layout.stride, vertices_count));
   std::fill_n(_older.begin(), vertices_count, kNone);
+  _positions.Init(positions, vertices_count);
+  _normals.Init(_vertices, layout.normal);
+  _uvs.Init(_vertices, layout.uv);
+  _polygonColors.Init(_vertices, layout.color);
   _vertexCount = vertices_count;
+  _capacity = vertices_count;
   _isInitialized = true;
   return {};
 }
@@ -86,27 +110,29 @@ Result<Int32> VertexData::AddVertexData(Int32 vertex_index, const Vector32& norm
 {
   CHECK_STATE(_isInitialized);
   RETURN_IF_ERROR(CheckHostPoint(vertex_index));
-  const Key key{vertex_index, normal, uv, color};
   const Int32 found = skipLookup ? kNone : FindVertex(vertex_index, normal, uv, color);
-  if (found != kNone)
-    return found;
-  if (_isProcessed[vertex_index])
+  return found != kNone ? found : AddMissing(vertex_index, normal, uv, color);
+}
+
+Result<Int32> VertexData::AddMissing(Int32 point, const Vector32& normal, const Vector32& uv, const VertexColor& color) noexcept
+{
+  const Key key = MakeKey(point, normal, uv, color);
+  RETURN_IF_ERROR(NoteUvDepth(key.uv.z));
+  if (_isProcessed[point])
     return AddCopy(key);
-  _normals[vertex_index] = normal;
-  _uvs[vertex_index] = uv;
-  if (_hasColors)
-    _polygonColors[vertex_index] = color;
-  _isProcessed[vertex_index] = 1;
-  return vertex_index;
+  SetValues(point, key);
+  _isProcessed[point] = 1;
+  _older[point] = HasNaN(key) ? kNone : point;
+  return point;
 }
 
 Result<void> VertexData::Reserve(Int vertexCount) noexcept
 {
   RETURN_IF_ERROR(_positions.Reserve(vertexCount));
-  RETURN_IF_ERROR(_normals.Reserve(vertexCount));
-  RETURN_IF_ERROR(_uvs.Reserve(vertexCount));
-  RETURN_IF_ERROR(_polygonColors.Reserve(_hasColors ? vertexCount : 0));
+  RETURN_IF_ERROR(_vertices.Reserve(vertexCount));
   RETURN_IF_ERROR(_older.Reserve(vertexCount));
+  if (_uvDepths.IsPopulated())
+    RETURN_IF_ERROR(_uvDepths.Reserve(vertexCount));
   _capacity = std::max(_capacity, vertexCount);
   return {};
 }
@@ -119,15 +145,42 @@ Result<void> VertexData::MakeRoom() noexcept
   return _vertexCount < _capacity ? Result<void>() : Reserve(_capacity + _capacity / 2 + 8);
 }
 
+/// For a vertex that is about to be made.
+Result<void> VertexData::NoteUvDepth(Float32 depth) noexcept
+{
+  if (_uvDepths.IsPopulated() || (_hasUvDepth && depth == _uvDepth))
+    return {};
+  if (!_hasUvDepth && depth == depth)
+  {
+    _uvDepth = depth;
+    _hasUvDepth = true;
+    return {};
+  }
+  RETURN_IF_ERROR(_uvDepths.Reserve(_capacity));
+  RETURN_IF_ERROR(_uvDepths.ResizeForOverwrite(_vertexCount));
+  std::fill(_uvDepths.begin(), _uvDepths.end(), _uvDepth);
+  return {};
+}
+
+void VertexData::SetValues(Int32 vertex, const Key& key) noexcept
+{
+  Byte* const bytes = _vertices.GetVertex(vertex);
+  _normals.Set(bytes, key.normal);
+  _uvs.Set(bytes, {key.uv.x, key.uv.y});
+  _polygonColors.Set(bytes, key.color);
+  if (_uvDepths.IsPopulated())
+    _uvDepths[vertex] = key.uv.z;
+}
+
 /// What a vertex has beside its position.
 Int32 VertexData::AppendValues(const Key& key) noexcept
 {
   // Room for all of it was made before.
-  DropError(_normals.Append(key.normal));
-  DropError(_uvs.Append(key.uv));
-  if (_hasColors)
-    DropError(_polygonColors.Append(key.color));
+  _vertices.Append();
   DropError(_older.Append(kNone));
+  if (_uvDepths.IsPopulated())
+    DropError(_uvDepths.Append(0));
+  SetValues(_vertexCount, key);
   return _vertexCount++;
 }
 
@@ -135,16 +188,36 @@ Result<Int32> VertexData::AddVertex(const Vector& position, const Vector32& norm
                                     const VertexColor& color) noexcept
 {
   CHECK_STATE(_isInitialized);
+  const Key key = MakeKey(kNone, normal, uv, color);
+  RETURN_IF_ERROR(NoteUvDepth(key.uv.z));
   RETURN_IF_ERROR(MakeRoom());
   RETURN_IF_ERROR(_positions.AppendElsewhere(position));
-  return AppendValues({kNone, normal, uv, color});
+  return AppendValues(key);
 }
 
-/// One more vertex of a point. A key with a NaN is found by nothing and enters no list.
+/// Such a vertex is found by nothing and enters no list.
+Bool VertexData::HasNaN(const Key& key) noexcept
+{
+  return IsNaN(key.normal) || IsNaN(key.uv) || IsNaN(key.color);
+}
+
+VertexData::Key VertexData::MakeKey(Int32 point, const Vector32& normal, const Vector32& uv,
+                                    const VertexColor& color) const noexcept
+{
+  return {point, _normals.IsKept() ? normal : Vector32(), _uvs.IsKept() ? uv : Vector32(),
+          _polygonColors.IsKept() ? color : VertexColor()};
+}
+
+VertexData::Key VertexData::GetKey(Int32 vertex) const noexcept
+{
+  return {_positions.GetPoint(vertex), GetNormalOf(vertex), GetUvOf(vertex), GetColorOf(vertex)};
+}
+
+/// One more vertex of a point.
 Result<Int32> VertexData::AddCopy(const Key& key) noexcept
 {
   RETURN_IF_ERROR(MakeRoom());
-  const Bool isLost = HasNaN(key.normal) || HasNaN(key.uv) || (_hasColors && HasNaN(key.color));
+  const Bool isLost = HasNaN(key);
   const Byte count = _copyCounts[key.point];
   if (!isLost && count >= kLongestWalk)
     RETURN_IF_ERROR(MakeSlots(kLongestWalk + 1));
@@ -173,23 +246,24 @@ UInt32 VertexData::GetHash(const Key& key) noexcept
   return static_cast<UInt32>(MixBits(hash ^ PackPair(key.color.b, key.color.a)));
 }
 
-/// For a point that has them.
+/// For a point that has vertices that can be found.
 Int32 VertexData::FindAmongCopies(const Key& key) const noexcept
 {
-  // From the newest to the oldest: of two equal ones the later counts.
+  // Of two equal ones the later counts.
   Int32 vertex = _older[key.point];
-  for (Byte i = 0; i < kLongestWalk && vertex != kNone; ++i, vertex = _older[vertex])
+  for (Byte i = 0; i < kLongestWalk && IsCopy(vertex); ++i, vertex = _older[vertex])
   {
     if (HasValues(vertex, key))
       return vertex;
   }
-  if (vertex != kNone)
+  if (IsCopy(vertex))
   {
     const Int32 found = FindInSlots(key);
     if (found != kNone)
       return found;
   }
-  return HasValues(key.point, key) ? key.point : kNone;
+  // The point itself is the oldest, and in no list when it has a NaN.
+  return !HasNaN(key) && HasValues(key.point, key) ? key.point : kNone;
 }
 
 Int32 VertexData::FindInSlots(const Key& key) const noexcept
@@ -220,7 +294,7 @@ void VertexData::EnterCopiesOf(Int32 point) noexcept
 {
   Int32 copies[kLongestWalk + 1];
   Int count = 0;
-  for (Int32 vertex = _older[point]; vertex != kNone; vertex = _older[vertex])
+  for (Int32 vertex = _older[point]; IsCopy(vertex); vertex = _older[vertex])
     copies[count++] = vertex;
   while (count > 0)
     EnterCopy(copies[--count]);
@@ -244,6 +318,24 @@ Result<void> VertexData::MakeSlots(Int count) noexcept
   return {};
 }
 
+Vector32 VertexData::GetNormalOf(Int32 vertex) const noexcept
+{
+  return IsUnused(vertex) || !_normals.IsKept() ? Vector32() : _normals.Get(_vertices.GetVertex(vertex));
+}
+
+Vector32 VertexData::GetUvOf(Int32 vertex) const noexcept
+{
+  if (IsUnused(vertex) || !_uvs.IsKept())
+    return {};
+  const VertexUv uv = _uvs.Get(_vertices.GetVertex(vertex));
+  return {uv.x, uv.y, GetUvDepth(vertex)};
+}
+
+VertexColor VertexData::GetColorOf(Int32 vertex) const noexcept
+{
+  return IsUnused(vertex) || !_polygonColors.IsKept() ? VertexColor() : _polygonColors.Get(_vertices.GetVertex(vertex));
+}
+
 Result<Vector> VertexData::GetPosition(Int32 vertex_index) const noexcept
 {
   CHECK_STATE(_isInitialized);
@@ -255,27 +347,53 @@ Result<Vector32> VertexData::GetNormal(Int32 vertex_index) const noexcept
 {
   CHECK_STATE(_isInitialized);
   CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _normals.GetCount()));
-  return _normals[vertex_index];
+  return GetNormalOf(vertex_index);
 }
 
 Result<Vector32> VertexData::GetUV(Int32 vertex_index) const noexcept
 {
   CHECK_STATE(_isInitialized);
   CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _uvs.GetCount()));
-  return _uvs[vertex_index];
+  return GetUvOf(vertex_index);
 }
 
 Result<VertexColor> VertexData::GetPolygonColor(Int32 vertex_index) const noexcept
 {
   CHECK_STATE(_isInitialized);
   CHECK_ARGUMENT((vertex_index >= 0 && vertex_index < _polygonColors.GetCount()));
-  return _polygonColors[vertex_index];
+  return GetColorOf(vertex_index);
 }
 
-BaseArray<Int32> VertexData::TakeHostPoints() noexcept
+/// The next point from first on that a corner has given its values, or none has; the point count when there is no such.
+Int32 VertexData::FindNext(Int32 first, Byte isProcessed) const noexcept
+{
+  return static_cast<Int32>(std::find(_isProcessed.begin() + first, _isProcessed.end(), isProcessed) - _isProcessed.begin());
+}
+
+void VertexData::FillUnused() noexcept
+{
+  for (Int32 point = FindNext(0, 0); point < GetPointCount(); point = FindNext(point + 1, 0))
+    SetValues(point, Key());
+}
+
+Int32 VertexData::FindFirstUsed() const noexcept
+{
+  const Int32 point = FindNext(0, 1);
+  return point < GetPointCount() ? point : kNone;
+}
+
+Int32 VertexData::FindLastUsed() const noexcept
+{
+  Int32 vertex = _vertexCount - 1;  // a copy is used
+  while (vertex >= 0 && IsUnused(vertex))
+    --vertex;
+  return vertex;
+}
+
+BaseArray<Int32> VertexData::TakePointsOfCopies() noexcept
 {
   _isInitialized = false;
-  return _positions.TakePoints();
+  return _positions.TakePointsOfCopies();
 }
 
 }  // namespace q7z
