@@ -6,6 +6,8 @@
 // What vertices have is kept in the very bytes that the file will have of them: arrays of it would be as large again, and fresh
 // memory is dear.
 
+#include <cstring>
+
 #include "framework/check.h"
 #include "framework/vector.h"
 #include "plugin/document/gltfbuffer.h"
@@ -120,6 +122,7 @@ public:
   /// @param vertex  the first byte of one without a NaN. Equal numbers mostly have equal bits; 0 and -0 have not.
   Bool IsEqual(const Byte* vertex, const T& value) const noexcept
   {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits, on purpose
     if (!IsKept() || std::memcmp(vertex + _offset, &value, sizeof(T)) == 0) [[likely]]
       return true;
     return Get(vertex) == value;
