@@ -8,31 +8,36 @@
 namespace q7z
 {
 
-struct DoubleDouble
+/// T is Float, or several of them that are computed with at once.
+template <typename T>
+struct DoubleDoubleOf
 {
-  Float high = 0;
-  Float low = 0;
+  T high{};
+  T low{};
 
-  constexpr DoubleDouble() noexcept = default;
-  constexpr explicit DoubleDouble(Float value) noexcept : high(value) {}
-  constexpr DoubleDouble(Float theHigh, Float theLow) noexcept : high(theHigh), low(theLow) {}
+  constexpr DoubleDoubleOf() noexcept = default;
+  constexpr explicit DoubleDoubleOf(T value) noexcept : high(value) {}
+  constexpr DoubleDoubleOf(T theHigh, T theLow) noexcept : high(theHigh), low(theLow) {}
 
-  constexpr Float Round() const noexcept { return high + low; }
-  constexpr DoubleDouble operator-() const noexcept { return {-high, -low}; }
+  constexpr T Round() const noexcept { return high + low; }
+  constexpr DoubleDoubleOf operator-() const noexcept { return {-high, -low}; }
 };
+using DoubleDouble = DoubleDoubleOf<Float>;
 
 /// The exact sum of two numbers.
-constexpr DoubleDouble Sum(Float a, Float b) noexcept
+template <typename T>
+constexpr DoubleDoubleOf<T> Sum(T a, T b) noexcept
 {
-  const Float sum = a + b;
-  const Float ofB = sum - a;
+  const T sum = a + b;
+  const T ofB = sum - a;
   return {sum, (a - (sum - ofB)) + (b - ofB)};
 }
 
 /// The exact sum, for an a that is 0 or not below b in size.
-constexpr DoubleDouble SumOfOrdered(Float a, Float b) noexcept
+template <typename T>
+constexpr DoubleDoubleOf<T> SumOfOrdered(T a, T b) noexcept
 {
-  const Float sum = a + b;
+  const T sum = a + b;
   return {sum, b - (sum - a)};
 }
 
@@ -46,11 +51,13 @@ constexpr DoubleDouble Split(Float a) noexcept
 }
 
 /// The exact product of two numbers whose parts are told, as long as no part of it is too small or too large to be held.
-constexpr DoubleDouble ProductOfParts(Float a, const DoubleDouble& partsOfA, Float b, const DoubleDouble& partsOfB) noexcept
+template <typename T>
+constexpr DoubleDoubleOf<T> ProductOfParts(T a, const DoubleDoubleOf<T>& partsOfA, T b,
+                                           const DoubleDoubleOf<T>& partsOfB) noexcept
 {
-  const DoubleDouble& x = partsOfA;
-  const DoubleDouble& y = partsOfB;
-  const Float product = a * b;
+  const DoubleDoubleOf<T>& x = partsOfA;
+  const DoubleDoubleOf<T>& y = partsOfB;
+  const T product = a * b;
   return {product, ((x.high * y.high - product) + x.high * y.low + x.low * y.high) + x.low * y.low};
 }
 

@@ -130,24 +130,40 @@ Turn ThoroughTurn(Float angle) noexcept
   return TurnedByQuarters({rest * AlternatingSeries(1, square), AlternatingSeries(0, square)}, reduced.GetQuarters());
 }
 
+/// The sine and the cosine side by side, which are computed alike.
+using Lanes = Float __attribute__((vector_size(2 * sizeof(Float))));
+using DoubleDoubleLanes = DoubleDoubleOf<Lanes>;
+
+struct DoubleDoublePair
+{
+  alignas(sizeof(Lanes)) Float highs[2];
+  alignas(sizeof(Lanes)) Float lows[2];
+
+  constexpr DoubleDoublePair() noexcept = default;
+  constexpr DoubleDoublePair(const DoubleDouble& first, const DoubleDouble& second) noexcept
+      : highs{first.high, second.high}, lows{first.low, second.low}
+  {}
+  DoubleDoubleLanes Load() const noexcept { return {Lanes{highs[0], highs[1]}, Lanes{lows[0], lows[1]}}; }
+};
+
 /// The turns by 0, 1/64, 2/64 and so on, to an eighth of a turn.
 constexpr Float kTurnsPerRadian = 64;
 constexpr size_t kTurnCount = 52;
 struct TableTurn
 {
-  Turn turn;
-  DoubleDouble sineParts;
-  DoubleDouble cosineParts;
+  DoubleDoublePair turn;          // sine and cosine
+  DoubleDoublePair aside;         // at a right angle to it: cosine and -sine
+  DoubleDoublePair partsOfAside;  // of what is high in that
 };
 constexpr std::array<TableTurn, kTurnCount> kTurns = []
 {
-  std::array<TableTurn, kTurnCount> turns;
+  std::array<TableTurn, kTurnCount> turns{};
   for (size_t i = 0; i < kTurnCount; ++i)
   {
     const DoubleDouble angle(static_cast<Float>(i) / kTurnsPerRadian);
     const DoubleDouble square = angle * angle;
     const Turn turn{angle * AlternatingSeries(1, square), AlternatingSeries(0, square)};
-    turns[i] = {turn, Split(turn.sine.high), Split(turn.cosine.high)};
+    turns[i] = {{turn.sine, turn.cosine}, {turn.cosine, -turn.sine}, {Split(turn.cosine.high), Split(-turn.sine.high)}};
   }
   return turns;
 }();
@@ -172,17 +188,16 @@ Turn QuickTurn(Float angle) noexcept
   const Float ofCosine = -square * (0.5 - square * (k4 - square * (k6 - square * k8))) - way.high * way.low;
 
   // from + onto * sine(way) + from * (cosine(way) - 1)
+  const auto both = [](Float value) { return Lanes{value, value}; };
   const DoubleDouble wayParts = Split(way.high);
-  const auto moved = [&](const DoubleDouble& from, const DoubleDouble& onto, const DoubleDouble& ontoParts)
-  {
-    const DoubleDouble aside = ProductOfParts(onto.high, ontoParts, way.high, wayParts);
-    const DoubleDouble sum = Sum(from.high, aside.high);
-    return SumOfOrdered(sum.high,
-                        sum.low + (aside.low + from.low + (onto.low * way.high + onto.high * ofSine) + from.high * ofCosine));
-  };
-  const DoubleDouble sine = moved(start.turn.sine, start.turn.cosine, start.cosineParts);
-  const DoubleDouble cosine = moved(start.turn.cosine, -start.turn.sine, -start.sineParts);
-  return TurnedByQuarters({{sine.high * sign, sine.low * sign}, cosine}, reduced.GetQuarters());
+  const DoubleDoubleLanes from = start.turn.Load();
+  const DoubleDoubleLanes onto = start.aside.Load();
+  const DoubleDoubleLanes aside =
+    ProductOfParts(onto.high, start.partsOfAside.Load(), both(way.high), {both(wayParts.high), both(wayParts.low)});
+  const DoubleDoubleLanes sum = Sum(from.high, aside.high);
+  const Lanes low = aside.low + from.low + (onto.low * both(way.high) + onto.high * both(ofSine)) + from.high * both(ofCosine);
+  const DoubleDoubleLanes moved = SumOfOrdered(sum.high, sum.low + low);
+  return TurnedByQuarters({{moved.high[0] * sign, moved.low[0] * sign}, {moved.high[1], moved.low[1]}}, reduced.GetQuarters());
 }
 
 /// The square root of a value above 0.

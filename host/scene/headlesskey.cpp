@@ -1,33 +1,10 @@
 #include "host/scene/headlesskey.h"
 
-#include <cmath>
 #include <new>
 #include <utility>
 
 namespace q7z
 {
-
-namespace
-{
-
-/// A number below the limit that a whole one stands for without loss; the negative zero is none.
-Bool IsWhole(Float number, Float limit) noexcept
-{
-  const Bool isBelow = number > -limit && number < limit;
-  return isBelow && static_cast<Float>(static_cast<Int>(number)) == number && (number != 0 || !std::signbit(number));
-}
-
-Bool IsSmall(Int number) noexcept
-{
-  return number > INT8_MIN && number <= INT8_MAX;
-}
-
-Bool IsSetting(const HostDescId& id) noexcept
-{
-  return id.GetDepth() == 1 && id[0].id == kKeySettingParameter;
-}
-
-}  // namespace
 
 HeadlessKey::Details* HeadlessKey::FindOrMakeDetails() noexcept
 {
@@ -44,14 +21,8 @@ HeadlessKey::Rare* HeadlessKey::FindOrMakeRare() noexcept
   return details ? details->rare.get() : nullptr;
 }
 
-Bool HeadlessKey::SetTime(const HostTime& time) noexcept
+Bool HeadlessKey::SetLongTime(const HostTime& time) noexcept
 {
-  constexpr Float kLargestNumerator = Float(Int(1) << (63 - kDenominatorBits));
-  if (IsWhole(time.numerator, kLargestNumerator) && IsWhole(time.denominator, Float(kDenominatorMask)) && time.denominator >= 1)
-  {
-    _time = static_cast<Int>(time.numerator) * (kDenominatorMask + 1) + static_cast<Int>(time.denominator);
-    return true;
-  }
   Rare* const rare = FindOrMakeRare();
   if (!rare)
     return false;
@@ -88,30 +59,6 @@ Bool HeadlessKey::SetLongModes(Int32 rotationMode, Int32 auxiliaryMode) noexcept
   return true;
 }
 
-Bool HeadlessKey::SetRotationMode(const KeyRotationMode& mode) noexcept
-{
-  const Bool isShort = !_hasLongModes && IsSmall(mode.mode);
-  if (!isShort && !SetLongModes(mode.mode, GetAuxiliaryMode()))
-    return false;
-  if (isShort)
-    _rotationMode = static_cast<std::int8_t>(mode.mode);
-  _rotationFirst = mode.first;
-  _rotationSecond = mode.second;
-  _hasRotationMode = true;
-  return true;
-}
-
-Bool HeadlessKey::SetAuxiliaryMode(Int32 mode) noexcept
-{
-  const Bool isShort = !_hasLongModes && IsSmall(mode);
-  if (!isShort && !SetLongModes(GetRotationMode().mode, mode))
-    return false;
-  if (isShort)
-    _auxiliaryMode = static_cast<std::int8_t>(mode);
-  _hasAuxiliaryMode = true;
-  return true;
-}
-
 const HostArray<Vector>& HeadlessKey::GetPoints() const noexcept
 {
   static const HostArray<Vector> none;
@@ -143,15 +90,8 @@ Bool HeadlessKey::GetParameter(const HostDescId& id, HostValue& value) const noe
   return found != nullptr;
 }
 
-Bool HeadlessKey::SetParameter(const HostDescId& id, const HostValue& value) noexcept
+Bool HeadlessKey::SetInTable(const HostDescId& id, const HostValue& value) noexcept
 {
-  const Rare* const rare = FindRare();
-  const Bool isSmall = value.GetKind() == HostValueKind::kInt && IsSmall(value.GetInt());
-  if (isSmall && IsSetting(id) && (!rare || rare->parameters.IsEmpty()))
-  {
-    _setting = static_cast<std::int8_t>(value.GetInt());
-    return true;
-  }
   HeadlessContainer* const parameters = FindOrMakeParameters();
   return parameters && parameters->Set(id, value);
 }

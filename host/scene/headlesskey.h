@@ -3,6 +3,8 @@
 // HeadlessKey: one key of a curve. Keys belong to their curve, which alone makes and frees them. They come by the million, so a key
 // is four words: what few keys have lies elsewhere.
 
+#include <bit>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 
@@ -65,10 +67,30 @@ public:
   {
     return {_hasLongModes ? _details->rare->rotationMode : _rotationMode, _rotationFirst, _rotationSecond};
   }
-  Bool SetRotationMode(const KeyRotationMode& mode) noexcept;
+  Bool SetRotationMode(const KeyRotationMode& mode) noexcept
+  {
+    const Bool isShort = !_hasLongModes && IsSmall(mode.mode);
+    if (!isShort && !SetLongModes(mode.mode, GetAuxiliaryMode()))
+      return false;
+    if (isShort)
+      _rotationMode = static_cast<std::int8_t>(mode.mode);
+    _rotationFirst = mode.first;
+    _rotationSecond = mode.second;
+    _hasRotationMode = true;
+    return true;
+  }
   Bool HasAuxiliaryMode() const noexcept { return _hasAuxiliaryMode; }
   Int32 GetAuxiliaryMode() const noexcept { return _hasLongModes ? _details->rare->auxiliaryMode : _auxiliaryMode; }
-  Bool SetAuxiliaryMode(Int32 mode) noexcept;
+  Bool SetAuxiliaryMode(Int32 mode) noexcept
+  {
+    const Bool isShort = !_hasLongModes && IsSmall(mode);
+    if (!isShort && !SetLongModes(GetRotationMode().mode, mode))
+      return false;
+    if (isShort)
+      _auxiliaryMode = static_cast<std::int8_t>(mode);
+    _hasAuxiliaryMode = true;
+    return true;
+  }
 
   /// The points that a key of a point track stores; empty for others.
   const HostArray<Vector>& GetPoints() const noexcept;
@@ -76,7 +98,14 @@ public:
 
   /// @return false for a parameter that was not set; value is untouched then.
   Bool GetParameter(const HostDescId& id, HostValue& value) const noexcept;
-  Bool SetParameter(const HostDescId& id, const HostValue& value) noexcept;
+  Bool SetParameter(const HostDescId& id, const HostValue& value) noexcept
+  {
+    const Bool isSmall = value.GetKind() == HostValueKind::kInt && IsSmall(value.GetInt());
+    if (!isSmall || !IsSetting(id) || HasParameterTable())
+      return SetInTable(id, value);
+    _setting = static_cast<std::int8_t>(value.GetInt());
+    return true;
+  }
   /// Puts all parameters into a table. @return false without memory.
   Bool CopyParametersTo(HeadlessContainer& table) const noexcept;
   /// The table itself, which costs memory of its own. Null without memory.
@@ -102,8 +131,28 @@ private:
     std::unique_ptr<Rare> rare;
   };
 
+  static Bool IsSmall(Int number) noexcept { return number > kNoSetting && number <= INT8_MAX; }
+  static Bool IsSetting(const HostDescId& id) noexcept { return id.GetDepth() == 1 && id[0].id == kKeySettingParameter; }
+  /// Whether a whole number below limit stands for it without loss. The negative zero is none.
+  static Bool IsWhole(Float number, Float limit) noexcept
+  {
+    return std::abs(number) < limit &&
+           std::bit_cast<UInt>(static_cast<Float>(static_cast<Int>(number))) == std::bit_cast<UInt>(number);
+  }
+
   /// The curve's: keys stand in the order of their times.
-  Bool SetTime(const HostTime& time) noexcept;
+  Bool SetTime(const HostTime& time) noexcept
+  {
+    constexpr Float kNumerators = Float(Int(1) << (63 - kDenominatorBits));
+    constexpr Float kDenominators = Float(Int(1) << kDenominatorBits);
+    if (!IsWhole(time.numerator, kNumerators) || !IsWhole(time.denominator, kDenominators) || time.denominator < 1)
+      return SetLongTime(time);
+    _time = (static_cast<Int>(time.numerator) << kDenominatorBits) + static_cast<Int>(time.denominator);
+    return true;
+  }
+  Bool SetLongTime(const HostTime& time) noexcept;
+  Bool HasParameterTable() const noexcept { return FindRare() && !FindRare()->parameters.IsEmpty(); }
+  Bool SetInTable(const HostDescId& id, const HostValue& value) noexcept;
 
   Details* FindOrMakeDetails() noexcept;
   Rare* FindOrMakeRare() noexcept;

@@ -127,16 +127,11 @@ void HeadlessCurve::CopyFrom(const HeadlessCurve& other) noexcept
   _keys = other._keys;
 }
 
-/// The place of the first key that is not before time; stands tells whether it is at that time.
-Int HeadlessCurve::FindPlace(Float seconds, Bool& stands) const noexcept
+Int HeadlessCurve::SearchPlace(Float seconds, Bool& stands) const noexcept
 {
-  stands = false;
-  const Int count = GetKeyCount();
-  if (count == 0 || _keys->lastSeconds < seconds)
-    return count;  // keys mostly come in order
   const BaseArray<HeadlessKey*>& places = _keys->places;
   Int low = 0;
-  Int high = count;
+  Int high = places.GetCount();
   while (low < high)
   {
     const Int middle = (low + high) / 2;

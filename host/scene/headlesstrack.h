@@ -71,7 +71,14 @@ private:
   Bool CopyKeys() noexcept;
   HeadlessKey* FindOwnPlace(HeadlessKey* key) noexcept;
   void Release() noexcept;
-  Int FindPlace(Float seconds, Bool& stands) const noexcept;
+  /// The place of the first key that is not before a time; stands tells whether it is at that time.
+  Int FindPlace(Float seconds, Bool& stands) const noexcept
+  {
+    stands = false;
+    const Int count = GetKeyCount();
+    return count == 0 || _keys->lastSeconds < seconds ? count : SearchPlace(seconds, stands);  // keys mostly come in order
+  }
+  Int SearchPlace(Float seconds, Bool& stands) const noexcept;
   HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;
   HeadlessKey* SplitSpline(Int place, const HostTime& time) noexcept;
   HeadlessKey* ExtendOutside(Int place, const HostTime& time) noexcept;
