@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "app/exitcode.h"
+#include "app/memoryneed.h"
 #include "host/platform/platform.h"
 #include "host/platform/process.h"
 #include "host/scenefile/scenefile.h"
@@ -79,7 +80,7 @@ int Session::LoadInput()
   // The suffix lets a text in; a GLB file is known by its content.
   if (const int code = CheckInput("stdin.gltf"))
     return code;
-  PrepareMemory();
+  PrepareMemoryFor(_path);
   if (const int code = StartHost())
     return code;
   if (const int code = MakeDocument())
@@ -102,7 +103,7 @@ int Session::ReadScene()
 {
   if (const int code = CheckInput("stdin.q7z.json"))
     return code;
-  PrepareMemory();
+  PrepareMemoryFor(_path);
   if (const int code = StartHost())
     return code;
   StartTimer();
@@ -182,18 +183,6 @@ int Session::CheckInput(const std::string& stdinName)
   if (!_arguments.output.empty() && _arguments.output != "-" && IsSameFile(_path, _arguments.output))
     return Fail(kUsage, "the output " + name + " is the input itself; give another name");
   return kDone;
-}
-
-/// A file of keys that is converted takes up to fifty times its size. Larger files are mostly arrays and pictures, which come in large
-/// blocks by themselves, and whose passing buffers would stay in the heap.
-void Session::PrepareMemory()
-{
-  constexpr Int kSmallestFile = Int(1) << 20;
-  constexpr Int kLargestFile = Int(64) << 20;
-  constexpr Int kGrowth = 64;
-  PlatformFile file;
-  if (file.Open(_path.c_str(), PlatformOpen::kRead) && file.GetLength() >= kSmallestFile && file.GetLength() <= kLargestFile)
-    ExpectAllocations(file.GetLength() * kGrowth);
 }
 
 Session::~Session()

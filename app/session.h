@@ -56,7 +56,6 @@ public:
 private:
   std::string ChooseImageFolder() const;
   int CheckInput(const std::string& stdinName);
-  void PrepareMemory();
   int MakeDocument();
   int JudgeLoad(const LoadReport& loaded);
   int FailInterrupted();

@@ -34,23 +34,34 @@ void* AllocateLarge(Int byteCount) noexcept
 
 #if defined(__linux__)
 
-/// How long a page takes to be there that is touched for the first time.
-std::chrono::steady_clock::duration TimeFirstTouch(Byte* page) noexcept
+/// Whether pages come slowly, by the times of those that have come.
+class PageTimer
 {
-  const auto before = std::chrono::steady_clock::now();
-  *static_cast<volatile Byte*>(page) = 0;
-  return std::chrono::steady_clock::now() - before;
-}
+public:
+  /// Touches a page for the first time. @return false once too much time was lost.
+  Bool Touch(Byte* page) noexcept
+  {
+    const auto before = std::chrono::steady_clock::now();
+    *static_cast<volatile Byte*>(page) = 0;
+    _lost = std::max(Duration::zero(), _lost + (std::chrono::steady_clock::now() - before) - kUsualTime);
+    return _lost < kMostLost;
+  }
+
+private:
+  using Duration = std::chrono::steady_clock::duration;
+  static constexpr auto kUsualTime = std::chrono::microseconds(700);  // 200 on an idle machine; a slow page takes 1000 to 4000
+  static constexpr auto kMostLost = std::chrono::milliseconds(5);
+
+  Duration _lost = Duration::zero();
+};
 
 #endif
 
 }  // namespace
 
-void UseLargePages([[maybe_unused]] void* start, [[maybe_unused]] Int byteCount) noexcept
+void UseLargePages([[maybe_unused]] void* start, [[maybe_unused]] Int byteCount, [[maybe_unused]] Int fetched) noexcept
 {
 #if defined(__linux__)
-  constexpr Int kTriedPages = 8;
-  constexpr auto kMostTime = std::chrono::milliseconds(7);  // a page takes 0.2 to 0.6, a slow one 1 to 4
   static std::atomic<Bool> areSlow = false;
   Byte* const begin = static_cast<Byte*>(start);
   const Int lead = -static_cast<Int>(reinterpret_cast<UInt>(begin)) & (kLargePageBytes - 1);
@@ -60,12 +71,12 @@ void UseLargePages([[maybe_unused]] void* start, [[maybe_unused]] Int byteCount)
   // Hints; without them the memory is merely slower to fill.
   Byte* page = begin + lead;
   madvise(page, static_cast<size_t>(pageCount * kLargePageBytes), MADV_HUGEPAGE);
-  auto spent = std::chrono::steady_clock::duration::zero();
-  for (Int i = 0; i < std::min(pageCount, kTriedPages); ++i)
+  PageTimer timer;
+  for (Int i = 0; i < std::min(pageCount, fetched / kLargePageBytes); ++i)
   {
-    spent += TimeFirstTouch(page);
+    const Bool isQuick = timer.Touch(page);
     page += kLargePageBytes;
-    if (spent < kMostTime)
+    if (isQuick)
       continue;
     areSlow.store(true, std::memory_order_relaxed);
     madvise(page, static_cast<size_t>((pageCount - i - 1) * kLargePageBytes), MADV_NOHUGEPAGE);

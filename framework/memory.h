@@ -14,8 +14,9 @@ inline constexpr Int kLargeBlockBytes = Int(4) << 20;
 
 /// Has fresh memory come in large pages, which takes a small part of the time, where the system gives them quickly. Where a virtual
 /// machine has handed its free memory back, each large page is fetched again bit by bit, while small pages are mostly at hand: so the
-/// first ones are tried, and once they come slowly the process keeps to small ones. Bytes at the starts of pages become 0.
-void UseLargePages(void* start, Int byteCount) noexcept;
+/// first ones are fetched here, and once they come slowly the process keeps to small ones.
+/// @param fetched  how many bytes from the start are fetched at once. The starts of their pages become 0.
+void UseLargePages(void* start, Int byteCount, Int fetched = Int(16) << 20) noexcept;
 
 /// @param byteCount  0 or more; 0 gives a valid, freeable block.
 /// @return memory of undefined content aligned for any scalar, or null when there is none (also for a negative count).

@@ -55,7 +55,7 @@ void CatchInterrupts(void (*function)(int signal))
   sigaction(SIGTERM, &action, nullptr);
 }
 
-void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
+void ExpectAllocations([[maybe_unused]] Int likely, [[maybe_unused]] Int most) noexcept
 {
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   constexpr int kUsualPad = 128 << 10;
@@ -67,7 +67,7 @@ void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
     return;
   const Int page = sysconf(_SC_PAGESIZE);
   const Int quarterOfMemory = page * (sysconf(_SC_PHYS_PAGES) / 4);
-  const Int room = std::min({byteCount, quarterOfMemory, Int(INT_MAX)});
+  const Int room = std::min({most, quarterOfMemory, Int(INT_MAX)});
   // A heap that gave memory back would have to take it again; what is large is not part of it.
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
   mallopt(M_TOP_PAD, static_cast<int>(room));
@@ -79,8 +79,8 @@ void ExpectAllocations([[maybe_unused]] Int byteCount) noexcept
   mallopt(M_TOP_PAD, kUsualPad);
   mallopt(M_MMAP_THRESHOLD, kMapped);
   const uintptr_t start = (before + page - 1) / page * page;
-  if (after > start)
-    UseLargePages(reinterpret_cast<void*>(start), static_cast<Int>(after - start));
+  const Int fetched = after > start ? std::min(likely, static_cast<Int>(after - start)) : 0;
+  UseLargePages(reinterpret_cast<void*>(start), fetched, fetched);
 #endif
 }
 

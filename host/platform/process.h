@@ -45,9 +45,10 @@ extern const Bool kIsAlwaysUtf8;
 /// than an atomic store.
 void CatchInterrupts(void (*function)(int signal));
 
-/// A hint: so many bytes are about to be taken in small pieces, most of which stay until the end. Room for them is set aside where
-/// the system gives it in large pages, which come many times faster; what is not used then costs nothing.
-void ExpectAllocations(Int byteCount) noexcept;
+/// A hint: bytes are about to be taken in small pieces, most of which stay until the end. Room for them is set aside in one piece.
+/// @param likely  these will be taken; they are fetched in large pages, which come many times faster, where the system gives them.
+/// @param most  more will not be taken; what is not used of it costs nothing.
+void ExpectAllocations(Int likely, Int most) noexcept;
 
 /// Reads from stdin while it lives, and lets an interruption end a wait.
 class InterruptibleInput

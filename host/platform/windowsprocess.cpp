@@ -97,7 +97,7 @@ bool TakesEscapes(std::FILE* stream) noexcept
   return GetConsoleMode(console, &mode) && SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-void ExpectAllocations(Int) noexcept
+void ExpectAllocations(Int, Int) noexcept
 {}
 
 void CatchInterrupts(void (*function)(int signal))
