@@ -404,26 +404,8 @@ const DataMember* DataDictionary::end() const noexcept
   return _block ? begin() + _block->count : nullptr;
 }
 
-/// All but texts, into a Data without content.
-void Data::CopyPlain(const Data& other) noexcept
-{
-  _kind = other._kind;
-  _isSingle = other._isSingle;
-  _form = other._form;
-  _shortCount = other._shortCount;
-  if (_form == DataArrayForm::kShort)
-    std::copy_n(other._singles, _shortCount, _singles);
-  else if (_kind == DataKind::kArray || _kind == DataKind::kDictionary)
-    _block = other._block;
-  else if (_kind == DataKind::kFloat)
-    _float = other._float;
-  else if (_kind == DataKind::kBool)
-    _bool = other._bool;
-  else
-    _int = other._int;
-}
-
-Data::Data(const Data& other) noexcept : _int(0)
+/// Takes a share of what another holds.
+void Data::Share(const Data& other) noexcept
 {
   if (other._kind == DataKind::kString)
   {
@@ -431,59 +413,28 @@ Data::Data(const Data& other) noexcept : _int(0)
     _kind = DataKind::kString;
     return;
   }
-  CopyPlain(other);
-  const Bool hasBlock = (_kind == DataKind::kArray && _form != DataArrayForm::kShort) || _kind == DataKind::kDictionary;
-  if (hasBlock)
-    AddReference(_block);
+  TakeBits(other);
+  AddReference(_block);
 }
 
-Data::Data(Data&& other) noexcept : _int(0)
-{
-  if (other._kind == DataKind::kString)
-  {
-    ::new (&_string) String(std::move(other._string));
-    _kind = DataKind::kString;
-    other._string.~String();
-  }
-  else
-    CopyPlain(other);
-  other._int = 0;
-  other._kind = DataKind::kNil;
-  other._form = DataArrayForm::kValues;
-}
-
-Data& Data::operator=(Data other) noexcept
-{
-  this->~Data();
-  ::new (this) Data(std::move(other));
-  return *this;
-}
-
-Data::~Data()
-{
-  ReleaseContent();
-}
-
-void Data::ReleaseContent() noexcept
+void Data::ReleaseMemory() noexcept
 {
   if (_kind == DataKind::kString)
     _string.~String();
   else if (_kind == DataKind::kDictionary)
     ReleaseBlock<DataMember>(_block);
-  else if (_kind == DataKind::kArray)
-  {
-    switch (_form)
-    {
-      case DataArrayForm::kValues: ReleaseBlock<Data>(_block); break;
-      case DataArrayForm::kInts: ReleaseBlock<Int>(_block); break;
-      case DataArrayForm::kFloats: ReleaseBlock<Float>(_block); break;
-      case DataArrayForm::kShort: break;
-    }
-  }
+  else if (_form == DataArrayForm::kInts)
+    ReleaseBlock<Int>(_block);
+  else if (_form == DataArrayForm::kFloats)
+    ReleaseBlock<Float>(_block);
+  else
+    ReleaseBlock<Data>(_block);
 }
 
 DataArrayForm Data::FindForm(const Data* elements, Int count) noexcept
 {
+  if (count == 0)
+    return DataArrayForm::kValues;
   const Data& first = elements[0];
   const auto isAlike = [&](const Data& element) { return element._kind == first._kind && element._isSingle == first._isSingle; };
   const Bool isInt = first._kind == DataKind::kInt;
@@ -502,49 +453,67 @@ Result<Data> Data::CreateArray(BaseArray<Data> elements) noexcept
 namespace
 {
 
-/// A block of count elements, made of those of an array by convert. Null without memory.
-template <typename T, typename Convert>
-DataBlock* MakeArrayBlock(Data* elements, Int count, DataArena* arena, Convert convert) noexcept
+/// A block of count elements, the i-th of which make(i) gives. Null without memory, and for no elements.
+template <typename T, typename Make>
+DataBlock* MakeArrayBlock(Int count, DataArena* arena, Make make) noexcept
 {
-  DataBlock* const block = AllocateBlock<T>(count, arena);
+  DataBlock* const block = count > 0 ? AllocateBlock<T>(count, arena) : nullptr;
   if (!block)
     return nullptr;
   for (Int i = 0; i < count; ++i)
-    ::new (block->GetElements<T>() + i) T(convert(elements[i]));
+    ::new (block->GetElements<T>() + i) T(make(i));
   block->count = count;
   return block;
 }
 
 }  // namespace
 
+/// Takes a block over that is null without memory or for no elements.
+Result<Data> Data::MakeArray(DataArrayForm form, Int count, DataBlock* block) noexcept
+{
+  if (count > 0 && !block)
+    return Error::OutOfMemory();
+  Data array;
+  array._block = block;
+  array._kind = DataKind::kArray;
+  array._form = form;
+  return array;
+}
+
 Result<Data> Data::CreateArray(Data* elements, Int count, DataArena* arena) noexcept
 {
-  Data array;
-  array._block = nullptr;
-  array._kind = DataKind::kArray;
-  if (count == 0)
-    return array;
   const DataArrayForm form = FindForm(elements, count);
+  DataBlock* block = nullptr;
   switch (form)
   {
     case DataArrayForm::kValues:
-      array._block = MakeArrayBlock<Data>(elements, count, arena, [](Data& element) -> Data&& { return std::move(element); });
+      block = MakeArrayBlock<Data>(count, arena, [=](Int i) -> Data&& { return std::move(elements[i]); });
       break;
-    case DataArrayForm::kInts:
-      array._block = MakeArrayBlock<Int>(elements, count, arena, [](const Data& element) { return element._int; });
-      break;
-    case DataArrayForm::kFloats:
-      array._block = MakeArrayBlock<Float>(elements, count, arena, [](const Data& element) { return element._float; });
-      break;
-    case DataArrayForm::kShort:
-      std::transform(elements, elements + count, array._singles,
-                     [](const Data& element) { return static_cast<Float32>(element._float); });
-      array._shortCount = static_cast<Byte>(count);
-      break;
+    case DataArrayForm::kInts: block = MakeArrayBlock<Int>(count, arena, [=](Int i) { return elements[i]._int; }); break;
+    case DataArrayForm::kFloats: block = MakeArrayBlock<Float>(count, arena, [=](Int i) { return elements[i]._float; }); break;
+    case DataArrayForm::kShort: return MakeShortArray(elements, count);
   }
-  if (form != DataArrayForm::kShort && !array._block)
-    return Error::OutOfMemory();
-  array._form = form;
+  return MakeArray(form, count, block);
+}
+
+Result<Data> Data::CreateArray(const Int* elements, Int count, DataArena* arena) noexcept
+{
+  return MakeArray(DataArrayForm::kInts, count, MakeArrayBlock<Int>(count, arena, [=](Int i) { return elements[i]; }));
+}
+
+Result<Data> Data::CreateArray(const Float* elements, Int count, DataArena* arena) noexcept
+{
+  return MakeArray(DataArrayForm::kFloats, count, MakeArrayBlock<Float>(count, arena, [=](Int i) { return elements[i]; }));
+}
+
+Data Data::MakeShortArray(const Data* elements, Int count) noexcept
+{
+  Data array;
+  for (Int i = 0; i < count; ++i)
+    array._singles[i] = static_cast<Float32>(elements[i]._float);
+  array._kind = DataKind::kArray;
+  array._form = DataArrayForm::kShort;
+  array._shortCount = static_cast<Byte>(count);
   return array;
 }
 

@@ -8,6 +8,7 @@
 // A parser makes the blocks of a document in one DataArena, so that a document lives in few allocations; an arena goes with the
 // last block that lies in it.
 
+#include <cstring>
 #include <iterator>
 
 #include "framework/basearray.h"
@@ -22,7 +23,7 @@ enum class DataKind : Byte
   kBool,
   kInt,
   kFloat,
-  kString,
+  kString,  // from here on a value may hold memory
   kArray,
   kDictionary,
 };
@@ -158,14 +159,32 @@ public:
   Data(DataDictionary value) noexcept : _block(value._block), _kind(DataKind::kDictionary) { value._block = nullptr; }
   Data(const void*) = delete;  // no pointer becomes a Bool
 
-  Data(const Data& other) noexcept;
-  Data(Data&& other) noexcept;
-  Data& operator=(Data other) noexcept;
-  ~Data();
+  Data(const Data& other) noexcept : Data()
+  {
+    if (other.HasMemory())
+      Share(other);
+    else
+      TakeBits(other);
+  }
+  Data(Data&& other) noexcept : Data()
+  {
+    TakeBits(other);
+    ::new (&other) Data;
+  }
+  Data& operator=(Data other) noexcept
+  {
+    ReleaseContent();
+    TakeBits(other);
+    ::new (&other) Data;
+    return *this;
+  }
+  ~Data() { ReleaseContent(); }
 
   /// An array that takes the elements over. The block lies in arena when one is given.
   static Result<Data> CreateArray(BaseArray<Data> elements) noexcept;
   static Result<Data> CreateArray(Data* elements, Int count, DataArena* arena) noexcept;  ///< moves from elements
+  static Result<Data> CreateArray(const Int* elements, Int count, DataArena* arena) noexcept;
+  static Result<Data> CreateArray(const Float* elements, Int count, DataArena* arena) noexcept;
 
   DataKind GetKind() const noexcept { return _kind; }
   Bool IsNil() const noexcept { return _kind == DataKind::kNil; }
@@ -188,9 +207,20 @@ public:
 private:
   static constexpr Int kMostShort = sizeof(String) / sizeof(Float32);
 
-  void CopyPlain(const Data& other) noexcept;
-  void ReleaseContent() noexcept;
+  /// Whether there is a counted block, or may be one.
+  Bool HasMemory() const noexcept { return _kind >= DataKind::kString && _form != DataArrayForm::kShort; }
+  /// Whatever kind it is, its bytes are all of it: a value moves with them, and what it moved from forgets them.
+  void TakeBits(const Data& other) noexcept { std::memcpy(static_cast<void*>(this), &other, sizeof(Data)); }
+  void Share(const Data& other) noexcept;
+  void ReleaseContent() noexcept
+  {
+    if (HasMemory())
+      ReleaseMemory();
+  }
+  void ReleaseMemory() noexcept;
   static DataArrayForm FindForm(const Data* elements, Int count) noexcept;
+  static Result<Data> MakeArray(DataArrayForm form, Int count, detail::DataBlock* block) noexcept;
+  static Data MakeShortArray(const Data* elements, Int count) noexcept;
   DataArrayView GetView() const noexcept;
   union
   {

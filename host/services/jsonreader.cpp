@@ -145,6 +145,12 @@ private:
   {
     if (depth > kDeepestJson)
       return MakeParseError(simdjson::DEPTH_ERROR);
+    ASSIGN_OR_RETURN(const bool areFloats, TakeNumbers<double>(array, dom::element_type::DOUBLE, _floats));
+    if (areFloats)
+      return Data::CreateArray(_floats.begin(), _floats.GetCount(), _arena.arena);
+    ASSIGN_OR_RETURN(const bool areInts, TakeNumbers<int64_t>(array, dom::element_type::INT64, _ints));
+    if (areInts)
+      return Data::CreateArray(_ints.begin(), _ints.GetCount(), _arena.arena);
     const Int first = _values.GetCount();
     for (const dom::element element : array)
     {
@@ -154,6 +160,21 @@ private:
     Result<Data> built = Data::CreateArray(_values.begin() + first, _values.GetCount() - first, _arena.arena);
     _values.Truncate(first);
     return built;
+  }
+
+  /// The elements of an array that are all numbers of one type, as in most arrays of most texts.
+  /// @return false for other arrays, empty ones among them.
+  template <typename Parsed, typename Number>
+  static Result<bool> TakeNumbers(const dom::array& array, dom::element_type type, BaseArray<Number>& numbers) noexcept
+  {
+    numbers.Truncate(0);
+    for (const dom::element element : array)
+    {
+      if (element.type() != type)
+        return false;
+      RETURN_IF_ERROR(numbers.Append(Parsed(element)));
+    }
+    return numbers.IsPopulated();
   }
 
   Result<Data> BuildObject(const dom::object& object, size_t depth) noexcept
@@ -211,6 +232,8 @@ private:
   ArenaOwner _arena;
   TextPool _pool;
   std::array<String, 256> _names;
+  BaseArray<Float> _floats;        // of one array
+  BaseArray<Int> _ints;            // the same
   BaseArray<Data> _values;         // of the arrays that are open
   BaseArray<DataMember> _members;  // of the objects that are open
 };
