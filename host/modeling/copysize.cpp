@@ -16,11 +16,8 @@ constexpr Int kParameterBytes = sizeof(HostDescId) + sizeof(HostValue) + 2 * siz
 Int EstimateParameters(const HeadlessContainer& parameters) noexcept
 {
   Int size = parameters.GetCount() * kParameterBytes;
-  for (Int i = 0; i < parameters.GetCount(); ++i)
-  {
-    if (const HeadlessContainer* const inner = parameters.GetEntry(i).container)
-      size += static_cast<Int>(sizeof(HeadlessContainer)) + EstimateParameters(*inner);
-  }
+  parameters.VisitContainers([&](const HeadlessContainer& inner) noexcept
+                             { size += static_cast<Int>(sizeof(HeadlessContainer)) + EstimateParameters(inner); });
   return size;
 }
 

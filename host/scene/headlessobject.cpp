@@ -68,6 +68,11 @@ TransformVectors HeadlessObject::GetVectors() const noexcept
   return _vectors ? *_vectors : TransformVectors();
 }
 
+Vector HeadlessObject::GetScale() const noexcept
+{
+  return _vectorsFollow ? DecomposeScale(_base.get(), _matrix) : GetVectors().scale;
+}
+
 Bool HeadlessObject::SetVectors(const TransformVectors& vectors) noexcept
 {
   return SetVectorsAndMatrix(vectors, ComposeLocalMatrix(_base.get(), vectors, _rotationOrder));

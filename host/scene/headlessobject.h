@@ -71,6 +71,8 @@ public:
   HostMatrix GetGlobalMatrix() const noexcept;
   void SetGlobalMatrix(const HostMatrix& matrix) noexcept;
   TransformVectors GetVectors() const noexcept;
+  /// The same as theirs, in less time.
+  Vector GetScale() const noexcept;
   /// Builds the matrix anew. @return false without memory: the matrix is the new one, and the vectors follow from it.
   Bool SetVectors(const TransformVectors& vectors) noexcept;
   /// Keeps both as given, whether they fit together or not. @return as SetVectors.

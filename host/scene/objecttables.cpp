@@ -67,7 +67,7 @@ public:
   Vector GetBaseScale(const HostObject* object) noexcept override { return ToHeadless(object)->GetBase().scale; }
   Vector GetRelativePosition(const HostObject* object) noexcept override { return ToHeadless(object)->GetVectors().position; }
   Vector GetRelativeRotation(const HostObject* object) noexcept override { return ToHeadless(object)->GetVectors().rotation; }
-  Vector GetRelativeScale(const HostObject* object) noexcept override { return ToHeadless(object)->GetVectors().scale; }
+  Vector GetRelativeScale(const HostObject* object) noexcept override { return ToHeadless(object)->GetScale(); }
   RotationOrder GetRotationOrder(const HostObject* object) noexcept override { return ToHeadless(object)->GetRotationOrder(); }
 };
 

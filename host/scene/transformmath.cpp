@@ -15,6 +15,23 @@ Vector DivideByScale(const Vector& lengths, const Vector& baseScale) noexcept
   return result;
 }
 
+/// All but the rotation. rest becomes what has it: what the base leaves of the matrix, with X turned round in a mirror.
+TransformVectors TakePositionAndScale(const BaseTransform* base, const HostMatrix& matrix, HostMatrix& rest) noexcept
+{
+  rest = base ? base->matrix.GetInverse() * matrix : matrix;
+  TransformVectors vectors;
+  vectors.position = rest.offset;
+  vectors.scale = {rest.axisX.GetLength(), rest.axisY.GetLength(), rest.axisZ.GetLength()};
+  if (rest.GetDeterminant() < 0)
+  {
+    vectors.scale.x = -vectors.scale.x;
+    rest.axisX = -rest.axisX;
+  }
+  if (base)
+    vectors.scale = DivideByScale(vectors.scale, base->scale);
+  return vectors;
+}
+
 }  // namespace
 
 HostMatrix ComposeLocalMatrix(const BaseTransform* base, const TransformVectors& vectors, RotationOrder order) noexcept
@@ -30,19 +47,16 @@ HostMatrix ComposeLocalMatrix(const BaseTransform* base, const TransformVectors&
 
 TransformVectors DecomposeLocalMatrix(const BaseTransform* base, const HostMatrix& matrix, RotationOrder order) noexcept
 {
-  HostMatrix rest = base ? base->matrix.GetInverse() * matrix : matrix;
-  TransformVectors vectors;
-  vectors.position = rest.offset;
-  vectors.scale = {rest.axisX.GetLength(), rest.axisY.GetLength(), rest.axisZ.GetLength()};
-  if (rest.GetDeterminant() < 0)
-  {
-    vectors.scale.x = -vectors.scale.x;
-    rest.axisX = -rest.axisX;
-  }
-  if (base)
-    vectors.scale = DivideByScale(vectors.scale, base->scale);
+  HostMatrix rest;
+  TransformVectors vectors = TakePositionAndScale(base, matrix, rest);
   vectors.rotation = MatrixToAnglesInOrder(rest, order);
   return vectors;
+}
+
+Vector DecomposeScale(const BaseTransform* base, const HostMatrix& matrix) noexcept
+{
+  HostMatrix rest;
+  return TakePositionAndScale(base, matrix, rest).scale;
 }
 
 }  // namespace q7z
