@@ -68,14 +68,6 @@ Bool MakeLink(const HostValue& value, WeakLink& link) noexcept
 
 HeadlessContainer::~HeadlessContainer() = default;
 
-/// @return false without memory.
-Bool HeadlessContainer::ReserveEntries(Int count) noexcept
-{
-  if (!_entries)
-    _entries.reset(new (std::nothrow) BaseArray<Entry>);
-  return _entries && !_entries->Reserve(count).HasError();
-}
-
 HostDescId HeadlessContainer::EntryId::Get() const noexcept
 {
   switch (_depth)
@@ -88,16 +80,19 @@ HostDescId HeadlessContainer::EntryId::Get() const noexcept
 
 Int HeadlessContainer::FindPlace(const EntryId& id) const noexcept
 {
-  if (!_entries)
-    return 0;
   const auto isBefore = [](const Entry& entry, const EntryId& wanted) { return entry.id < wanted; };
-  return std::lower_bound(_entries->begin(), _entries->end(), id, isBefore) - _entries->begin();
+  return std::lower_bound(_entries.begin(), _entries.end(), id, isBefore) - _entries.begin();
 }
 
-HeadlessContainer::Entry* HeadlessContainer::FindEntry(const EntryId& id) const noexcept
+const HeadlessContainer::Entry* HeadlessContainer::FindEntry(const EntryId& id) const noexcept
 {
   const Int place = FindPlace(id);
-  return place < GetEntryCount() && (*_entries)[place].id == id ? &(*_entries)[place] : nullptr;
+  return place < _entries.GetCount() && _entries[place].id == id ? &_entries[place] : nullptr;
+}
+
+HeadlessContainer::Entry* HeadlessContainer::FindEntry(const EntryId& id) noexcept
+{
+  return const_cast<Entry*>(std::as_const(*this).FindEntry(id));
 }
 
 const HostValue* HeadlessContainer::Find(const HostDescId& id) const noexcept
@@ -120,17 +115,13 @@ HeadlessContainer::Entry* HeadlessContainer::FindOrAddEntry(const EntryId& id) n
 {
   if (Entry* const found = FindEntry(id))
     return found;
-  const Int count = GetEntryCount();
+  const Int count = _entries.GetCount();
   // Most tables stay small: they grow by one entry at first.
-  const Bool isFull = !_entries || count == _entries->GetCapacity();
-  if (isFull && !ReserveEntries(count + 1 + (count < 4 ? 0 : count / 2)))
+  if (count == _entries.GetCapacity() && !_entries.Reserve(count + 1 + (count < 4 ? 0 : count / 2)))
     return nullptr;
-  const Int place = FindPlace(id);
   Entry entry;
   entry.id = id;
-  DropError(_entries->Append(std::move(entry)));  // there is room
-  std::rotate(_entries->begin() + place, _entries->end() - 1, _entries->end());
-  return &(*_entries)[place];
+  return &_entries.Insert(FindPlace(id), std::move(entry));
 }
 
 Int HeadlessContainer::GetSmallIntCount() const noexcept
@@ -202,8 +193,8 @@ Bool HeadlessContainer::Set(const HostDescId& id, const HostValue& value) noexce
 void HeadlessContainer::Erase(const HostDescId& id) noexcept
 {
   EraseSmallInt(id);
-  if (Entry* const entry = FindEntry(EntryId(id)))
-    _entries->Erase(entry - _entries->begin());
+  if (const Entry* const entry = FindEntry(EntryId(id)))
+    _entries.Erase(entry - _entries.begin());
 }
 
 HeadlessContainer* HeadlessContainer::GetContainer(Int32 id, Bool create) noexcept
@@ -237,7 +228,7 @@ HeadlessContainer::EntryView HeadlessContainer::GetEntry(Int index) const noexce
       return {smallInt.GetId(), &GetSmallInt(smallInt.slot), nullptr};
     ++before;
   }
-  const Entry& entry = (*_entries)[index - before];
+  const Entry& entry = _entries[index - before];
   const HostDescId id = entry.id.Get();
   if (entry.container)
     return {id, nullptr, entry.container.get()};
@@ -247,12 +238,10 @@ HeadlessContainer::EntryView HeadlessContainer::GetEntry(Int index) const noexce
 Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
 {
   Clear();
-  const Int count = other.GetEntryCount();
-  if (count > 0 && !ReserveEntries(count))
+  if (!_entries.Reserve(other._entries.GetCount()))
     return false;
-  for (Int i = 0; i < count; ++i)
+  for (const Entry& source : other._entries)
   {
-    const Entry& source = (*other._entries)[i];
     Entry entry;
     entry.id = source.id;
     entry.value = source.value;
@@ -264,7 +253,7 @@ Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
       Clear();
       return false;
     }
-    DropError(_entries->Append(std::move(entry)));  // there is room
+    _entries.Insert(_entries.GetCount(), std::move(entry));
   }
   _smallInts = other._smallInts;
   return true;
@@ -272,7 +261,7 @@ Bool HeadlessContainer::CopyFrom(const HeadlessContainer& other) noexcept
 
 void HeadlessContainer::Clear() noexcept
 {
-  _entries.reset();
+  _entries.Reset();
   _smallInts = {};
 }
 

@@ -10,7 +10,7 @@
 #include <array>
 #include <memory>
 
-#include "framework/basearray.h"
+#include "host/scene/compactarray.h"
 #include "host/scene/conversion.h"
 #include "host/scene/weaklink.h"
 #include "plugin/module/hostvalue.h"
@@ -35,7 +35,7 @@ public:
   /// The container under id, made when create is set (in the place of a value). Null when there is none or without memory.
   HeadlessContainer* GetContainer(Int32 id, Bool create) noexcept;
 
-  Int GetCount() const noexcept { return GetEntryCount() + GetSmallIntCount(); }
+  Int GetCount() const noexcept { return _entries.GetCount() + GetSmallIntCount(); }
   Bool IsEmpty() const noexcept { return GetCount() == 0; }
   /// The index-th entry in the order of the ids. Exactly one of value and container is set. The levels of the id have ids alone.
   struct EntryView
@@ -54,13 +54,23 @@ public:
   template <typename Visit>
   void VisitLinks(Visit&& visit) noexcept
   {
-    for (Int i = 0; i < GetEntryCount(); ++i)
+    for (Entry& entry : _entries)
     {
-      Entry& entry = (*_entries)[i];
       if (entry.container)
         entry.container->VisitLinks(visit);
       else if (entry.value.GetKind() == HostValueKind::kLink)
         visit(entry.link);
+    }
+  }
+
+  /// Calls visit(const HeadlessContainer&) for each container inside.
+  template <typename Visit>
+  void VisitContainers(Visit&& visit) const noexcept
+  {
+    for (const Entry& entry : _entries)
+    {
+      if (entry.container)
+        visit(std::as_const(*entry.container));
     }
   }
 
@@ -112,10 +122,9 @@ private:
     UInt32 slot : 8 = kNone;
   };
 
-  Int GetEntryCount() const noexcept { return _entries ? _entries->GetCount() : 0; }
-  Bool ReserveEntries(Int count) noexcept;
   Int FindPlace(const EntryId& id) const noexcept;
-  Entry* FindEntry(const EntryId& id) const noexcept;
+  const Entry* FindEntry(const EntryId& id) const noexcept;
+  Entry* FindEntry(const EntryId& id) noexcept;
   Entry* FindOrAddEntry(const EntryId& id) noexcept;
 
   Int GetSmallIntCount() const noexcept;
@@ -123,8 +132,8 @@ private:
   Bool SetSmallInt(const HostDescId& id, const HostValue& value) noexcept;
   void EraseSmallInt(const HostDescId& id) noexcept;
 
-  std::unique_ptr<BaseArray<Entry>> _entries;  // sorted by id; null until there is one
-  std::array<SmallInt, 2> _smallInts;          // sorted by id, those without a number behind
+  CompactArray<Entry> _entries;        // sorted by id
+  std::array<SmallInt, 2> _smallInts;  // sorted by id, those without a number behind
 };
 
 }  // namespace q7z
