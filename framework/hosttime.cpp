@@ -12,6 +12,13 @@ constexpr Float kTicksPerSecond = 1000;
 constexpr Float kLargestSeconds = 1e15;
 constexpr Float kLargestInteger = 2147483520.0;
 
+/// For a value of at most 1e18 either way.
+Float Floor(Float value) noexcept
+{
+  const Float towardsZero = static_cast<Float>(static_cast<Int>(value));
+  return towardsZero > value ? towardsZero - 1 : towardsZero;
+}
+
 /// Beyond 32 bits the common divisor is found in floating point.
 HostTime ReduceLarge(Float ticks, Float magnitude) noexcept
 {
@@ -54,7 +61,7 @@ HostTime HostTimeFromSeconds(Float seconds) noexcept
   if (std::isnan(seconds))
     return {0, 1};
   const Float clamped = seconds < -kLargestSeconds ? -kLargestSeconds : seconds > kLargestSeconds ? kLargestSeconds : seconds;
-  const Float ticks = std::floor(clamped * kTicksPerSecond + 0.5);
+  const Float ticks = Floor(clamped * kTicksPerSecond + 0.5);
   const Float magnitude = std::fabs(ticks);
   if (magnitude < 0.001)
     return {0, 1};

@@ -145,7 +145,7 @@ Int HeadlessCurve::SearchPlace(Float seconds, Bool& stands) const noexcept
 }
 
 /// The keys are this curve's alone.
-HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
+HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time, Float seconds) noexcept
 {
   HeadlessKey* const key = _keys->Make(time);
   if (!key)
@@ -154,7 +154,7 @@ HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time) noexcept
   const Int last = places.GetCount() - 1;
   if (place == last)
   {
-    _keys->lastSeconds = time.GetSeconds();
+    _keys->lastSeconds = seconds;
     return key;
   }
   for (Int i = last; i > place; --i)
@@ -170,7 +170,7 @@ HeadlessKey* HeadlessCurve::AddKey(const HostTime& time, Int* index) noexcept
     return nullptr;
   Bool stands = false;
   const Int place = FindPlace(seconds, stands);
-  HeadlessKey* const key = stands ? _keys->places[place] : InsertKey(place, time);
+  HeadlessKey* const key = stands ? _keys->places[place] : InsertKey(place, time, seconds);
   if (key && index)
     *index = place;
   return key;
@@ -258,7 +258,7 @@ HeadlessKey* HeadlessCurve::AddKeyAdapted(const HostTime& time) noexcept
   if (left.GetInterpolation() == InterpolationMode::Spline)
     return SplitSpline(place, time);
   const Float value = EvaluateSegment(left, *_keys->places[place], seconds);
-  HeadlessKey* const key = InsertKey(place, time);
+  HeadlessKey* const key = InsertKey(place, time, seconds);
   if (key)
   {
     key->SetValue(value);
@@ -279,7 +279,7 @@ HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcep
   HeadlessKey spare;
   if (!spare.SetTime(time) || !SetLeft(spare, MakeTangent(parts.left.points[3], parts.left.points[2])))
     return nullptr;
-  HeadlessKey* const key = InsertKey(place, time);
+  HeadlessKey* const key = InsertKey(place, time, time.GetSeconds());
   if (!key)
     return nullptr;
   std::swap(key->_details, spare._details);
@@ -296,7 +296,7 @@ HeadlessKey* HeadlessCurve::SplitSpline(Int place, const HostTime& time) noexcep
 /// loses its value, so that it holds on.
 HeadlessKey* HeadlessCurve::ExtendOutside(Int place, const HostTime& time) noexcept
 {
-  HeadlessKey* const key = InsertKey(place, time);
+  HeadlessKey* const key = InsertKey(place, time, time.GetSeconds());
   if (!key || GetKeyCount() == 1)
     return key;
   HeadlessKey& nearest = *_keys->places[place == 0 ? 1 : place - 1];

@@ -79,7 +79,7 @@ private:
     return count == 0 || _keys->lastSeconds < seconds ? count : SearchPlace(seconds, stands);  // keys mostly come in order
   }
   Int SearchPlace(Float seconds, Bool& stands) const noexcept;
-  HeadlessKey* InsertKey(Int place, const HostTime& time) noexcept;
+  HeadlessKey* InsertKey(Int place, const HostTime& time, Float seconds) noexcept;
   HeadlessKey* SplitSpline(Int place, const HostTime& time) noexcept;
   HeadlessKey* ExtendOutside(Int place, const HostTime& time) noexcept;
 
