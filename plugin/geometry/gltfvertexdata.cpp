@@ -246,6 +246,13 @@ UInt32 VertexData::GetHash(const Key& key) noexcept
   return static_cast<UInt32>(MixBits(hash ^ PackPair(key.color.b, key.color.a)));
 }
 
+Bool VertexData::HasNumbers(Int32 vertex, const Vector32& normal, const Vector32& uv, const VertexColor& color) const noexcept
+{
+  const Byte* const bytes = _vertices.GetVertex(vertex);
+  return _normals.IsEqual(bytes, normal) && _uvs.IsEqual(bytes, {uv.x, uv.y}) && HasUvDepth(vertex, uv) &&
+         _polygonColors.IsEqual(bytes, color);
+}
+
 /// For a point that has vertices that can be found.
 Int32 VertexData::FindAmongCopies(const Key& key) const noexcept
 {

@@ -119,14 +119,13 @@ public:
   Bool IsKept() const noexcept { return _offset != VertexLayout::kNone; }
   Int GetCount() const noexcept { return IsKept() ? _vertices->GetCount() : 0; }
 
-  /// @param vertex  the first byte of one without a NaN. Equal numbers mostly have equal bits; 0 and -0 have not.
-  Bool IsEqual(const Byte* vertex, const T& value) const noexcept
+  /// @param vertex  its first byte. True where nothing is kept.
+  Bool HasBits(const Byte* vertex, const T& value) const noexcept
   {
     // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits, on purpose
-    if (!IsKept() || std::memcmp(vertex + _offset, &value, sizeof(T)) == 0) [[likely]]
-      return true;
-    return Get(vertex) == value;
+    return !IsKept() || std::memcmp(vertex + _offset, &value, sizeof(T)) == 0;
   }
+  Bool IsEqual(const Byte* vertex, const T& value) const noexcept { return !IsKept() || Get(vertex) == value; }
   /// @param vertex  its first byte. Nothing is set where nothing is kept.
   T Get(const Byte* vertex) const noexcept
   {
@@ -225,12 +224,17 @@ private:
     VertexColor color;
   };
   Key GetKey(Int32 vertex) const noexcept;
+  /// @param vertex  one without a NaN.
   Bool HasValues(Int32 vertex, const Vector32& normal, const Vector32& uv, const VertexColor& color) const noexcept
   {
+    // Equal numbers mostly have equal bits; 0 and -0 have not.
     const Byte* const bytes = _vertices.GetVertex(vertex);
-    return _normals.IsEqual(bytes, normal) && _uvs.IsEqual(bytes, {uv.x, uv.y}) && _polygonColors.IsEqual(bytes, color) &&
-           (!_uvs.IsKept() || GetUvDepth(vertex) == uv.z);
+    const Bool hasBits = _normals.HasBits(bytes, normal) && _uvs.HasBits(bytes, {uv.x, uv.y}) && HasUvDepth(vertex, uv) &&
+                         _polygonColors.HasBits(bytes, color);
+    return hasBits || HasNumbers(vertex, normal, uv, color);
   }
+  Bool HasNumbers(Int32 vertex, const Vector32& normal, const Vector32& uv, const VertexColor& color) const noexcept;
+  Bool HasUvDepth(Int32 vertex, const Vector32& uv) const noexcept { return !_uvs.IsKept() || GetUvDepth(vertex) == uv.z; }
   Bool HasValues(Int32 vertex, const Key& key) const noexcept { return HasValues(vertex, key.normal, key.uv, key.color); }
   Float32 GetUvDepth(Int32 vertex) const noexcept { return _uvDepths.IsEmpty() ? _uvDepth : _uvDepths[vertex]; }
   Vector32 GetNormalOf(Int32 vertex) const noexcept;

@@ -146,6 +146,30 @@ TEST(SavedIndices, AreShortAsLongAsTheyCan)
   }
 }
 
+// A fan whose middle has another UV in every polygon: so many vertices that the room for them moves while they are made.
+TEST(SavedIndices, StayWhatTheyAreWhereVerticesBecomeMany)
+{
+  constexpr int kPolygons = 65535;
+  std::string points = "0,0,0, 0,0,1";
+  std::string polygons;
+  std::string uvs;
+  for (int i = 0; i < kPolygons; ++i)
+  {
+    const std::string last = std::to_string(i + 2);
+    points += ", 0,0," + last;
+    polygons += (i ? ", 0," : "0,") + std::to_string(i + 1) + "," + last + "," + last;
+    uvs += (i ? ", " : "") + std::to_string(i) + ",0,0, 0,0,0, 0,0,0, 0,0,0";
+  }
+  const SavedFile file(SceneText(Mesh(points, polygons, Uvs(uvs))), kPlain);
+  EXPECT_EQ(file.At("accessors/0/max"), "[131070.0]");
+  EXPECT_EQ(file.At("accessors/1/count"), "131071");
+  const std::string indices = file.At("mesh 0 indices");
+  EXPECT_TRUE(indices.starts_with("0 1 2 65537 2 3 65538 3 4 "));
+  EXPECT_TRUE(indices.ends_with(" 131070 65535 65536"));
+  EXPECT_NE(file.At("mesh 0 POSITION").find(" 0 0 65536 0 0 0 "), std::string::npos);
+  EXPECT_TRUE(file.At("mesh 0 TEXCOORD_0").ends_with(" 65533 0 65534 0"));
+}
+
 struct InfluenceRow
 {
   const char* name;
