@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "framework/basearray.h"
 #include "host/scene/headlesskey.h"
 #include "host/scene/headlessnode.h"
 
