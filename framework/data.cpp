@@ -39,7 +39,7 @@ namespace
 using detail::DataBlock;
 
 // A new dictionary's room. Nodes are the most of a large document: name, mesh or children, translation, rotation, scale.
-constexpr Int kFirstMembers = 6;
+constexpr Int kFirstMembers = 5;
 // Up to here a dictionary is searched from end to end.
 constexpr Int kSmallDictionary = 16;
 constexpr Int kMostMembers = Int(1) << 32;  // of a dictionary with an index

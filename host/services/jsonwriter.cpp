@@ -20,6 +20,7 @@ namespace
 {
 
 constexpr size_t kIndent = 2;
+constexpr size_t kLongestNumber = 40;  // none is as long, even with ".0" behind it
 // The elements of an array that is written by several threads, of a batch of it, and of the part of that which one thread writes.
 constexpr Int kLongArray = 2048;
 constexpr Int kBatch = 4096;
@@ -44,13 +45,14 @@ public:
     *MakeRoom(1) = byte;
     ++_used;
   }
-  void AppendBlanks(size_t count)
+  /// Where up to byteCount bytes can be written, of which Use tells how many were.
+  Char* MakeRoom(size_t byteCount)
   {
-    if (count == 0)
-      return;
-    std::memset(MakeRoom(count), ' ', count);
-    _used += count;
+    if (_used + byteCount > GetCapacity())
+      Grow(_used + byteCount);
+    return _block.Get()->GetBytes() + _used;
   }
+  void Use(size_t byteCount) noexcept { _used += byteCount; }
   void Clear() noexcept { _used = 0; }
   size_t GetLength() const noexcept { return _used; }
   std::string_view GetView() const noexcept
@@ -75,13 +77,6 @@ public:
 
 private:
   size_t GetCapacity() const noexcept { return _block ? static_cast<size_t>(_block.Get()->GetByteCount()) : 0; }
-
-  Char* MakeRoom(size_t byteCount)
-  {
-    if (_used + byteCount > GetCapacity())
-      Grow(_used + byteCount);
-    return _block.Get()->GetBytes() + _used;
-  }
 
   void Grow(size_t minimum)
   {
@@ -164,8 +159,11 @@ private:
   {
     if (!_formatted)
       return;
-    _text.Append('\n');
-    _text.AppendBlanks(depth * kIndent);
+    const size_t blankCount = depth * kIndent;
+    Char* const line = _text.MakeRoom(1 + blankCount);
+    line[0] = '\n';
+    std::memset(line + 1, ' ', blankCount);
+    _text.Use(1 + blankCount);
   }
 
   static Error MakeDepthError() noexcept
@@ -273,9 +271,8 @@ private:
 
   void WriteInt(Int value)
   {
-    char digits[24];
-    const std::to_chars_result result = std::to_chars(digits, digits + sizeof(digits), value);
-    _text.Append({digits, static_cast<size_t>(result.ptr - digits)});
+    Char* const digits = _text.MakeRoom(kLongestNumber);
+    _text.Use(static_cast<size_t>(std::to_chars(digits, digits + kLongestNumber, value).ptr - digits));
   }
 
   Result<void> WriteFloat(Float value, Bool single)
@@ -284,14 +281,16 @@ private:
     const Float32 rounded = single ? static_cast<Float32>(value) : 0;
     if (!std::isfinite(value) || !std::isfinite(rounded))
       return MAKE_ERROR(ErrorClass::kIllegalArgument, "JSON has no number that is not finite."_s);
-    char digits[40];
-    const std::to_chars_result result =
-      single ? std::to_chars(digits, digits + sizeof(digits), rounded) : std::to_chars(digits, digits + sizeof(digits), value);
-    const std::string_view number(digits, static_cast<size_t>(result.ptr - digits));
-    _text.Append(number);
+    Char* const digits = _text.MakeRoom(kLongestNumber);
+    Char* const room = digits + kLongestNumber;
+    Char* end = single ? std::to_chars(digits, room, rounded).ptr : std::to_chars(digits, room, value).ptr;
     // A float always shows that it is one.
-    if (number.find_first_of(".e") == std::string_view::npos)
-      _text.Append(".0");
+    if (std::none_of(digits, end, [](Char digit) { return digit == '.' || digit == 'e'; }))
+    {
+      *end++ = '.';
+      *end++ = '0';
+    }
+    _text.Use(static_cast<size_t>(end - digits));
     return {};
   }
 
