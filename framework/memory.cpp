@@ -32,56 +32,61 @@ void* AllocateLarge(Int byteCount) noexcept
   return block;
 }
 
+PageFetcher g_fetchPages = nullptr;
+
 #if defined(__linux__)
 
-/// Whether pages come slowly, by the times of those that have come.
-class PageTimer
+/// How long a page takes to be there that is touched for the first time.
+std::chrono::steady_clock::duration TimeFirstTouch(Byte* page) noexcept
 {
-public:
-  /// Touches a page for the first time. @return false once too much time was lost.
-  Bool Touch(Byte* page) noexcept
-  {
-    const auto before = std::chrono::steady_clock::now();
-    *static_cast<volatile Byte*>(page) = 0;
-    _lost = std::max(Duration::zero(), _lost + (std::chrono::steady_clock::now() - before) - kUsualTime);
-    return _lost < kMostLost;
-  }
+  const auto before = std::chrono::steady_clock::now();
+  *static_cast<volatile Byte*>(page) = 0;
+  return std::chrono::steady_clock::now() - before;
+}
 
-private:
-  using Duration = std::chrono::steady_clock::duration;
-  static constexpr auto kUsualTime = std::chrono::microseconds(700);  // 200 on an idle machine; a slow page takes 1000 to 4000
-  static constexpr auto kMostLost = std::chrono::milliseconds(5);
-
-  Duration _lost = Duration::zero();
-};
-
-#endif
-
-}  // namespace
-
-void UseLargePages([[maybe_unused]] void* start, [[maybe_unused]] Int byteCount, [[maybe_unused]] Int fetched) noexcept
+void TryLargePages(Byte* page, Int pageCount) noexcept
 {
-#if defined(__linux__)
+  constexpr Int kTriedPages = 8;
+  constexpr auto kMostTime = std::chrono::milliseconds(7);  // a page takes 0.2 to 0.6, a slow one 1 to 4
   static std::atomic<Bool> areSlow = false;
-  Byte* const begin = static_cast<Byte*>(start);
-  const Int lead = -static_cast<Int>(reinterpret_cast<UInt>(begin)) & (kLargePageBytes - 1);
-  const Int pageCount = (byteCount - lead) / kLargePageBytes;
-  if (pageCount < 1 || areSlow.load(std::memory_order_relaxed))
+  if (areSlow.load(std::memory_order_relaxed))
     return;
   // Hints; without them the memory is merely slower to fill.
-  Byte* page = begin + lead;
   madvise(page, static_cast<size_t>(pageCount * kLargePageBytes), MADV_HUGEPAGE);
-  PageTimer timer;
-  for (Int i = 0; i < std::min(pageCount, fetched / kLargePageBytes); ++i)
+  auto spent = std::chrono::steady_clock::duration::zero();
+  for (Int i = 0; i < std::min(pageCount, kTriedPages); ++i)
   {
-    const Bool isQuick = timer.Touch(page);
+    spent += TimeFirstTouch(page);
     page += kLargePageBytes;
-    if (isQuick)
+    if (spent < kMostTime)
       continue;
     areSlow.store(true, std::memory_order_relaxed);
     madvise(page, static_cast<size_t>((pageCount - i - 1) * kLargePageBytes), MADV_NOHUGEPAGE);
     return;
   }
+}
+
+#endif
+
+}  // namespace
+
+void SetPageFetcher(PageFetcher fetch) noexcept
+{
+  g_fetchPages = fetch;
+}
+
+void UseLargePages([[maybe_unused]] void* start, [[maybe_unused]] Int byteCount) noexcept
+{
+#if defined(__linux__)
+  Byte* const begin = static_cast<Byte*>(start);
+  const Int lead = -static_cast<Int>(reinterpret_cast<UInt>(begin)) & (kLargePageBytes - 1);
+  const Int pageCount = (byteCount - lead) / kLargePageBytes;
+  if (pageCount < 1)
+    return;
+  if (g_fetchPages)
+    g_fetchPages(begin + lead, pageCount * kLargePageBytes);
+  else
+    TryLargePages(begin + lead, pageCount);
 #endif
 }
 

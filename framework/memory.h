@@ -14,9 +14,15 @@ inline constexpr Int kLargeBlockBytes = Int(4) << 20;
 
 /// Has fresh memory come in large pages, which takes a small part of the time, where the system gives them quickly. Where a virtual
 /// machine has handed its free memory back, each large page is fetched again bit by bit, while small pages are mostly at hand: so the
-/// first ones are fetched here, and once they come slowly the process keeps to small ones.
-/// @param fetched  how many bytes from the start are fetched at once. The starts of their pages become 0.
-void UseLargePages(void* start, Int byteCount, Int fetched = Int(16) << 20) noexcept;
+/// first ones are tried, and once they come slowly the process keeps to small ones. Bytes at the starts of pages may become 0.
+void UseLargePages(void* start, Int byteCount) noexcept;
+
+/// Fetches the pages of memory that is about to be filled, on another thread; byteCount is of whole large pages that the system was
+/// asked for. It changes no bytes, and what is freed meanwhile does no harm.
+using PageFetcher = void (*)(void* start, Int byteCount) noexcept;
+/// From now on large memory of this copy of the framework has its pages fetched so, and none is tried. For the program alone, before
+/// it has other threads.
+void SetPageFetcher(PageFetcher fetch) noexcept;
 
 /// @param byteCount  0 or more; 0 gives a valid, freeable block.
 /// @return memory of undefined content aligned for any scalar, or null when there is none (also for a negative count).

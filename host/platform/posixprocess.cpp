@@ -80,7 +80,7 @@ void ExpectAllocations([[maybe_unused]] Int likely, [[maybe_unused]] Int most) n
   mallopt(M_MMAP_THRESHOLD, kMapped);
   const uintptr_t start = (before + page - 1) / page * page;
   const Int fetched = after > start ? std::min(likely, static_cast<Int>(after - start)) : 0;
-  UseLargePages(reinterpret_cast<void*>(start), fetched, fetched);
+  UseLargePages(reinterpret_cast<void*>(start), fetched);
 #endif
 }
 

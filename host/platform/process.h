@@ -50,6 +50,10 @@ void CatchInterrupts(void (*function)(int signal));
 /// @param most  more will not be taken; what is not used of it costs nothing.
 void ExpectAllocations(Int likely, Int most) noexcept;
 
+/// Has the pages of large memory fetched ahead of their use by a thread that lasts as long as the process. Does nothing where the
+/// system cannot, or with a single processor.
+void StartFetchingPages() noexcept;
+
 /// Reads from stdin while it lives, and lets an interruption end a wait.
 class InterruptibleInput
 {

@@ -100,6 +100,9 @@ bool TakesEscapes(std::FILE* stream) noexcept
 void ExpectAllocations(Int, Int) noexcept
 {}
 
+void StartFetchingPages() noexcept
+{}
+
 void CatchInterrupts(void (*function)(int signal))
 {
   g_onInterrupt.store(function);
