@@ -49,7 +49,8 @@ void TryLargePages(Byte* page, Int pageCount) noexcept
   constexpr Int kTriedPages = 8;
   constexpr auto kMostTime = std::chrono::milliseconds(7);  // a page takes 0.2 to 0.6, a slow one 1 to 4
   static std::atomic<Bool> areSlow = false;
-  if (areSlow.load(std::memory_order_relaxed))
+  // Where all would be tried, there is more to lose than to gain.
+  if (pageCount < kTriedPages || areSlow.load(std::memory_order_relaxed))
     return;
   // Hints; without them the memory is merely slower to fill.
   madvise(page, static_cast<size_t>(pageCount * kLargePageBytes), MADV_HUGEPAGE);

@@ -3,6 +3,7 @@
 
 #include "bench/suite/revision.h"
 #include "bench/suite/sizes.h"
+#include "host/platform/process.h"
 
 #include <benchmark/benchmark.h>
 #include <string>
@@ -19,6 +20,7 @@ int main(int argc, char** argv)
     arguments.push_back(word.data());
   int count = static_cast<int>(arguments.size());
 
+  q7z::StartFetchingPages();  // as q7z does
   benchmark::AddCustomContext("compiler", Q7Z_COMPILER);
   benchmark::AddCustomContext("build type", Q7Z_BUILD_TYPE);
   benchmark::AddCustomContext("revision", q7z::bench::kRevision);
