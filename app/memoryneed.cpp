@@ -54,6 +54,16 @@ private:
   PlatformFile& _file;
 };
 
+/// What a load keeps in small pieces, or less. Objects take twelve times their JSON; the keys of animations far more, up to eight times
+/// the file.
+Int GuessHeap(Int fileBytes, Int jsonBytes) noexcept
+{
+  constexpr Int kGrowth = 8;
+  constexpr Int kMostGrowthOfJson = 64;
+  constexpr Int kMostForKeys = Int(96) << 20;
+  return std::min({kGrowth * fileBytes, kMostGrowthOfJson * jsonBytes, kGrowth * jsonBytes + kMostForKeys});
+}
+
 }  // namespace
 
 /// A file of keys that is converted takes up to fifty times its size. Larger files are mostly arrays and pictures, which come in large
@@ -63,15 +73,12 @@ void PrepareMemoryFor(const std::string& path)
   constexpr Int kSmallestFile = Int(1) << 20;
   constexpr Int kLargestFile = Int(64) << 20;
   constexpr Int kMostGrowth = 64;
-  constexpr Int kLikelyGrowth = 8;
-  constexpr Int kLikelyGrowthOfJson = 64;
   PlatformFile file;
   if (!file.Open(path.c_str(), PlatformOpen::kRead) || file.GetLength() < kSmallestFile)
     return;
   StartFetchingPages();
-  const Int likely = std::min(file.GetLength() * kLikelyGrowth, JsonShare(file).Estimate() * kLikelyGrowthOfJson);
   if (file.GetLength() <= kLargestFile)
-    ExpectAllocations(likely, file.GetLength() * kMostGrowth);
+    ExpectAllocations(GuessHeap(file.GetLength(), JsonShare(file).Estimate()), file.GetLength() * kMostGrowth);
 }
 
 }  // namespace q7z::app

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -24,12 +25,31 @@ namespace
 
 constexpr Int kFetchedAtOnce = Int(2) << 20;
 
+/// While it lives, no signal reaches this thread, nor ever one that it starts: signals are for the threads that wait for something.
+class NoSignals
+{
+public:
+  NoSignals() noexcept
+  {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &_before);
+  }
+  NoSignals(const NoSignals&) = delete;
+  NoSignals& operator=(const NoSignals&) = delete;
+  ~NoSignals() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
+
+private:
+  sigset_t _before;
+};
+
 class PageThread
 {
 public:
   /// Throws when there is no thread to be had.
   PageThread()
   {
+    const NoSignals blocked;
     std::thread([this] { Run(); }).detach();
   }
 
