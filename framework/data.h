@@ -210,7 +210,10 @@ private:
   /// Whether there is a counted block, or may be one.
   Bool HasMemory() const noexcept { return _kind >= DataKind::kString && _form != DataArrayForm::kShort; }
   /// Whatever kind it is, its bytes are all of it: a value moves with them, and what it moved from forgets them.
-  void TakeBits(const Data& other) noexcept { std::memcpy(static_cast<void*>(this), &other, sizeof(Data)); }
+  void TakeBits(const Data& other) noexcept
+  {
+    std::memcpy(static_cast<void*>(this), static_cast<const void*>(&other), sizeof(Data));
+  }
   void Share(const Data& other) noexcept;
   void ReleaseContent() noexcept
   {

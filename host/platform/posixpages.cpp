@@ -64,7 +64,7 @@ public:
   }
   catch (...)
   {
-    // Without memory to note them the pages come when they are touched.
+    return;  // without memory to note them the pages come when they are touched
   }
 
 private:
@@ -162,7 +162,7 @@ try
 }
 catch (...)
 {
-  // Pages then come when they are touched.
+  return;  // pages then come when they are touched
 }
 
 }  // namespace q7z
