@@ -55,7 +55,7 @@ Bool HeadlessKey::SetLongModes(Int32 rotationMode, Int32 auxiliaryMode) noexcept
     return false;
   rare->rotationMode = rotationMode;
   rare->auxiliaryMode = auxiliaryMode;
-  _hasLongModes = true;
+  _settings.hasLongModes = true;
   return true;
 }
 
@@ -78,9 +78,9 @@ Bool HeadlessKey::SetPoints(HostArray<Vector> points) noexcept
 
 Bool HeadlessKey::GetParameter(const HostDescId& id, HostValue& value) const noexcept
 {
-  if (_setting != kNoSetting && IsSetting(id))
+  if (_settings.parameter != kNoNumber && IsSetting(id))
   {
-    value = HostValue(Int(_setting));
+    value = HostValue(Int(_settings.parameter));
     return true;
   }
   const Rare* const rare = FindRare();
@@ -101,14 +101,14 @@ HeadlessContainer* HeadlessKey::FindOrMakeParameters() noexcept
   Rare* const rare = FindOrMakeRare();
   if (!rare || !CopyParametersTo(rare->parameters))
     return nullptr;
-  _setting = kNoSetting;
+  _settings.parameter = kNoNumber;
   return &rare->parameters;
 }
 
 Bool HeadlessKey::CopyParametersTo(HeadlessContainer& table) const noexcept
 {
-  if (_setting != kNoSetting)
-    return table.Set(HostDescId(kKeySettingParameter), HostValue(Int(_setting)));
+  if (_settings.parameter != kNoNumber)
+    return table.Set(HostDescId(kKeySettingParameter), HostValue(Int(_settings.parameter)));
   const Rare* const rare = FindRare();
   return !rare || &rare->parameters == &table || table.CopyFrom(rare->parameters);
 }
@@ -129,15 +129,7 @@ Bool HeadlessKey::CopyFrom(const HeadlessKey& other) noexcept
       return false;
   }
   _value = other._value;
-  _interpolation = other._interpolation;
-  _hasRotationMode = other._hasRotationMode;
-  _rotationFirst = other._rotationFirst;
-  _rotationSecond = other._rotationSecond;
-  _hasAuxiliaryMode = other._hasAuxiliaryMode;
-  _hasLongModes = other._hasLongModes;
-  _setting = other._setting;
-  _rotationMode = other._rotationMode;
-  _auxiliaryMode = other._auxiliaryMode;
+  _settings = other._settings;
   return true;
 }
 

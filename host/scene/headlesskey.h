@@ -54,41 +54,45 @@ public:
   Float GetValue() const noexcept { return _value; }
   void SetValue(Float value) noexcept { _value = value; }
   /// Linear for a new key.
-  InterpolationMode GetInterpolation() const noexcept { return _interpolation; }
-  void SetInterpolation(InterpolationMode mode) noexcept { _interpolation = mode; }
+  InterpolationMode GetInterpolation() const noexcept { return _settings.interpolation; }
+  void SetInterpolation(InterpolationMode mode) noexcept { _settings.interpolation = mode; }
 
   KeyTangent GetLeftTangent() const noexcept { return _details ? _details->left : KeyTangent(); }
   KeyTangent GetRightTangent() const noexcept { return _details ? _details->right : KeyTangent(); }
   Bool SetLeftTangent(const HostTime& time, Float value) noexcept;
   Bool SetRightTangent(const HostTime& time, Float value) noexcept;
 
-  Bool HasRotationMode() const noexcept { return _hasRotationMode; }
+  Bool HasRotationMode() const noexcept { return _settings.hasRotationMode; }
   KeyRotationMode GetRotationMode() const noexcept
   {
-    return {_hasLongModes ? _details->rare->rotationMode : _rotationMode, _rotationFirst, _rotationSecond};
+    return {_settings.hasLongModes ? _details->rare->rotationMode : _settings.rotationMode, _settings.rotationFirst,
+            _settings.rotationSecond};
   }
   Bool SetRotationMode(const KeyRotationMode& mode) noexcept
   {
-    const Bool isShort = !_hasLongModes && IsSmall(mode.mode);
+    const Bool isShort = !_settings.hasLongModes && IsSmall(mode.mode);
     if (!isShort && !SetLongModes(mode.mode, GetAuxiliaryMode()))
       return false;
     if (isShort)
-      _rotationMode = static_cast<std::int8_t>(mode.mode);
-    _rotationFirst = mode.first;
-    _rotationSecond = mode.second;
-    _hasRotationMode = true;
+      _settings.rotationMode = static_cast<std::int8_t>(mode.mode);
+    _settings.rotationFirst = mode.first;
+    _settings.rotationSecond = mode.second;
+    _settings.hasRotationMode = true;
     return true;
   }
-  Bool HasAuxiliaryMode() const noexcept { return _hasAuxiliaryMode; }
-  Int32 GetAuxiliaryMode() const noexcept { return _hasLongModes ? _details->rare->auxiliaryMode : _auxiliaryMode; }
+  Bool HasAuxiliaryMode() const noexcept { return _settings.hasAuxiliaryMode; }
+  Int32 GetAuxiliaryMode() const noexcept
+  {
+    return _settings.hasLongModes ? _details->rare->auxiliaryMode : _settings.auxiliaryMode;
+  }
   Bool SetAuxiliaryMode(Int32 mode) noexcept
   {
-    const Bool isShort = !_hasLongModes && IsSmall(mode);
+    const Bool isShort = !_settings.hasLongModes && IsSmall(mode);
     if (!isShort && !SetLongModes(GetRotationMode().mode, mode))
       return false;
     if (isShort)
-      _auxiliaryMode = static_cast<std::int8_t>(mode);
-    _hasAuxiliaryMode = true;
+      _settings.auxiliaryMode = static_cast<std::int8_t>(mode);
+    _settings.hasAuxiliaryMode = true;
     return true;
   }
 
@@ -103,7 +107,7 @@ public:
     const Bool isSmall = value.GetKind() == HostValueKind::kInt && IsSmall(value.GetInt());
     if (!isSmall || !IsSetting(id) || HasParameterTable())
       return SetInTable(id, value);
-    _setting = static_cast<std::int8_t>(value.GetInt());
+    _settings.parameter = static_cast<std::int8_t>(value.GetInt());
     return true;
   }
   /// Puts all parameters into a table. @return false without memory.
@@ -113,9 +117,27 @@ public:
 
   /// For a new key: everything but the time.
   Bool CopyFrom(const HeadlessKey& other) noexcept;
+  /// Whether all but its tangents is in the key itself.
+  Bool HasOnlySettings() const noexcept { return !FindRare(); }
+  /// For a new key: the settings of one that has nothing else.
+  void CopySettingsFrom(const HeadlessKey& other) noexcept { _settings = other._settings; }
 
 private:
   friend class HeadlessCurve;
+  static constexpr std::int8_t kNoNumber = INT8_MIN;
+
+  struct Settings
+  {
+    InterpolationMode interpolation : 8 = InterpolationMode::Linear;
+    Bool hasRotationMode : 1 = false;
+    Bool rotationFirst : 1 = false;
+    Bool rotationSecond : 1 = false;
+    Bool hasAuxiliaryMode : 1 = false;
+    Bool hasLongModes : 1 = false;      // they stand among the rare
+    std::int8_t parameter = kNoNumber;  // kKeySettingParameter, while it is the only one
+    std::int8_t rotationMode = 0;
+    std::int8_t auxiliaryMode = 0;
+  };
   struct Rare
   {
     HostTime time;
@@ -131,7 +153,7 @@ private:
     std::unique_ptr<Rare> rare;
   };
 
-  static Bool IsSmall(Int number) noexcept { return number > kNoSetting && number <= INT8_MAX; }
+  static Bool IsSmall(Int number) noexcept { return number > kNoNumber && number <= INT8_MAX; }
   static Bool IsSetting(const HostDescId& id) noexcept { return id.GetDepth() == 1 && id[0].id == kKeySettingParameter; }
   /// Whether a whole number below limit stands for it without loss. The negative zero is none.
   static Bool IsWhole(Float number, Float limit) noexcept
@@ -162,20 +184,11 @@ private:
   // A time of whole numbers that fit: the numerator before the denominator. Else 0, and it stands among the rare.
   static constexpr int kDenominatorBits = 16;
   static constexpr Int kDenominatorMask = (Int(1) << kDenominatorBits) - 1;
-  static constexpr std::int8_t kNoSetting = INT8_MIN;
 
   Int _time = 1;
   Float _value = 0;
   Details* _details = nullptr;  // owned; null until something needs it
-  InterpolationMode _interpolation : 8 = InterpolationMode::Linear;
-  Bool _hasRotationMode : 1 = false;
-  Bool _rotationFirst : 1 = false;
-  Bool _rotationSecond : 1 = false;
-  Bool _hasAuxiliaryMode : 1 = false;
-  Bool _hasLongModes : 1 = false;     // they stand among the rare
-  std::int8_t _setting = kNoSetting;  // kKeySettingParameter, while it is the only parameter
-  std::int8_t _rotationMode = 0;
-  std::int8_t _auxiliaryMode = 0;
+  Settings _settings;
 };
 static_assert(sizeof(HeadlessKey) == 32);
 

@@ -23,6 +23,15 @@ struct HeadlessCurve::Chunk
   }
 };
 
+namespace
+{
+
+// Room for keys that come one by one.
+constexpr Int kFirstChunk = 4;
+constexpr Int kLargestChunk = 16;  // more would stand empty in most curves
+
+}  // namespace
+
 HeadlessCurve::Keys::~Keys()
 {
   static_assert(sizeof(Chunk) % alignof(HeadlessKey) == 0);
@@ -55,10 +64,26 @@ Bool HeadlessCurve::Keys::Reserve(Int keyCount) noexcept
   return !places.Reserve(keyCount).HasError() && (missing <= free || AddChunk(missing));
 }
 
+Bool HeadlessCurve::Keys::ReserveRun(Int keyCount) noexcept
+{
+  if (keyCount <= kLargestChunk)
+    return true;
+  return !places.Reserve(places.GetCount() + keyCount + kFirstChunk).HasError() && AddChunk(keyCount);
+}
+
+/// After a run, to the room that was left before it.
+void HeadlessCurve::Keys::TakeUpOldChunk() noexcept
+{
+  Chunk* const old = chunks->next;
+  if (!old || old->count == old->capacity || chunks->count < chunks->capacity)
+    return;
+  chunks->next = old->next;
+  old->next = chunks;
+  chunks = old;
+}
+
 HeadlessKey* HeadlessCurve::Keys::Make(const HostTime& time) noexcept
 {
-  constexpr Int kFirstChunk = 4;
-  constexpr Int kLargestChunk = 16;  // more would stand empty in most curves
   const Int count = places.GetCount();
   const Int grown = count < kFirstChunk ? kFirstChunk : count < kLargestChunk ? count : kLargestChunk;
   if ((!chunks || chunks->count == chunks->capacity) && !AddChunk(grown))
@@ -174,6 +199,36 @@ HeadlessKey* HeadlessCurve::AddKey(const HostTime& time, Int* index) noexcept
   if (key && index)
     *index = place;
   return key;
+}
+
+Int HeadlessCurve::AddKeysBehind(const HeadlessKey& like, const HostKeyRun& run) noexcept
+{
+  if (!like.HasOnlySettings() || GetKeyCount() == 0 || !Own())
+    return 0;
+  Float last = _keys->lastSeconds;
+  Int count = 0;
+  for (; count < run.count; ++count)
+  {
+    const Float seconds = run.times[count].GetSeconds();
+    if (!std::isfinite(seconds) || seconds <= last)
+      break;
+    last = seconds;
+  }
+  if (!_keys->ReserveRun(count))
+    return 0;
+  Int made = 0;
+  for (; made < count; ++made)
+  {
+    HeadlessKey* const key = _keys->Make(run.times[made]);
+    if (!key)
+      break;
+    key->CopySettingsFrom(like);
+    key->SetValue(run.values[made][run.component]);
+  }
+  _keys->TakeUpOldChunk();
+  if (made > 0)
+    _keys->lastSeconds = run.times[made - 1].GetSeconds();
+  return made;
 }
 
 namespace

@@ -36,6 +36,9 @@ public:
   /// The key at a time, made when none stands there; index (may be null) is set to its place. Null without memory, or for a time
   /// that is not finite.
   HeadlessKey* AddKey(const HostTime& time, Int* index) noexcept;
+  /// Adds keys from the start of a run, as long as each is behind all others, with all that a key has but its tangents. @return their
+  /// number; 0 for a key with rare settings. Without memory, or at a time that is not finite, it ends early.
+  Int AddKeysBehind(const HeadlessKey& like, const HostKeyRun& run) noexcept;
   /// The same, but a new key fits into the shape that the curve has: a spline segment is split, with the neighbours' tangents
   /// shortened; on a linear or held segment the new key has zero tangents. Null without memory: the curve is as it was then.
   HeadlessKey* AddKeyAdapted(const HostTime& time) noexcept;
@@ -56,6 +59,9 @@ private:
     ~Keys();
     Bool AddChunk(Int capacity) noexcept;
     Bool Reserve(Int keyCount) noexcept;
+    /// Room for that many more keys, and a few. @return false without memory, when it may be less.
+    Bool ReserveRun(Int keyCount) noexcept;
+    void TakeUpOldChunk() noexcept;
     /// Behind all others, or anywhere with the places moved by the caller; in a chunk that has room.
     HeadlessKey* Make(const HostTime& time) noexcept;
     Bool CopyFrom(const Keys& other) noexcept;

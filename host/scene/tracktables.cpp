@@ -52,6 +52,11 @@ public:
       *index = static_cast<Int32>(place);
     return ToHost(key);
   }
+  Int AddKeysBehind(HostCurve* curve, const HostKey* like, const HostKeyRun& run) noexcept override
+  {
+    HeadlessCurve& target = *ToHeadless(curve);
+    return run.count > INT32_MAX - target.GetKeyCount() ? 0 : target.AddKeysBehind(*ToHeadless(like), run);
+  }
   HostKey* AddKeyAdapted(HostCurve* curve, const HostTime& time) noexcept override
   {
     return ToHost(ToHeadless(curve)->AddKeyAdapted(time));

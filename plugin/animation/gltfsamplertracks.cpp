@@ -25,26 +25,27 @@ constexpr Int kMovesPerKey = 2;
 /// A first time this near to 0 counts as 0.
 constexpr Float kNearZero = 0.0001;
 
-/// One key in the host's values; the components go to the tracks in order.
-struct KeyRecord
+/// The slopes of one key in the host's values, a second, as the file has them.
+struct KeySlopes
 {
-  Vector value;
-  Vector inTangent;  // a second, as the file has them
+  Vector inTangent;
   Vector outTangent;
-  Bool hasTangents = false;
 };
 
-/// Keys in the order in which they are written, which is not that of their times.
+/// Keys in the order in which they are written, which is not that of their times. The components of the values go to the tracks in
+/// order.
 struct KeyList
 {
-  BaseArray<KeyRecord> records;
-  BaseArray<Float> times;  // in step with records; seconds
+  BaseArray<Vector> values;
+  BaseArray<Float> times;       // in step with values; seconds
+  BaseArray<KeySlopes> slopes;  // of the first keys, which are those of a spline; empty for others
 
-  Result<void> Append(const KeyRecord& record, Float seconds) noexcept
+  Result<void> Append(const Vector& value, Float seconds) noexcept
   {
-    RETURN_IF_ERROR(records.Append(record));
+    RETURN_IF_ERROR(values.Append(value));
     return times.Append(seconds);
   }
+  Bool HasSlopes(Int i) const noexcept { return i < slopes.GetCount(); }
 };
 
 }  // namespace
@@ -89,21 +90,8 @@ Result<void> ReserveKeys(const GltfAnimationSampler& sampler, Int keyCount, KeyL
   GltfElements elements;
   if (!sampler._inputAccessor->GetElements(elements))
     return {};
-  RETURN_IF_ERROR(keys.records.Reserve(keyCount + 2));
+  RETURN_IF_ERROR(keys.values.Reserve(keyCount + 2));
   return keys.times.Reserve(keyCount + 2);
-}
-
-template <typename T>
-KeyRecord ConvertKeyframe(const KeyframeOf<T>& keyframe, const ValueConversion<T>& valueConversion) noexcept
-{
-  KeyRecord record;
-  record.value = valueConversion.Convert(keyframe.value);
-  record.hasTangents = keyframe.hasTangents;
-  if (!keyframe.hasTangents)
-    return record;
-  record.inTangent = valueConversion.Convert(keyframe.inTangent);
-  record.outTangent = valueConversion.Convert(keyframe.outTangent);
-  return record;
 }
 
 /// The sampler's own keys.
@@ -123,7 +111,10 @@ Result<void> ReadDirectKeys(const SamplerTracks& request, const ValueConversion<
       Float seconds = 0;
       RETURN_IF_ERROR(readKeyframe(k, keyframe));
       RETURN_IF_ERROR(readTime(k, seconds));
-      RETURN_IF_ERROR(keys.Append(ConvertKeyframe(keyframe, valueConversion), seconds));
+      RETURN_IF_ERROR(keys.Append(valueConversion.Convert(keyframe.value), seconds));
+      if (keyframe.hasTangents)
+        RETURN_IF_ERROR(keys.slopes.Append({valueConversion.Convert(keyframe.inTangent),
+                                            valueConversion.Convert(keyframe.outTangent)}));
     }
     return {};
   };
@@ -153,9 +144,9 @@ Result<void> BakeKeys(const SamplerTracks& request, const ValueConversion<T>& va
 {
   BaseArray<T> values;
   RETURN_IF_ERROR(Resample(request, keys.times, values));
-  RETURN_IF_ERROR(keys.records.Reserve(values.GetCount() + 2));
+  RETURN_IF_ERROR(keys.values.Reserve(values.GetCount() + 2));
   for (const T& value : values)
-    RETURN_IF_ERROR(keys.records.Append({.value = valueConversion.Convert(value)}));
+    RETURN_IF_ERROR(keys.values.Append(valueConversion.Convert(value)));
   return {};
 }
 
@@ -218,8 +209,8 @@ Result<void> AddRestKeys(const Vector& restValue, Float frameTime, KeyList& keys
     hasZero = hasZero || std::fabs(keys.times[i]) <= kNearZero;
   }
   if (!hasZero)
-    RETURN_IF_ERROR(keys.Append({.value = keys.records[earliest].value}, 0.0));
-  return keys.Append({.value = restValue}, -frameTime);
+    RETURN_IF_ERROR(keys.Append(Vector(keys.values[earliest]), 0.0));
+  return keys.Append(restValue, -frameTime);
 }
 
 // Tracks.
@@ -283,38 +274,64 @@ Result<void> GetTracks(const SamplerTracks& request, HostTakeData* takeData, Bas
 class KeyWriter
 {
 public:
-  /// @param component  of the values, for this track.
-  KeyWriter(HostTrack* track, int component, InterpolationMode mode, KeyBudget& budget) noexcept
-      : _curve(track->GetCurve(true)),
+  /// @param hostTimes  those of the keys. @param component  of the values, for this track. Nothing is owned.
+  KeyWriter(const KeyList& keys, const BaseArray<HostTime>& hostTimes, HostTrack* track, int component, InterpolationMode mode,
+            KeyBudget& budget) noexcept
+      : _keys(&keys),
+        _hostTimes(&hostTimes),
+        _curve(track->GetCurve(true)),
         _isRotation(track->GetDescId()[0].id == kRotationParameter),
         _component(component),
         _mode(mode),
         _budget(&budget)
   {}
 
-  Result<void> WriteKey(const KeyList& keys, Int i, const HostTime& time) noexcept;
+  /// Key i, unless it is written, and the keys behind it that the host takes in a run.
+  Result<void> WriteFrom(Int i) noexcept;
+  /// The first key that is still to be written.
+  Int GetNext() const noexcept { return _next; }
 
 private:
-  void SetTangents(const KeyList& keys, Int i, HostKey* key, HostKey* prevKey) const noexcept;
+  Result<HostKey*> WriteKey(Int i) noexcept;
+  void WriteTangents(Int i, Int32 index) const noexcept;
 
   // What the host makes of this number and of the modes is its own.
   static constexpr HostDescId kKeyParameter = HostDescLevel{915, kIntegerDataType};
 
+  const KeyList* _keys;
+  const BaseArray<HostTime>* _hostTimes;
   HostValue _keySetting = Int32(1);
   HostCurve* _curve;  // null for a track without one, whose keys are left out
   Bool _isRotation;
   int _component;
   InterpolationMode _mode;
   KeyBudget* _budget;
+  Int _next = 0;
   Int32 _lastIndex = -1;
 };
 
-Result<void> KeyWriter::WriteKey(const KeyList& keys, Int i, const HostTime& time) noexcept
+Result<void> KeyWriter::WriteFrom(Int i) noexcept
 {
+  if (i < _next)
+    return {};
+  const Int count = _keys->values.GetCount();
+  _next = _curve ? i + 1 : count;
   if (!_curve)
     return {};
+  ASSIGN_OR_RETURN(const HostKey* const key, WriteKey(i));
+  WriteTangents(i, _lastIndex);
+  if (_next == count)
+    return {};
+  const HostKeyRun run{_hostTimes->begin() + _next, _keys->values.begin() + _next, _component, count - _next};
+  for (Int missing = _curve->AddKeysBehind(key, run); missing > 0; --missing)
+    WriteTangents(_next++, ++_lastIndex);
+  return {};
+}
+
+Result<HostKey*> KeyWriter::WriteKey(Int i) noexcept
+{
   Int32 index = -1;
-  HostKey* const key = _curve->AddKey(time, &index);
+  HostKey* const key = _curve->AddKey((*_hostTimes)[i], &index);
   if (!key)
     return Error::OutOfMemory();
   if (index <= _lastIndex)
@@ -323,43 +340,54 @@ Result<void> KeyWriter::WriteKey(const KeyList& keys, Int i, const HostTime& tim
   if (!key->SetParameter(_curve, kKeyParameter, _keySetting, 128))
     return Error::OutOfMemory();
   HostKeySetAuxiliaryMode(key, _curve, 4);
-  const KeyRecord& record = keys.records[i];
-  key->SetValue(_curve, record.value[_component]);
+  key->SetValue(_curve, _keys->values[i][_component]);
   key->SetInterpolation(_curve, _mode);
   if (_isRotation)
     HostKeySetRotationMode(key, _curve, _mode == InterpolationMode::Spline ? 3 : 2, true, true);
-  HostKey* const prevKey = record.hasTangents && i > 0 && index > 0 ? _curve->GetKey(index - 1) : nullptr;
-  if (prevKey)
-    SetTangents(keys, i, key, prevKey);
-  return {};
+  return key;
 }
 
-/// A slope a second becomes a value at a third of the way between the two keys.
-void KeyWriter::SetTangents(const KeyList& keys, Int i, HostKey* key, HostKey* prevKey) const noexcept
+/// For the key i of the list, which is key `index` of the curve: a slope a second becomes a value at a third of the way between two
+/// keys.
+void KeyWriter::WriteTangents(Int i, Int32 index) const noexcept
 {
-  const Float third = (keys.times[i] - keys.times[i - 1]) / 3.0;
-  prevKey->SetRightTangent(_curve, HostTimeFromSeconds(third), third * keys.records[i - 1].outTangent[_component]);
-  key->SetLeftTangent(_curve, HostTimeFromSeconds(-third), third * -keys.records[i].inTangent[_component]);
+  if (!_keys->HasSlopes(i) || i == 0 || index <= 0)
+    return;
+  HostKey* const key = _curve->GetKey(index);
+  HostKey* const prevKey = _curve->GetKey(index - 1);
+  if (!key || !prevKey)
+    return;
+  const Float third = (_keys->times[i] - _keys->times[i - 1]) / 3.0;
+  prevKey->SetRightTangent(_curve, HostTimeFromSeconds(third), third * _keys->slopes[i - 1].outTangent[_component]);
+  key->SetLeftTangent(_curve, HostTimeFromSeconds(-third), third * -_keys->slopes[i].inTangent[_component]);
 }
 
 Result<void> WriteKeys(const BaseArray<HostTrack*>& tracks, const KeyList& keys, InterpolationMode mode,
                        KeyBudget& budget) noexcept
 {
   CHECK_ARGUMENT(tracks.GetCount() == 1 || tracks.GetCount() == 3);
-  if (keys.records.IsEmpty())
+  if (keys.values.IsEmpty())
     return {};
+  BaseArray<HostTime> hostTimes;
+  RETURN_IF_ERROR(hostTimes.Reserve(keys.times.GetCount()));
+  for (const Float seconds : keys.times)
+    RETURN_IF_ERROR(hostTimes.Append(HostTimeFromSeconds(seconds)));
   BaseArray<KeyWriter> writers;
   for (Int d = 0; d < tracks.GetCount(); ++d)
   {
     HostTrack* const track = tracks[d];
     CHECK_STATE(track);
-    RETURN_IF_ERROR(writers.Append(KeyWriter(track, static_cast<int>(d), mode, budget)));
+    RETURN_IF_ERROR(writers.Append(KeyWriter(keys, hostTimes, track, static_cast<int>(d), mode, budget)));
   }
-  for (Int i = 0; i < keys.records.GetCount(); ++i)
+  for (Int i = 0; i < keys.values.GetCount();)
   {
-    const HostTime time = HostTimeFromSeconds(keys.times[i]);
+    Int next = keys.values.GetCount();
     for (KeyWriter& writer : writers)
-      RETURN_IF_ERROR(writer.WriteKey(keys, i, time));
+    {
+      RETURN_IF_ERROR(writer.WriteFrom(i));
+      next = std::min(next, writer.GetNext());
+    }
+    i = next;
   }
   return {};
 }
@@ -417,7 +445,7 @@ Result<void> AnimationImporter::ImportSamplerTracks(const SamplerTracks& request
   {
     RETURN_IF_ERROR(ReadDirectKeys(request, valueConversion, keys));
   }
-  if (request.addRestKeys && keys.records.IsPopulated())
+  if (request.addRestKeys && keys.values.IsPopulated())
     RETURN_IF_ERROR(AddRestKeys(request.restValue, 1.0 / GetDocumentRate(*_doc), keys));
   return WriteKeys(tracks, keys, request.bake ? InterpolationMode::Linear : request.mode, _keyBudget);
 }

@@ -43,6 +43,15 @@ struct HostTangents
   HostTime rightTime;
 };
 
+/// Keys to be made at one go: each has a time and, as its value, one component of a vector.
+struct HostKeyRun
+{
+  const HostTime* times = nullptr;
+  const Vector* values = nullptr;
+  int component = 0;
+  Int count = 0;
+};
+
 class HostCurveTable
 {
 public:
@@ -50,6 +59,9 @@ public:
   virtual HostKey* GetKey(HostCurve* curve, Int32 index) noexcept = 0;
   /// A key at a time, with a value to be set; where one stands already, that one. index is set to its place. Null without memory.
   virtual HostKey* AddKey(HostCurve* curve, const HostTime& time, Int32* index) noexcept = 0;
+  /// Adds keys of a run from its start, as long as each is behind all that the curve has, with the interpolation, the modes and the
+  /// parameters of one of its keys. @return their number. It may be any, also without memory; the next key can be added alone.
+  virtual Int AddKeysBehind(HostCurve* curve, const HostKey* like, const HostKeyRun& run) noexcept = 0;
   /// A key without a value of its own, fitted into the curve's shape.
   virtual HostKey* AddKeyAdapted(HostCurve* curve, const HostTime& time) noexcept = 0;
   virtual HostTangents GetTangents(const HostCurve* curve, Int32 index) noexcept = 0;
@@ -121,6 +133,10 @@ public:
   HostKey* AddKey(const HostTime& time, Int32* index = nullptr) noexcept
   {
     return g_hostTables->curve->AddKey(this, time, index);
+  }
+  Int AddKeysBehind(const HostKey* like, const HostKeyRun& run) noexcept
+  {
+    return g_hostTables->curve->AddKeysBehind(this, like, run);
   }
   HostTangents GetTangents(Int32 index) const noexcept { return g_hostTables->curve->GetTangents(this, index); }
   Float GetValue(const HostTime& time) const noexcept { return g_hostTables->curve->GetValue(this, time); }

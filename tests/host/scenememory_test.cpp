@@ -88,6 +88,12 @@ TEST_F(SceneMemory, CurvesStayAsTheyWere)
                       EXPECT_EQ(curve->GetValue({1, 2}), middle);
                     });
   EXPECT_NEAR(curve->GetValue({1, 2}), middle, 1e-12);
+  std::vector<HostTime> times;
+  for (int i = 0; i < 30; ++i)
+    times.push_back({10.0 + i, 1});
+  const std::vector<Vector> values(times.size());
+  SweepUntilSuccess([&] { return curve->AddKeysBehind(curve->GetKey(4), {times.data(), values.data(), 0, 30}) == 30; },
+                    [&] { EXPECT_EQ(curve->GetKeyCount(), 5); });
 }
 
 TEST_F(SceneMemory, ClonesNeighboursAndPhongNormals)

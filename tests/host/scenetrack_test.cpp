@@ -77,6 +77,70 @@ TEST_F(SceneTrack, KeysStandInTimeOrderOneAtOneTime)
   EXPECT_EQ(curve->GetKey(-1), nullptr);
 }
 
+TEST_F(SceneTrack, RunOfKeysGoesBehindTheLast)
+{
+  struct Case
+  {
+    const char* what;
+    std::vector<HostTime> times;
+    Int expectedCount;
+  };
+  std::vector<HostTime> many;
+  for (int i = 0; i < 100; ++i)
+    many.push_back(Seconds(10 + i, 2));
+  const Case cases[] = {
+    {"none", {}, 0},
+    {"one", {Seconds(3)}, 1},
+    {"not behind the last", {Seconds(2), Seconds(3)}, 0},
+    {"one time twice", {Seconds(3), Seconds(4), Seconds(8, 2), Seconds(5)}, 2},
+    {"back in time", {Seconds(3), Seconds(5), Seconds(4)}, 2},
+    {"not finite", {Seconds(3), Seconds(INFINITY), Seconds(4)}, 1},
+    {"fractions that a short time does not hold", {Seconds(2.5), Seconds(5, 1.5)}, 2},
+    {"more than one piece of room", many, 100},
+  };
+  for (const Case& test : cases)
+  {
+    SCOPED_TRACE(test.what);
+    HostCurve* const curve = MakeCurve();
+    AddKey(curve, Seconds(1), 4, InterpolationMode::Linear);
+    HostKey* const like = AddKey(curve, Seconds(2), 5, InterpolationMode::Step);
+    like->SetLeftTangent(curve, Seconds(-1), 6);
+    HostKeySetRotationMode(like, curve, 2, true, false);
+    std::vector<Vector> values;
+    for (size_t i = 0; i < test.times.size(); ++i)
+      values.emplace_back(-1, static_cast<Float>(i), -1);
+    const HostKeyRun run{test.times.data(), values.data(), 1, static_cast<Int>(values.size())};
+    ASSERT_EQ(curve->AddKeysBehind(like, run), test.expectedCount);
+    ASSERT_EQ(curve->GetKeyCount(), 2 + test.expectedCount);
+    for (Int32 i = 0; i < test.expectedCount; ++i)
+    {
+      const HeadlessKey& key = *ToHeadless(curve->GetKey(2 + i));
+      EXPECT_EQ(key.GetTime().GetSeconds(), test.times[static_cast<size_t>(i)].GetSeconds());
+      EXPECT_EQ(key.GetValue(), i);
+      EXPECT_EQ(key.GetInterpolation(), InterpolationMode::Step);
+      EXPECT_EQ(key.GetRotationMode(), (KeyRotationMode{2, true, false}));
+      EXPECT_FALSE(key.GetLeftTangent().isSet);
+    }
+    Int32 index = -1;
+    for (int i = 0; i < 6; ++i)
+      curve->AddKey(Seconds(-i), &index);
+    EXPECT_EQ(index, 0);
+    curve->AddKey(Seconds(1000), &index);
+    EXPECT_EQ(index, 8 + test.expectedCount);
+  }
+}
+
+TEST_F(SceneTrack, RunOfKeysIsLeftToOthersForRareSettings)
+{
+  HostCurve* const curve = MakeCurve();
+  HostKey* const like = AddKey(curve, Seconds(1), 4, InterpolationMode::Linear);
+  like->SetParameter(curve, HostDescId(916), Int32(3), 0);
+  const HostTime time = Seconds(2);
+  const Vector value;
+  EXPECT_EQ(curve->AddKeysBehind(like, {&time, &value, 0, 1}), 0);
+  EXPECT_EQ(curve->GetKeyCount(), 1);
+}
+
 // Copies share their keys until one is changed.
 TEST_F(SceneTrack, CopiesChangeAlone)
 {
