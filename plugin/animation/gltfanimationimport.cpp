@@ -31,7 +31,10 @@ class TranslationConversion final : public ValueConversion<Vector>
 {
 public:
   TranslationConversion(const Vector& mirror, Float scale) noexcept : _mirror(mirror), _scale(scale) {}
-  Vector Convert(const Vector& value) const noexcept override { return value.Scaled(_mirror) * _scale; }
+  void Convert(const Vector* values, Int count, Vector* converted) const noexcept override
+  {
+    std::transform(values, values + count, converted, [&](const Vector& value) { return value.Scaled(_mirror) * _scale; });
+  }
 
 private:
   Vector _mirror;
@@ -43,7 +46,10 @@ class RotationConversion final : public ValueConversion<Vector4>
 {
 public:
   explicit RotationConversion(Bool flipZ) noexcept : _flipZ(flipZ) {}
-  Vector Convert(const Vector4& value) const noexcept override { return QuaternionToAngles(value, _flipZ); }
+  void Convert(const Vector4* values, Int count, Vector* converted) const noexcept override
+  {
+    QuaternionsToAngles(values, count, _flipZ, converted);
+  }
 
 private:
   Bool _flipZ;
@@ -53,7 +59,10 @@ private:
 class ScaleConversion final : public ValueConversion<Vector>
 {
 public:
-  Vector Convert(const Vector& value) const noexcept override { return value; }
+  void Convert(const Vector* values, Int count, Vector* converted) const noexcept override
+  {
+    std::copy_n(values, count, converted);
+  }
 };
 
 /// Where the tracks of a vector begin in kTransformTrackIds.

@@ -36,12 +36,12 @@ private:
   Bool _isOver = false;
 };
 
-/// What a value of a sampler is in the host: up to three components.
+/// What the values of a sampler are in the host: up to three components each.
 template <typename T>
 class ValueConversion
 {
 public:
-  virtual Vector Convert(const T& value) const noexcept = 0;
+  virtual void Convert(const T* values, Int count, Vector* converted) const noexcept = 0;
 
 protected:
   ~ValueConversion() = default;

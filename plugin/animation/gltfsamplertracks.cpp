@@ -22,30 +22,28 @@ constexpr Int kKeysPerByte = 4;
 constexpr Int kMovedKeys = 200'000'000;
 constexpr Int kMovesPerKey = 2;
 
+/// The keys that AddRestKeys adds, at most.
+constexpr Int kRestKeyCount = 2;
+
 /// A first time this near to 0 counts as 0.
 constexpr Float kNearZero = 0.0001;
-
-/// The slopes of one key in the host's values, a second, as the file has them.
-struct KeySlopes
-{
-  Vector inTangent;
-  Vector outTangent;
-};
 
 /// Keys in the order in which they are written, which is not that of their times. The components of the values go to the tracks in
 /// order.
 struct KeyList
 {
   BaseArray<Vector> values;
-  BaseArray<Float> times;       // in step with values; seconds
-  BaseArray<KeySlopes> slopes;  // of the first keys, which are those of a spline; empty for others
+  BaseArray<Float> times;  // in step with values; seconds
+  BaseArray<Vector>
+    inTangents;  // a second, as the file has them; of the first keys, which are those of a spline; empty for others
+  BaseArray<Vector> outTangents;
 
   Result<void> Append(const Vector& value, Float seconds) noexcept
   {
     RETURN_IF_ERROR(values.Append(value));
     return times.Append(seconds);
   }
-  Bool HasSlopes(Int i) const noexcept { return i < slopes.GetCount(); }
+  Bool HasTangents(Int i) const noexcept { return i < inTangents.GetCount(); }
 };
 
 }  // namespace
@@ -84,14 +82,44 @@ Result<void> KeyBudget::TakeMoves(Int keyCount) noexcept
 namespace
 {
 
+/// Keyframes as the file has them; tangents only for splines.
+template <typename T>
+struct FileKeys
+{
+  BaseArray<T> values;
+  BaseArray<T> inTangents;
+  BaseArray<T> outTangents;
+
+  Result<void> Append(const KeyframeOf<T>& keyframe) noexcept
+  {
+    RETURN_IF_ERROR(values.Append(keyframe.value));
+    if (!keyframe.hasTangents)
+      return {};
+    RETURN_IF_ERROR(inTangents.Append(keyframe.inTangent));
+    return outTangents.Append(keyframe.outTangent);
+  }
+};
+
 /// Room for the sampler's keys and the rest keys, when the bytes behind the keys are there.
-Result<void> ReserveKeys(const GltfAnimationSampler& sampler, Int keyCount, KeyList& keys) noexcept
+template <typename T>
+Result<void> ReserveKeys(const GltfAnimationSampler& sampler, Int keyCount, FileKeys<T>& fileKeys, KeyList& keys) noexcept
 {
   GltfElements elements;
   if (!sampler._inputAccessor->GetElements(elements))
     return {};
-  RETURN_IF_ERROR(keys.values.Reserve(keyCount + 2));
-  return keys.times.Reserve(keyCount + 2);
+  RETURN_IF_ERROR(fileKeys.values.Reserve(keyCount));
+  return keys.times.Reserve(keyCount + kRestKeyCount);
+}
+
+/// There is room for rest keys behind them.
+template <typename T>
+Result<void> ConvertAll(const BaseArray<T>& values, const ValueConversion<T>& valueConversion,
+                        BaseArray<Vector>& converted) noexcept
+{
+  RETURN_IF_ERROR(converted.Reserve(values.GetCount() + kRestKeyCount));
+  RETURN_IF_ERROR(converted.ResizeForOverwrite(values.GetCount()));
+  valueConversion.Convert(values.begin(), values.GetCount(), converted.begin());
+  return {};
 }
 
 /// The sampler's own keys.
@@ -102,7 +130,8 @@ Result<void> ReadDirectKeys(const SamplerTracks& request, const ValueConversion<
   const Int keyCount = GetKeyCount(sampler);
   if (keyCount == 0)
     return {};
-  RETURN_IF_ERROR(ReserveKeys(sampler, keyCount, keys));
+  FileKeys<T> fileKeys;
+  RETURN_IF_ERROR(ReserveKeys(sampler, keyCount, fileKeys, keys));
   const auto readAll = [&](auto readKeyframe, auto readTime) -> Result<void>
   {
     for (Int k = 0; k < keyCount; ++k)
@@ -111,16 +140,19 @@ Result<void> ReadDirectKeys(const SamplerTracks& request, const ValueConversion<
       Float seconds = 0;
       RETURN_IF_ERROR(readKeyframe(k, keyframe));
       RETURN_IF_ERROR(readTime(k, seconds));
-      RETURN_IF_ERROR(keys.Append(valueConversion.Convert(keyframe.value), seconds));
-      if (keyframe.hasTangents)
-        RETURN_IF_ERROR(keys.slopes.Append({valueConversion.Convert(keyframe.inTangent),
-                                            valueConversion.Convert(keyframe.outTangent)}));
+      RETURN_IF_ERROR(fileKeys.Append(keyframe));
+      RETURN_IF_ERROR(keys.times.Append(seconds));
     }
     return {};
   };
   const auto withKeyframes = [&](auto readKeyframe)
   { return WithKeyTimes(*sampler._inputAccessor, [&](auto readTime) { return readAll(readKeyframe, readTime); }); };
-  return WithKeyframes<T>(sampler, request.layout, withKeyframes);
+  RETURN_IF_ERROR(WithKeyframes<T>(sampler, request.layout, withKeyframes));
+  RETURN_IF_ERROR(ConvertAll(fileKeys.values, valueConversion, keys.values));
+  if (fileKeys.inTangents.IsEmpty())
+    return {};
+  RETURN_IF_ERROR(ConvertAll(fileKeys.inTangents, valueConversion, keys.inTangents));
+  return ConvertAll(fileKeys.outTangents, valueConversion, keys.outTangents);
 }
 
 Result<void> Resample(const SamplerTracks& request, const BaseArray<Float>& times, BaseArray<Vector>& values) noexcept
@@ -144,10 +176,7 @@ Result<void> BakeKeys(const SamplerTracks& request, const ValueConversion<T>& va
 {
   BaseArray<T> values;
   RETURN_IF_ERROR(Resample(request, keys.times, values));
-  RETURN_IF_ERROR(keys.values.Reserve(values.GetCount() + 2));
-  for (const T& value : values)
-    RETURN_IF_ERROR(keys.values.Append(valueConversion.Convert(value)));
-  return {};
+  return ConvertAll(values, valueConversion, keys.values);
 }
 
 /// Every frame of the document from the sampler's first time to its last.
@@ -159,7 +188,7 @@ Result<void> MakeFrameTimes(const GltfTimeRange& range, Int32 fps, KeyBudget& bu
   if (frame1 < frame0)
     return {};
   RETURN_IF_ERROR(budget.Take(frame1 - frame0 + 1, trackCount));
-  RETURN_IF_ERROR(times.Reserve(frame1 - frame0 + 3));
+  RETURN_IF_ERROR(times.Reserve(frame1 - frame0 + 1 + kRestKeyCount));
   for (Int frame = frame0; frame <= frame1; ++frame)
     RETURN_IF_ERROR(times.Append(static_cast<Float>(frame) / fps));
   return {};
@@ -351,15 +380,15 @@ Result<HostKey*> KeyWriter::WriteKey(Int i) noexcept
 /// keys.
 void KeyWriter::WriteTangents(Int i, Int32 index) const noexcept
 {
-  if (!_keys->HasSlopes(i) || i == 0 || index <= 0)
+  if (!_keys->HasTangents(i) || i == 0 || index <= 0)
     return;
   HostKey* const key = _curve->GetKey(index);
   HostKey* const prevKey = _curve->GetKey(index - 1);
   if (!key || !prevKey)
     return;
   const Float third = (_keys->times[i] - _keys->times[i - 1]) / 3.0;
-  prevKey->SetRightTangent(_curve, HostTimeFromSeconds(third), third * _keys->slopes[i - 1].outTangent[_component]);
-  key->SetLeftTangent(_curve, HostTimeFromSeconds(-third), third * -_keys->slopes[i].inTangent[_component]);
+  prevKey->SetRightTangent(_curve, HostTimeFromSeconds(third), third * _keys->outTangents[i - 1][_component]);
+  key->SetLeftTangent(_curve, HostTimeFromSeconds(-third), third * -_keys->inTangents[i][_component]);
 }
 
 Result<void> WriteKeys(const BaseArray<HostTrack*>& tracks, const KeyList& keys, InterpolationMode mode,

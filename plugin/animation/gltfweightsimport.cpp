@@ -1,5 +1,7 @@
 // The strengths of morphs: one sampler moves all targets of a mesh, and each gets a track on the pose morph tag.
 
+#include <algorithm>
+
 #include "framework/check.h"
 #include "plugin/animation/gltfanimationimport.h"
 #include "plugin/module/hostpolygon.h"
@@ -13,7 +15,10 @@ namespace
 class WeightConversion final : public ValueConversion<Float>
 {
 public:
-  Vector Convert(const Float& value) const noexcept override { return {value, 0, 0}; }
+  void Convert(const Float* values, Int count, Vector* converted) const noexcept override
+  {
+    std::transform(values, values + count, converted, [](Float value) { return Vector{value, 0, 0}; });
+  }
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 #include "framework/rotation.h"
 
@@ -84,6 +85,25 @@ TEST(Rotation, AnglesOfAQuaternion)
     ExpectNear(QuaternionToAngles(quaternion, true), mirrored, 1e-7, name);
     ExpectNear(QuaternionToAngles(quaternion, false), plain, 1e-7, name);
   }
+}
+
+TEST(Rotation, ManyQuaternionsAtOnceAreAsEachAlone)
+{
+  // About x, by a little more each time: now and then a pole. One of them is no rotation.
+  std::vector<Vector4> quaternions;
+  for (int i = 0; i < 99; ++i)
+    quaternions.emplace_back(std::sin(i * kPi / 16), 0, 0, std::cos(i * kPi / 16));
+  quaternions[40] = {NAN, 0, 0, 1};
+  std::vector<Vector> angles(quaternions.size());
+  QuaternionsToAngles(quaternions.data(), static_cast<Int>(quaternions.size()), true, angles.data());
+  for (size_t i = 0; i < quaternions.size(); ++i)
+  {
+    const Vector alone = QuaternionToAngles(quaternions[i], true);
+    for (int k = 0; k < 3; ++k)
+      EXPECT_TRUE(angles[i][k] == alone[k] || (std::isnan(angles[i][k]) && std::isnan(alone[k]))) << i << " " << k;
+  }
+  EXPECT_EQ(angles[4], (Vector{0, kHalf, 0}));
+  EXPECT_TRUE(std::isnan(angles[40].y));
 }
 
 TEST(Rotation, QuaternionOfOneAngle)
