@@ -284,6 +284,9 @@ int Session::GetInterruptCode()
 
 int Session::Fail(int code, const std::string& message)
 {
+  // A signal also ends what waits for room in a pipe, and then it is not the pipe that fails.
+  if (code == kNoAccess && InterruptGuard::IsInterrupted())
+    return FailInterrupted();
   _bar.Clear();
   Say("error", kRed, message);
   _report.issues.push_back({"ERROR", Severity::kError, message});

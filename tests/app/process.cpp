@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <cerrno>
 #include <chrono>
 #include <stdexcept>
+#include <thread>
 
 namespace q7z::test
 {
@@ -141,10 +143,18 @@ void Process::Signal(int signal)
   kill(_id, signal);
 }
 
-bool Process::WaitForOutput()
+bool Process::WaitForFullOutput()
 {
-  pollfd wait = {_out, POLLIN, 0};
-  return poll(&wait, 1, 60000) == 1 && (wait.revents & POLLIN) != 0;
+  const int capacity = fcntl(_out, F_GETPIPE_SZ);
+  int byteCount = 0;
+  for (int wait = 0; byteCount < capacity && wait < 60000; ++wait)
+  {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (ioctl(_out, FIONREAD, &byteCount) != 0)
+      return false;
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  return byteCount == capacity;
 }
 
 RunResult Process::Finish(const std::string& input)

@@ -46,8 +46,8 @@ public:
   /// Writes to stdin, whose text in the settings is not used then. @return false when nobody reads any more.
   bool Write(const std::string& text);
   void Signal(int signal);
-  /// Waits until something stands in stdout, which is left there. @return false when the stream ended, or after a minute.
-  bool WaitForOutput();
+  /// Until the pipe of stdout takes no more, and a moment longer, so that a run that writes on waits. @return false if it never does.
+  bool WaitForFullOutput();
   /// Closes stdin, collects both streams and waits for the end. A run that takes too long is killed.
   RunResult Finish(const std::string& input = "");
 

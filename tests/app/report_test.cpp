@@ -251,7 +251,7 @@ TEST_P(AppInterrupt, EndsTheWritingOfADocument)
     nodes += ",{}";
   const std::string in = folder.Write("in.gltf", nodes + "]}");
   Process process(Q7Z_TEST_BIN_DIR "/q7z", {"import", in, "-"}, {});
-  ASSERT_TRUE(process.WaitForOutput());
+  ASSERT_TRUE(process.WaitForFullOutput());
   process.Signal(GetParam().signal);
   ExpectFailure(process.Finish(), GetParam().exitCode, "interrupted");
 }
