@@ -122,6 +122,23 @@ Frame MakeFrame(const Vector4& quaternion, Bool flipZ) noexcept
           Normalize({2 * (x * z - w * y), 2 * (w * x + y * z), 1 - 2 * (x * x + y * y)})};
 }
 
+Frame MakeFrame(const HostMatrix& matrix) noexcept
+{
+  return {Normalize(matrix.axisX), Normalize(matrix.axisZ)};
+}
+
+template <typename Rotation, typename ToFrame>
+void ToAnglesInBlocks(const Rotation* rotations, Int count, Vector* angles, const ToFrame& toFrame) noexcept
+{
+  for (Int done = 0; done < count; done += kFrames)
+  {
+    Frame frames[kFrames];
+    const Int frameCount = std::min(kFrames, count - done);
+    std::transform(rotations + done, rotations + done + frameCount, frames, toFrame);
+    FramesToAngles(frames, frameCount, angles + done);
+  }
+}
+
 Vector WrapDifference(const Vector& angles, const Vector& previous) noexcept
 {
   Vector wrapped;
@@ -183,10 +200,15 @@ HostMatrix AnglesToMatrix(const Vector& angles, RotationOrder order) noexcept
 
 Vector MatrixToAngles(const HostMatrix& matrix, RotationOrder, Bool normalized) noexcept
 {
-  const Frame frame{normalized ? matrix.axisX : Normalize(matrix.axisX), normalized ? matrix.axisZ : Normalize(matrix.axisZ)};
+  const Frame frame = normalized ? Frame{matrix.axisX, matrix.axisZ} : MakeFrame(matrix);
   Vector angles;
   FramesToAngles(&frame, 1, &angles);
   return angles;
+}
+
+void MatricesToAngles(const HostMatrix* matrices, Int count, Vector* angles) noexcept
+{
+  ToAnglesInBlocks(matrices, count, angles, [](const HostMatrix& matrix) { return MakeFrame(matrix); });
 }
 
 Vector MatrixToAnglesInOrder(const HostMatrix& matrix, RotationOrder order) noexcept
@@ -243,14 +265,7 @@ Vector QuaternionToAngles(const Vector4& quaternion, Bool flipZ) noexcept
 
 void QuaternionsToAngles(const Vector4* quaternions, Int count, Bool flipZ, Vector* angles) noexcept
 {
-  for (Int done = 0; done < count; done += kFrames)
-  {
-    Frame frames[kFrames];
-    const Int frameCount = std::min(kFrames, count - done);
-    for (Int i = 0; i < frameCount; ++i)
-      frames[i] = MakeFrame(quaternions[done + i], flipZ);
-    FramesToAngles(frames, frameCount, angles + done);
-  }
+  ToAnglesInBlocks(quaternions, count, angles, [&](const Vector4& quaternion) { return MakeFrame(quaternion, flipZ); });
 }
 
 Vector OptimalAngles(const Vector& previous, const Vector& current, RotationOrder order) noexcept

@@ -19,6 +19,8 @@ HostMatrix AnglesToMatrix(const Vector& angles, RotationOrder order) noexcept;
 /// Heading and bank from 0 to 2 pi, pitch from -pi/2 to pi/2, in order 6.
 /// @param normalized  the axes have unit length already.
 Vector MatrixToAngles(const HostMatrix& matrix, RotationOrder order, Bool normalized) noexcept;
+/// The same for many, in the default order and not normalized, each in less time.
+void MatricesToAngles(const HostMatrix* matrices, Int count, Vector* angles) noexcept;
 
 /// The angles of order 6 brought into another order, for objects that keep one of their own.
 Vector MatrixToAnglesInOrder(const HostMatrix& matrix, RotationOrder order) noexcept;
@@ -28,7 +30,7 @@ Vector4 AnglesToQuaternion(const Vector& angles, Bool flipZ) noexcept;
 
 /// The angles of order 6 of a quaternion as a file stores it; flipZ mirrors Z. Not normalised first.
 Vector QuaternionToAngles(const Vector4& quaternion, Bool flipZ) noexcept;
-/// The same for many, each in half the time.
+/// The same for many, each in less time.
 void QuaternionsToAngles(const Vector4* quaternions, Int count, Bool flipZ, Vector* angles) noexcept;
 
 /// The one of the two equivalent forms of current that lies nearer to previous, next to it by whole turns.

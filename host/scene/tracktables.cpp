@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "host/scene/headlesstrack.h"
@@ -40,6 +41,19 @@ public:
   HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override
   {
     return ToHost(const_cast<HeadlessKey*>(std::as_const(*ToHeadless(curve)).GetKey(index)));
+  }
+  Int32 CopyKeys(const HostCurve* curve, Int32 first, Int32 count, HostKeyCopy* copies) noexcept override
+  {
+    const HeadlessCurve& source = *ToHeadless(curve);
+    if (first < 0)
+      return 0;
+    const Int end = std::min(source.GetKeyCount(), Int(first) + count);
+    for (Int i = first; i < end; ++i)
+    {
+      const HeadlessKey& key = *source.GetKey(i);
+      *copies++ = {key.GetTime(), key.GetValue(), key.GetInterpolation()};
+    }
+    return static_cast<Int32>(std::max(end - first, Int(0)));
   }
   HostKey* AddKey(HostCurve* curve, const HostTime& time, Int32* index) noexcept override
   {

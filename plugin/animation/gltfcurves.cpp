@@ -74,16 +74,24 @@ Bool AreAligned(const CurveList& curves, const TimeRange& timeRange) noexcept
     if (!curve || curve->GetKeyCount() != curves[0]->GetKeyCount())
       return false;
   }
-  Bool hasStart = false;
-  Bool hasEnd = false;
-  for (Int32 i = 0; curves.IsPopulated() && i < curves[0]->GetKeyCount(); ++i)
+  if (curves.IsEmpty())
+    return false;
+  const Int32 keyCount = curves[0]->GetKeyCount();
+  CurveKeys keys(curves[0]);
+  for (Int i = 1; i < curves.GetCount(); ++i)
   {
-    const HostTime time = curves[0]->GetKey(i)->GetTime();
-    for (Int other = 1; other < curves.GetCount(); ++other)
+    CurveKeys otherKeys(curves[i]);
+    for (Int32 k = 0; k < keyCount; ++k)
     {
-      if (!IsSameTime(curves[other]->GetKey(i)->GetTime(), time))
+      if (!IsSameTime(otherKeys.GetKey(k)->GetTime(), keys.GetKey(k)->GetTime()))
         return false;
     }
+  }
+  Bool hasStart = false;
+  Bool hasEnd = false;
+  for (Int32 k = 0; k < keyCount; ++k)
+  {
+    const HostTime& time = keys.GetKey(k)->GetTime();
     hasStart = hasStart || IsSameTime(time, timeRange.start);
     hasEnd = hasEnd || IsSameTime(time, timeRange.end);
   }
@@ -270,11 +278,12 @@ Result<Bool> ReadTangents(const CurveList& curves, TangentList& tangents) noexce
   const Int32 keyCount = curves.IsEmpty() ? 0 : curves[0]->GetKeyCount();
   RETURN_IF_ERROR(tangents.Resize(keyCount, curves.GetCount()));
   Bool hasTangents = false;
-  for (Int32 i = 0; i < keyCount; ++i)
+  for (Int dim = 0; dim < curves.GetCount(); ++dim)
   {
-    for (Int dim = 0; dim < curves.GetCount(); ++dim)
+    CurveKeys keys(curves[dim]);
+    for (Int32 i = 0; i < keyCount; ++i)
     {
-      HostKey* const key = curves[dim]->GetKey(i);
+      const HostKeyCopy* const key = keys.GetKey(i);
       CHECK_STATE(key);
       if (key->GetInterpolation() != InterpolationMode::Spline)
         continue;

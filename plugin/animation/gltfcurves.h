@@ -39,6 +39,31 @@ struct KeyRange
   Bool IsWritten() const noexcept { return last > first; }
 };
 
+/// The keys of a curve in order, for less than a question to the host each. The curve outlives it and does not change meanwhile.
+class CurveKeys
+{
+public:
+  explicit CurveKeys(const HostCurve* curve) noexcept : _curve(curve) {}
+
+  /// Null where there is none. Valid until the next call.
+  const HostKeyCopy* GetKey(Int32 index) noexcept
+  {
+    if (index < _first || index >= _first + _count)
+    {
+      _first = index;
+      _count = _curve->CopyKeys(index, kBlock, _copies);
+    }
+    return index < _first + _count ? &_copies[index - _first] : nullptr;
+  }
+
+private:
+  static constexpr Int32 kBlock = 32;
+  const HostCurve* _curve;
+  Int32 _first = 0;
+  Int32 _count = 0;
+  HostKeyCopy _copies[kBlock];
+};
+
 using CurveList = BaseArray<HostCurve*>;
 using TrackList = BaseArray<HostOwner<HostTrack>>;
 

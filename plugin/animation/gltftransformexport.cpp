@@ -1,5 +1,6 @@
 // The samplers of position, rotation and scale.
 
+#include <algorithm>
 #include <cmath>
 
 #include "framework/check.h"
@@ -31,19 +32,31 @@ Result<void> CheckCurves(const CurveList& curves, const Keyframes& keyframes) no
 
 struct TimedVector
 {
-  Float seconds;
+  Float seconds = 0;
   Vector value;
 };
 
-/// The index-th key of the three curves, which stand at one time.
-Result<TimedVector> ReadKey(const CurveList& curves, Int32 index) noexcept
+/// The keys of three curves, each of which stands at one time in all of them.
+class VectorKeys
 {
-  HostKey* const key[Dim::COUNT] = {curves[Dim::X]->GetKey(index), curves[Dim::Y]->GetKey(index), curves[Dim::Z]->GetKey(index)};
-  CHECK_STATE(key[Dim::X] && key[Dim::Y] && key[Dim::Z]);
-  CHECK_STATE(key[Dim::X]->GetTime() == key[Dim::Y]->GetTime() && key[Dim::Y]->GetTime() == key[Dim::Z]->GetTime());
-  return TimedVector{key[Dim::X]->GetTime().GetSeconds(),
-                     {key[Dim::X]->GetValue(), key[Dim::Y]->GetValue(), key[Dim::Z]->GetValue()}};
-}
+public:
+  explicit VectorKeys(const CurveList& curves) noexcept
+      : _keys{CurveKeys(curves[Dim::X]), CurveKeys(curves[Dim::Y]), CurveKeys(curves[Dim::Z])}
+  {}
+
+  Result<TimedVector> Read(Int32 index) noexcept
+  {
+    const HostKeyCopy* const key[Dim::COUNT] = {_keys[Dim::X].GetKey(index), _keys[Dim::Y].GetKey(index),
+                                                _keys[Dim::Z].GetKey(index)};
+    CHECK_STATE(key[Dim::X] && key[Dim::Y] && key[Dim::Z]);
+    CHECK_STATE(key[Dim::X]->GetTime() == key[Dim::Y]->GetTime() && key[Dim::Y]->GetTime() == key[Dim::Z]->GetTime());
+    return TimedVector{key[Dim::X]->GetTime().GetSeconds(),
+                       {key[Dim::X]->GetValue(), key[Dim::Y]->GetValue(), key[Dim::Z]->GetValue()}};
+  }
+
+private:
+  CurveKeys _keys[Dim::COUNT];
+};
 
 /// Appends keys between the two to entries, until none turns by half a turn. The angles stand next to each other but for one rounding,
 /// so that few are made.
@@ -79,24 +92,37 @@ public:
         _isBaked(isBaked)
   {}
 
-  Result<void> Take(const TimedVector& key) noexcept
+  static constexpr Int32 kMostKeys = 32;
+
+  /// @param count  kMostKeys at most.
+  Result<void> Take(const TimedVector* keys, Int32 count) noexcept
   {
-    const HostMatrix matrix = _baseMatrix * AnglesToMatrix(key.value, _order);
-    Vector angles = MatrixToAngles(matrix, kDefaultRotationOrder, false);
+    HostMatrix matrices[kMostKeys];
+    Vector angles[kMostKeys];
+    for (Int32 i = 0; i < count; ++i)
+      matrices[i] = _baseMatrix * AnglesToMatrix(keys[i].value, _order);
+    MatricesToAngles(matrices, count, angles);
+    for (Int32 i = 0; i < count; ++i)
+      RETURN_IF_ERROR(TakeAngles(keys[i].seconds, angles[i]));
+    return {};
+  }
+
+private:
+  Result<void> TakeAngles(Float seconds, Vector angles) noexcept
+  {
     if (!_isBaked)
     {
       angles = OptimalAngles(_previous, angles, kDefaultRotationOrder);
       _previous = angles;
     }
     const Float values[] = {angles.x, angles.y, angles.z};
-    RETURN_IF_ERROR(_steps.Append(key.seconds, values, Dim::COUNT));
+    RETURN_IF_ERROR(_steps.Append(seconds, values, Dim::COUNT));
     if (_steps.GetCount() > 1 && !_isBaked)
       RETURN_IF_ERROR(FillStep());
     RETURN_IF_ERROR(AppendQuaternion(_steps[_steps.GetCount() - 1]));
     return KeepLast();
   }
 
-private:
   static Bool IsCamera(const HostObject* op) noexcept
   {
     return op->GetType() == kCameraObjectType || op->GetType() == kRenderCameraObjectType;
@@ -185,9 +211,10 @@ Result<Bool> VectorSamplerWriter::ReadKeys(const CurveList& curves, HostObject* 
   ASSIGN_OR_RETURN(const Bool hasTangents, ReadTangents(curves, tangents));
   const Int32 keyCount = curves[Dim::X]->GetKeyCount();
   RETURN_IF_ERROR(keyframes.Reserve(keyCount, Dim::COUNT));
+  VectorKeys keys(curves);
   for (Int32 i = 0; i < keyCount; ++i)
   {
-    ASSIGN_OR_RETURN(const TimedVector key, ReadKey(curves, i));
+    ASSIGN_OR_RETURN(const TimedVector key, keys.Read(i));
     const Vector converted = Convert(base, flipZ, key.value);
     const Float values[] = {converted.x, converted.y, converted.z};
     RETURN_IF_ERROR(keyframes.Append(key.seconds, values, Dim::COUNT));
@@ -239,10 +266,16 @@ Result<Bool> RotationSamplerWriter::ReadKeys(const CurveList& curves, HostObject
   const Int32 keyCount = curves[Dim::X]->GetKeyCount();
   RETURN_IF_ERROR(keyframes.Reserve(keyCount, 4));
   RotationReader reader(op, flipZ, options.bakeAnimation, keyframes);
-  for (Int32 i = 0; i < keyCount; ++i)
+  VectorKeys keys(curves);
+  for (Int32 first = 0; first < keyCount; first += RotationReader::kMostKeys)
   {
-    ASSIGN_OR_RETURN(const TimedVector key, ReadKey(curves, i));
-    RETURN_IF_ERROR(reader.Take(key));
+    TimedVector block[RotationReader::kMostKeys];
+    const Int32 count = std::min(keyCount - first, RotationReader::kMostKeys);
+    for (Int32 i = 0; i < count; ++i)
+    {
+      ASSIGN_OR_RETURN(block[i], keys.Read(first + i));
+    }
+    RETURN_IF_ERROR(reader.Take(block, count));
   }
   return false;
 }

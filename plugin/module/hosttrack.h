@@ -43,6 +43,24 @@ struct HostTangents
   HostTime rightTime;
 };
 
+/// What a key has but its tangents, to be read.
+class HostKeyCopy
+{
+public:
+  HostKeyCopy() noexcept = default;
+  HostKeyCopy(const HostTime& time, Float value, InterpolationMode interpolation) noexcept
+      : _time(time), _value(value), _interpolation(interpolation)
+  {}
+  const HostTime& GetTime() const noexcept { return _time; }
+  Float GetValue() const noexcept { return _value; }
+  InterpolationMode GetInterpolation() const noexcept { return _interpolation; }
+
+private:
+  HostTime _time;
+  Float _value = 0;
+  InterpolationMode _interpolation = InterpolationMode::Linear;
+};
+
 /// Keys to be made at one go: each has a time and, as its value, one component of a vector.
 struct HostKeyRun
 {
@@ -57,6 +75,8 @@ class HostCurveTable
 public:
   virtual Int32 GetKeyCount(const HostCurve* curve) noexcept = 0;
   virtual HostKey* GetKey(HostCurve* curve, Int32 index) noexcept = 0;
+  /// Copies the keys from first on, count at most. @return their number, 0 for a first that is no index.
+  virtual Int32 CopyKeys(const HostCurve* curve, Int32 first, Int32 count, HostKeyCopy* copies) noexcept = 0;
   /// A key at a time, with a value to be set; where one stands already, that one. index is set to its place. Null without memory.
   virtual HostKey* AddKey(HostCurve* curve, const HostTime& time, Int32* index) noexcept = 0;
   /// Adds keys of a run from its start, as long as each is behind all that the curve has, with the interpolation, the modes and the
@@ -130,6 +150,10 @@ class HostCurve
 public:
   Int32 GetKeyCount() const noexcept { return g_hostTables->curve->GetKeyCount(this); }
   HostKey* GetKey(Int32 index) noexcept { return g_hostTables->curve->GetKey(this, index); }
+  Int32 CopyKeys(Int32 first, Int32 count, HostKeyCopy* copies) const noexcept
+  {
+    return g_hostTables->curve->CopyKeys(this, first, count, copies);
+  }
   HostKey* AddKey(const HostTime& time, Int32* index = nullptr) noexcept
   {
     return g_hostTables->curve->AddKey(this, time, index);

@@ -130,6 +130,33 @@ TEST_F(SceneTrack, RunOfKeysGoesBehindTheLast)
   }
 }
 
+TEST_F(SceneTrack, KeysAreCopiedByTheirPlaces)
+{
+  HostCurve* const curve = MakeCurve();
+  for (const Float time : {3.0, 1.0, 2.0})
+    AddKey(curve, Seconds(time), 10 * time, time == 2.0 ? InterpolationMode::Step : InterpolationMode::Spline);
+  struct Case
+  {
+    Int32 first;
+    Int32 count;
+    std::vector<Float> expectedTimes;
+  };
+  const Case cases[] = {{0, 3, {1, 2, 3}}, {0, 2, {1, 2}}, {1, 9, {2, 3}}, {3, 9, {}}, {4, 1, {}}, {-1, 9, {}}, {0, 0, {}}};
+  for (const Case& test : cases)
+  {
+    SCOPED_TRACE(std::to_string(test.first) + " " + std::to_string(test.count));
+    HostKeyCopy copies[9];
+    ASSERT_EQ(curve->CopyKeys(test.first, test.count, copies), static_cast<Int32>(test.expectedTimes.size()));
+    for (size_t i = 0; i < test.expectedTimes.size(); ++i)
+    {
+      const Float time = test.expectedTimes[i];
+      EXPECT_EQ(copies[i].GetTime(), Seconds(time));
+      EXPECT_EQ(copies[i].GetValue(), 10 * time);
+      EXPECT_EQ(copies[i].GetInterpolation(), time == 2.0 ? InterpolationMode::Step : InterpolationMode::Spline);
+    }
+  }
+}
+
 TEST_F(SceneTrack, RunOfKeysIsLeftToOthersForRareSettings)
 {
   HostCurve* const curve = MakeCurve();
