@@ -333,6 +333,7 @@ void HeadlessHost::State::Assemble(const HostSettings& settings)
   }
 
   tables.version = kMinimumHostVersion;
+  scene.jobs = &jobs;
   FillSceneTables(tables, scene);
   tables.modeling = &modeling;
   tables.registration = &registrations;

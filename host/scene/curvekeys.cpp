@@ -55,15 +55,7 @@ Vector4 Turn(const Vector4& from, const Vector4& to, Float place) noexcept
 
 KeyPair FindKeys(const HeadlessCurve& curve, Float seconds) noexcept
 {
-  Int low = 0;  // of the first key that is later
-  for (Int high = curve.GetKeyCount(); low < high;)
-  {
-    const Int middle = (low + high) / 2;
-    if (curve.GetKey(middle)->GetTime().GetSeconds() <= seconds)
-      low = middle + 1;
-    else
-      high = middle;
-  }
+  const Int low = curve.FindPlaceBehind(seconds);
   const HeadlessKey* const left = curve.GetKey(low > 0 ? low - 1 : 0);
   const HeadlessKey* const right = curve.GetKey(low < curve.GetKeyCount() ? low : low - 1);
   const Float start = left->GetTime().GetSeconds();

@@ -28,7 +28,7 @@ HostObject* SceneDocumentTable::GetFirstObject(const HostDocument* document) noe
 
 void SceneDocumentTable::SetTime(HostDocument* document, const HostTime& time) noexcept
 {
-  ToHeadless(document)->SetTime(time);
+  ToHeadless(document)->SetTime(time, _state.jobs);
 }
 
 HostTime SceneDocumentTable::GetTime(const HostDocument* document) noexcept
@@ -38,7 +38,7 @@ HostTime SceneDocumentTable::GetTime(const HostDocument* document) noexcept
 
 void SceneDocumentTable::ExecutePasses(HostDocument* document) noexcept
 {
-  ToHeadless(document)->ExecutePasses();
+  ToHeadless(document)->ExecutePasses(_state.jobs);
 }
 
 /// This host has no hooks.

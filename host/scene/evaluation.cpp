@@ -3,6 +3,7 @@
 #include "host/scene/curvekeys.h"
 #include "host/scene/headlesstag.h"
 #include "host/scene/headlesstrack.h"
+#include "plugin/module/hostservices.h"
 
 namespace q7z
 {
@@ -149,18 +150,57 @@ const HeadlessOverride* FindOverride(const HeadlessTake& take, const HeadlessNam
   return mayHaveOne ? take.FindOverride(&node) : nullptr;
 }
 
+void EvaluateObject(HeadlessObject& object, const HeadlessTake& take, const HostTime& time) noexcept
+{
+  EvaluateNode(object, object.GetTracks(), FindOverride(take, object), time);
+  for (HeadlessTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext())
+    EvaluateNode(*tag, tag->GetTracks(), FindOverride(take, *tag), time);
+}
+
+Bool IsAnimated(HeadlessObject& object) noexcept
+{
+  if (object.GetTracks()->GetFirst())
+    return true;
+  for (const HeadlessTag* tag = object.GetFirstTag(); tag; tag = tag->GetNext())
+  {
+    if (tag->GetTracks()->GetFirst())
+      return true;
+  }
+  return false;
+}
+
+/// For a take without overrides, where an object's tracks touch nothing else.
+/// @return false when it could not be done, or not for all.
+Bool EvaluateOnThreads(HeadlessDocument& document, const HeadlessTake& take, HostJobs& jobs) noexcept
+{
+  constexpr Int kObjectsPerJob = 64;
+  BaseArray<HeadlessObject*> objects;
+  for (HeadlessObject* object = document.GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
+  {
+    if (IsAnimated(*object) && objects.Append(object).HasError())
+      return false;
+  }
+  if (objects.GetCount() <= kObjectsPerJob)
+    return false;
+  auto evaluate = [&](Int first, Int end) -> Result<void>
+  {
+    for (Int i = first; i < end; ++i)
+      EvaluateObject(*objects[i], take, document.GetTime());
+    return {};
+  };
+  return !ParallelFor(jobs, objects.GetCount(), kObjectsPerJob, evaluate).HasError();
+}
+
 }  // namespace
 
-void EvaluateTracks(HeadlessDocument& document) noexcept
+void EvaluateTracks(HeadlessDocument& document, HostJobs* jobs) noexcept
 {
   const HeadlessTake& take = *document.GetTakeData().GetCurrentTake();
   const HostTime time = document.GetTime();
+  if (jobs && take.GetOverrideCount() == 0 && EvaluateOnThreads(document, take, *jobs))
+    return;
   for (HeadlessObject* object = document.GetFirstObject(); object; object = HeadlessDocument::GetNextInDocument(object))
-  {
-    EvaluateNode(*object, object->GetTracks(), FindOverride(take, *object), time);
-    for (HeadlessTag* tag = object->GetFirstTag(); tag; tag = tag->GetNext())
-      EvaluateNode(*tag, tag->GetTracks(), FindOverride(take, *tag), time);
-  }
+    EvaluateObject(*object, take, time);
   for (Int i = 0; i < take.GetOverrideCount(); ++i)
   {
     const HeadlessOverride& over = *take.GetOverride(i);

@@ -17,7 +17,9 @@ namespace q7z
 /// key's points hold, and keys that store another number of points than the object has are passed over. What cannot be set, for
 /// want of memory or because a number does not fit the parameter, stays as it was.
 ///
-/// One walk over n objects and their t tracks: n + t log(keys).
-void EvaluateTracks(HeadlessDocument& document) noexcept;
+/// One walk over n objects and their t tracks: n + t log(keys), and only n + t where the time moves on by little. Objects are shared
+/// out to threads unless the take overrides something.
+/// @param jobs  null for this thread alone.
+void EvaluateTracks(HeadlessDocument& document, HostJobs* jobs) noexcept;
 
 }  // namespace q7z

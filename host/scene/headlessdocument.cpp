@@ -85,15 +85,15 @@ void HeadlessDocument::InsertMaterial(HeadlessMaterial* material) noexcept
   _lastMaterial = material;
 }
 
-void HeadlessDocument::SetTime(const HostTime& time) noexcept
+void HeadlessDocument::SetTime(const HostTime& time, HostJobs* jobs) noexcept
 {
   _time = time;
-  ExecutePasses();
+  ExecutePasses(jobs);
 }
 
-void HeadlessDocument::ExecutePasses() noexcept
+void HeadlessDocument::ExecutePasses(HostJobs* jobs) noexcept
 {
-  EvaluateTracks(*this);
+  EvaluateTracks(*this, jobs);
 }
 
 Bool HeadlessDocument::SetNodeSpace(const String& nodeSpace) noexcept

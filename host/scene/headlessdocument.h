@@ -10,6 +10,8 @@
 namespace q7z
 {
 
+class HostJobs;
+
 /// A layer, or the root that holds the layers and is none itself.
 class HeadlessLayer final : public HeadlessNamedNode
 {
@@ -80,10 +82,10 @@ public:
   void SetHasRenderData(Bool has) noexcept { _hasRenderData = has; }
 
   const HostTime& GetTime() const noexcept { return _time; }
-  /// Evaluates the tracks at the time.
-  void SetTime(const HostTime& time) noexcept;
+  /// Evaluates the tracks at the time. @param jobs  may be null: on this thread alone.
+  void SetTime(const HostTime& time, HostJobs* jobs = nullptr) noexcept;
   /// Evaluates them once more, for what was changed since the time was set.
-  void ExecutePasses() noexcept;
+  void ExecutePasses(HostJobs* jobs = nullptr) noexcept;
 
   /// The id of the active material node space.
   const String& GetNodeSpace() const noexcept { return _nodeSpace; }

@@ -155,6 +155,20 @@ void HeadlessCurve::CopyFrom(const HeadlessCurve& other) noexcept
 Int HeadlessCurve::SearchPlace(Float seconds, Bool& stands) const noexcept
 {
   const BaseArray<HeadlessKey*>& places = _keys->places;
+  const Int count = places.GetCount();
+  const auto isBefore = [&](Int place) { return places[place]->GetTime().GetSeconds() < seconds; };
+  const auto isFound = [&](Int place)
+  { return place >= 0 && place < count && !isBefore(place) && (place == 0 || isBefore(place - 1)); };
+  const Int near = _keys->lastPlace.load(std::memory_order_relaxed);
+  const Int found = isFound(near) ? near : isFound(near + 1) ? near + 1 : isFound(near - 1) ? near - 1 : BisectPlaces(seconds);
+  stands = found < count && places[found]->GetTime().GetSeconds() == seconds;
+  _keys->NotePlace(found);
+  return found;
+}
+
+Int HeadlessCurve::BisectPlaces(Float seconds) const noexcept
+{
+  const BaseArray<HeadlessKey*>& places = _keys->places;
   Int low = 0;
   Int high = places.GetCount();
   while (low < high)
@@ -165,7 +179,6 @@ Int HeadlessCurve::SearchPlace(Float seconds, Bool& stands) const noexcept
     else
       high = middle;
   }
-  stands = low < places.GetCount() && places[low]->GetTime().GetSeconds() == seconds;
   return low;
 }
 

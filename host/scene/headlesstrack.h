@@ -27,9 +27,18 @@ public:
   /// A key to be changed. Null also without memory for a copy of shared keys.
   HeadlessKey* GetKey(Int index) noexcept { return IsKey(index) && Own() ? _keys->places[index] : nullptr; }
 
+  /// The same without the change, for a host call about one key, which others about it will follow.
+  const HeadlessKey* ApproachKey(Int index) const noexcept
+  {
+    if (!IsKey(index))
+      return nullptr;
+    _keys->NotePlace(index);
+    return _keys->places[index];
+  }
+
   /// The key of this curve alone that stands where one stands that it shares, to be changed instead. Null without memory; a key of
   /// another curve stays what it is.
-  HeadlessKey* FindOwn(HeadlessKey* key) noexcept { return IsAlone() && IsLast(key) ? key : FindOwnPlace(key); }
+  HeadlessKey* FindOwn(HeadlessKey* key) noexcept { return IsAlone() && IsNear(key) ? key : FindOwnPlace(key); }
 
   /// Makes room for a known number of keys in all. @return false without memory.
   Bool Reserve(Int keyCount) noexcept;
@@ -43,6 +52,13 @@ public:
   /// shortened; on a linear or held segment the new key has zero tangents. Null without memory: the curve is as it was then.
   HeadlessKey* AddKeyAdapted(const HostTime& time) noexcept;
 
+  /// The place of the first key behind a time.
+  Int FindPlaceBehind(Float seconds) const noexcept
+  {
+    Bool stands = false;
+    const Int place = FindPlace(seconds, stands);
+    return stands ? place + 1 : place;
+  }
   /// Before the first key the first value, behind the last the last; 0 without keys.
   Float GetValue(const HostTime& time) const noexcept;
 
@@ -56,7 +72,9 @@ private:
     BaseArray<HeadlessKey*> places;  // in time order; the keys lie in chunks
     Chunk* chunks = nullptr;         // the newest first
     Float lastSeconds = 0;           // the last key's time
+    std::atomic<Int> lastPlace = 0;  // that somebody asked for: the next question is often near it
     ~Keys();
+    void NotePlace(Int place) noexcept { lastPlace.store(place, std::memory_order_relaxed); }
     Bool AddChunk(Int capacity) noexcept;
     Bool Reserve(Int keyCount) noexcept;
     /// Room for that many more keys, and a few. @return false without memory, when it may be less.
@@ -68,10 +86,12 @@ private:
   };
 
   Bool IsKey(Int index) const noexcept { return index >= 0 && index < GetKeyCount(); }
-  Bool IsLast(const HeadlessKey* key) const noexcept
+  /// Whether a key is the last of the curve, or the one that was asked for last.
+  Bool IsNear(const HeadlessKey* key) const noexcept
   {
     const Int count = _keys->places.GetCount();
-    return count > 0 && _keys->places[count - 1] == key;
+    const Int place = _keys->lastPlace.load(std::memory_order_relaxed);
+    return (count > 0 && _keys->places[count - 1] == key) || (place < count && _keys->places[place] == key);
   }
   Bool IsAlone() const noexcept { return _keys && _keys->owners.load(std::memory_order_acquire) == 1; }
   Bool Own() noexcept { return IsAlone() || CopyKeys(); }
@@ -86,6 +106,7 @@ private:
     return count == 0 || _keys->lastSeconds < seconds ? count : SearchPlace(seconds, stands);  // keys mostly come in order
   }
   Int SearchPlace(Float seconds, Bool& stands) const noexcept;
+  Int BisectPlaces(Float seconds) const noexcept;
   HeadlessKey* InsertKey(Int place, const HostTime& time, Float seconds) noexcept;
   HeadlessKey* SplitSpline(Int place, const HostTime& time) noexcept;
   HeadlessKey* ExtendOutside(Int place, const HostTime& time) noexcept;

@@ -60,6 +60,7 @@ struct HeadlessSceneState
   /// The id of the active material node space; when empty, that of the active document counts, and without one the default.
   String nodeSpace;
   HeadlessContainer globalSettings;
+  HostJobs* jobs = nullptr;  ///< that evaluate many objects; not owned
 
   SceneDocumentTable documentTable{*this};
   SceneMaterialTable materialTable{*this};

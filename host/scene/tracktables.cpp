@@ -40,7 +40,7 @@ public:
   /// Maybe a key that copies of the curve share; what changes it sees to that.
   HostKey* GetKey(HostCurve* curve, Int32 index) noexcept override
   {
-    return ToHost(const_cast<HeadlessKey*>(std::as_const(*ToHeadless(curve)).GetKey(index)));
+    return ToHost(const_cast<HeadlessKey*>(ToHeadless(curve)->ApproachKey(index)));
   }
   Int32 CopyKeys(const HostCurve* curve, Int32 first, Int32 count, HostKeyCopy* copies) noexcept override
   {

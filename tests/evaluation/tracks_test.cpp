@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "host/scenefile/scenefile.h"
+#include "host/services/headlessjobs.h"
 #include "tests/evaluation/evaluationfixture.h"
 #include "tests/support/failingmemory.h"
 
@@ -277,6 +278,39 @@ TEST_F(TakeTracks, ReachTagsMaterialsAndNothingThatIsGone)
   GoTo(0);
   EXPECT_EQ(tag.GetParameters().Find(5)->GetFloat(), 2.5);
   EXPECT_EQ(material->GetParameters().Find(5)->GetFloat(), 3.5);
+}
+
+// Threads.
+
+/// A pool that runs nothing.
+class FailingJobs final : public HostJobs
+{
+public:
+  Result<void> ParallelFor(Int, Int, RangeFunction, void*) noexcept override { return Error::OutOfMemory(); }
+};
+
+// Every second object moves, by its number within the first second, and back within the next.
+TEST_F(Tracks, ManyObjectsMoveOnAnyNumberOfThreads)
+{
+  std::vector<HeadlessObject*> objects;
+  for (int i = 0; i < 300; ++i)
+  {
+    objects.push_back(&AddObject(std::to_string(i).c_str(), i % 3 ? objects.back() : nullptr));
+    if (i % 2)
+      AddTrack(*objects.back(), kPositionX, {{0, 0}, {1, static_cast<Float>(i)}, {2, 0}});
+  }
+  HeadlessJobs jobs(3);
+  FailingJobs failing;
+  const std::pair<const char*, HostJobs*> pools[] = {{"three threads", &jobs}, {"none to be had", &failing}, {"one", nullptr}};
+  for (const auto& [name, pool] : pools)
+  {
+    for (const auto& [seconds, factor] : {std::pair(0.5, 0.5), std::pair(1.0, 1.0), std::pair(1.75, 0.25), std::pair(0.25, 0.25)})
+    {
+      Scene().SetTime({seconds, 1}, pool);
+      for (size_t i = 0; i < objects.size(); ++i)
+        ASSERT_EQ(objects[i]->GetVectors().position.x, i % 2 ? factor * static_cast<Float>(i) : 0) << name << seconds << i;
+    }
+  }
 }
 
 // Scene documents.

@@ -1,5 +1,8 @@
 // Tracks, curves and keys: order, evaluation, keys that fit into a curve.
 
+#include <algorithm>
+#include <cmath>
+
 #include "host/scene/headlesstrack.h"
 #include "tests/host/scenefixture.h"
 
@@ -127,6 +130,28 @@ TEST_F(SceneTrack, RunOfKeysGoesBehindTheLast)
     EXPECT_EQ(index, 0);
     curve->AddKey(Seconds(1000), &index);
     EXPECT_EQ(index, 8 + test.expectedCount);
+  }
+}
+
+// Every pair of times, so that every question follows on every other.
+TEST_F(SceneTrack, ValueDoesNotDependOnWhatWasAskedBefore)
+{
+  HostCurve* const curve = MakeCurve();
+  for (int i = 0; i < 40; ++i)
+    AddKey(curve, Seconds(i), i * i, InterpolationMode::Linear);
+  const auto expected = [](Float time)
+  {
+    const Float start = std::clamp(std::floor(time), 0.0, 38.0);
+    const Float value = start * start + (2 * start + 1) * (time - start);
+    return std::clamp(value, 0.0, 39.0 * 39.0);
+  };
+  for (Float before = -1; before <= 41; before += 0.5)
+  {
+    for (Float time = -1; time <= 41; time += 0.5)
+    {
+      curve->GetValue(Seconds(before));
+      EXPECT_EQ(curve->GetValue(Seconds(time)), expected(time)) << before << " " << time;
+    }
   }
 }
 
