@@ -68,7 +68,11 @@ Bool HeadlessCurve::Keys::ReserveRun(Int keyCount) noexcept
 {
   if (keyCount <= kLargestChunk)
     return true;
-  return !places.Reserve(places.GetCount() + keyCount + kFirstChunk).HasError() && AddChunk(keyCount);
+  // Behind many keys the places grow by themselves, since many short runs may come.
+  const Bool isMost = keyCount >= places.GetCount();
+  if (isMost && places.Reserve(places.GetCount() + keyCount + kFirstChunk).HasError())
+    return false;
+  return AddChunk(keyCount);
 }
 
 /// After a run, to the room that was left before it.

@@ -34,8 +34,8 @@ struct KeyList
 {
   BaseArray<Vector> values;
   BaseArray<Float> times;  // in step with values; seconds
-  BaseArray<Vector>
-    inTangents;  // a second, as the file has them; of the first keys, which are those of a spline; empty for others
+  // Slopes a second, as the file has them: of the first keys, which are those of a spline. Empty for others.
+  BaseArray<Vector> inTangents;
   BaseArray<Vector> outTangents;
 
   Result<void> Append(const Vector& value, Float seconds) noexcept

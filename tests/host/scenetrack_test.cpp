@@ -182,6 +182,27 @@ TEST_F(SceneTrack, KeysAreCopiedByTheirPlaces)
   }
 }
 
+TEST_F(SceneTrack, RunsOfKeysFollowOneAnother)
+{
+  HostCurve* const curve = MakeCurve();
+  HostKey* const like = AddKey(curve, Seconds(0), 0, InterpolationMode::Linear);
+  Int count = 1;
+  for (const Int length : {20, 3, 17, 1, 200, 30, 16})
+  {
+    std::vector<HostTime> times;
+    std::vector<Vector> values;
+    for (Int i = 0; i < length; ++i)
+    {
+      times.push_back(Seconds(static_cast<Float>(count + i)));
+      values.emplace_back(0, 0, static_cast<Float>(count + i));
+    }
+    ASSERT_EQ(curve->AddKeysBehind(like, {times.data(), values.data(), 2, length}), length);
+    count += length;
+  }
+  for (Int32 i = 0; i < count; ++i)
+    ASSERT_EQ(curve->GetKey(i)->GetValue(), i);
+}
+
 TEST_F(SceneTrack, RunOfKeysIsLeftToOthersForRareSettings)
 {
   HostCurve* const curve = MakeCurve();
