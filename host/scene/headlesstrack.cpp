@@ -1,5 +1,6 @@
 #include "host/scene/headlesstrack.h"
 
+#include <algorithm>
 #include <cmath>
 #include <new>
 
@@ -199,8 +200,7 @@ HeadlessKey* HeadlessCurve::InsertKey(Int place, const HostTime& time, Float sec
     _keys->lastSeconds = seconds;
     return key;
   }
-  for (Int i = last; i > place; --i)
-    places[i] = places[i - 1];
+  std::copy_backward(places.begin() + place, places.begin() + last, places.end());
   places[place] = key;
   return key;
 }

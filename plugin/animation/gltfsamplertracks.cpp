@@ -19,7 +19,7 @@ constexpr Int kFreeKeys = 4'000'000;
 constexpr Int kKeysPerByte = 4;
 
 // Keys out of order move those behind them. Real files have none, but for the rest keys, each of which may move all keys of its track.
-constexpr Int kMovedKeys = 200'000'000;
+constexpr Int kMovedKeys = 5'000'000'000;
 constexpr Int kMovesPerKey = 2;
 
 /// The keys that AddRestKeys adds, at most.
@@ -312,7 +312,8 @@ public:
         _isRotation(track->GetDescId()[0].id == kRotationParameter),
         _component(component),
         _mode(mode),
-        _budget(&budget)
+        _budget(&budget),
+        _keyCount(_curve ? _curve->GetKeyCount() : 0)
   {}
 
   /// Key i, unless it is written, and the keys behind it that the host takes in a run.
@@ -322,6 +323,7 @@ public:
 
 private:
   Result<HostKey*> WriteKey(Int i) noexcept;
+  Result<void> TakeMoves(Int32 index) noexcept;
   void WriteTangents(Int i, Int32 index) const noexcept;
 
   // What the host makes of this number and of the modes is its own.
@@ -337,6 +339,7 @@ private:
   KeyBudget* _budget;
   Int _next = 0;
   Int32 _lastIndex = -1;
+  Int32 _keyCount;  // of the curve
 };
 
 Result<void> KeyWriter::WriteFrom(Int i) noexcept
@@ -352,7 +355,9 @@ Result<void> KeyWriter::WriteFrom(Int i) noexcept
   if (_next == count)
     return {};
   const HostKeyRun run{_hostTimes->begin() + _next, _keys->values.begin() + _next, _component, count - _next};
-  for (Int missing = _curve->AddKeysBehind(key, run); missing > 0; --missing)
+  const Int runCount = _curve->AddKeysBehind(key, run);
+  _keyCount += static_cast<Int32>(runCount);
+  for (Int k = 0; k < runCount; ++k)
     WriteTangents(_next++, ++_lastIndex);
   return {};
 }
@@ -363,8 +368,7 @@ Result<HostKey*> KeyWriter::WriteKey(Int i) noexcept
   HostKey* const key = _curve->AddKey((*_hostTimes)[i], &index);
   if (!key)
     return Error::OutOfMemory();
-  if (index <= _lastIndex)
-    RETURN_IF_ERROR(_budget->TakeMoves(_curve->GetKeyCount() - 1 - index));
+  RETURN_IF_ERROR(TakeMoves(index));
   _lastIndex = index;
   if (!key->SetParameter(_curve, kKeyParameter, _keySetting, 128))
     return Error::OutOfMemory();
@@ -374,6 +378,15 @@ Result<HostKey*> KeyWriter::WriteKey(Int i) noexcept
   if (_isRotation)
     HostKeySetRotationMode(key, _curve, _mode == InterpolationMode::Spline ? 3 : 2, true, true);
   return key;
+}
+
+/// Of a key that was added or found at a place of the curve.
+Result<void> KeyWriter::TakeMoves(Int32 index) noexcept
+{
+  const Int32 keyCount = _curve->GetKeyCount();
+  const Bool isNew = keyCount > _keyCount;
+  _keyCount = keyCount;
+  return isNew ? _budget->TakeMoves(keyCount - 1 - index) : Result<void>();
 }
 
 /// For the key i of the list, which is key `index` of the curve: a slope a second becomes a value at a third of the way between two
