@@ -1,5 +1,7 @@
 #include "framework/hosttime.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace q7z
@@ -36,15 +38,14 @@ HostTime ReduceLarge(Float ticks, Float magnitude) noexcept
   return {numerator / a, denominator / a};
 }
 
-/// The common divisor is made of the primes of 1000.
+/// The common divisor is made of the primes of 1000, which is 2^3 * 5^3. Without a branch: which ones it has is anybody's guess.
 HostTime ReduceSmall(Int32 ticks) noexcept
 {
-  Int32 denominator = 1000;
-  for (; denominator % 2 == 0 && ticks % 2 == 0; denominator /= 2)
-    ticks /= 2;
-  for (; denominator % 5 == 0 && ticks % 5 == 0; denominator /= 5)
-    ticks /= 5;
-  return {static_cast<Float>(ticks), static_cast<Float>(denominator)};
+  constexpr Int32 kPowersOfFive[] = {1, 5, 25, 125};
+  const int twos = std::min(std::countr_zero(static_cast<UInt32>(ticks)), 3);
+  const int fives = (ticks % 5 == 0) + (ticks % 25 == 0) + (ticks % 125 == 0);
+  const Int32 divisor = kPowersOfFive[fives] << twos;
+  return {static_cast<Float>(ticks / divisor), static_cast<Float>(1000 / divisor)};
 }
 
 }  // namespace

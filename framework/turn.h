@@ -41,7 +41,8 @@ constexpr Float RoundToWhole(Float value) noexcept
 inline DoubleDouble SquareRoot(const DoubleDouble& value) noexcept
 {
   const Float near = std::sqrt(value.high);
-  return DoubleDouble(near) + Quotient(value - Product(near, near), DoubleDouble(2 * near));
+  const DoubleDouble square = Product(near, near);
+  return SumOfOrdered(near, ((value.high - square.high) - square.low + value.low) / (2 * near));
 }
 
 /// What rounds once all that a quick value may be, or the thorough value.

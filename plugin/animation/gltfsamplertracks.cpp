@@ -355,10 +355,13 @@ Result<void> KeyWriter::WriteFrom(Int i) noexcept
   if (_next == count)
     return {};
   const HostKeyRun run{_hostTimes->begin() + _next, _keys->values.begin() + _next, _component, count - _next};
-  const Int runCount = _curve->AddKeysBehind(key, run);
-  _keyCount += static_cast<Int32>(runCount);
-  for (Int k = 0; k < runCount; ++k)
-    WriteTangents(_next++, ++_lastIndex);
+  const Int runEnd = _next + _curve->AddKeysBehind(key, run);
+  for (Int k = _next; k < runEnd && _keys->HasTangents(k); ++k)
+    WriteTangents(k, _lastIndex + static_cast<Int32>(k - i));
+  const Int32 runCount = static_cast<Int32>(runEnd - _next);
+  _next = runEnd;
+  _lastIndex += runCount;
+  _keyCount += runCount;
   return {};
 }
 
