@@ -45,7 +45,9 @@ HostTime ReduceSmall(Int32 ticks) noexcept
   const int twos = std::min(std::countr_zero(static_cast<UInt32>(ticks)), 3);
   const int fives = (ticks % 5 == 0) + (ticks % 25 == 0) + (ticks % 125 == 0);
   const Int32 divisor = kPowersOfFive[fives] << twos;
-  return {static_cast<Float>(ticks / divisor), static_cast<Float>(1000 / divisor)};
+  const Int32 numerator = ticks / divisor;
+  const Int32 denominator = 1000 / divisor;
+  return {static_cast<Float>(numerator), static_cast<Float>(denominator)};
 }
 
 }  // namespace
