@@ -53,6 +53,8 @@ std::string CopyToStream(const std::string& path, std::FILE* stream)
     const Int count = file.ReadAt(position, block.data(), static_cast<Int>(block.size()));
     if (count <= 0)
       return count < 0 ? "cannot read back what was saved: " + GetSystemReason() : "";
+    if (InterruptGuard::IsInterrupted())
+      return "interrupted";
     if (std::fwrite(block.data(), 1, static_cast<size_t>(count), stream) != static_cast<size_t>(count))
       return std::string("cannot write to stdout: ") + std::strerror(errno);
     position += count;

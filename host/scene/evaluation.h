@@ -1,7 +1,7 @@
 #pragma once
 
 // Evaluation: brings a document's animated parameters to what their tracks say at the document's time. The document does so
-// whenever its time is set. Nothing is kept between two evaluations.
+// whenever its time is set. Nothing that shows is kept between two evaluations.
 
 #include "host/scene/headlessdocument.h"
 
